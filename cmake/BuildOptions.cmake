@@ -1,0 +1,38 @@
+# One place for what every target is compiled with.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+# Warnings, and 64-bit file offsets and times: the board is 32-bit, the register page lies above 2 GiB
+# and the instrument outlives January 2038.
+add_library(tavrelin_warnings INTERFACE)
+target_compile_options(tavrelin_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_compile_definitions(tavrelin_warnings INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
+# What product and tests share; the simulated board is never instrumented.
+add_library(tavrelin_options INTERFACE)
+target_include_directories(tavrelin_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(tavrelin_options INTERFACE tavrelin_warnings)
+if(TAVRELIN_SANITIZE)
+  target_compile_options(tavrelin_options INTERFACE
+    -fsanitize=${TAVRELIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavrelin_options INTERFACE -fsanitize=${TAVRELIN_SANITIZE})
+endif()
+if(TAVRELIN_COVERAGE)
+  target_compile_options(tavrelin_options INTERFACE --coverage)
+  target_link_options(tavrelin_options INTERFACE --coverage)
+endif()
+
+# tavrelin_layer(NAME SOURCES ... DEPENDS ...): one layer of the product. A layer sees the headers of the
+# layers below it and of no other, because it links only those.
+function(tavrelin_layer name)
+  cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(tavrelin_${name} STATIC ${LAYER_SOURCES})
+  target_link_libraries(tavrelin_${name} PUBLIC tavrelin_options ${LAYER_DEPENDS})
+endfunction()
