@@ -8,16 +8,16 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
-# Warnings, and 64-bit file offsets and times: the board is 32-bit, the register page lies above 2 GiB
-# and the instrument outlives January 2038.
 add_library(tavrelin_warnings INTERFACE)
 target_compile_options(tavrelin_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
-target_compile_definitions(tavrelin_warnings INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+target_include_directories(tavrelin_warnings INTERFACE ${CMAKE_SOURCE_DIR})
 
-# What product and tests share; the simulated board is never instrumented.
+# What product and tests share: 64-bit file offsets and times (the board is 32-bit, the register page lies
+# above 2 GiB and the instrument outlives January 2038), and the sanitizers. The simulated board takes
+# neither: it defines both kinds of every C library symbol, and instruments nobody but the program under it.
 add_library(tavrelin_options INTERFACE)
-target_include_directories(tavrelin_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_definitions(tavrelin_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_link_libraries(tavrelin_options INTERFACE tavrelin_warnings)
 if(TAVRELIN_SANITIZE)
   target_compile_options(tavrelin_options INTERFACE

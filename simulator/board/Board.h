@@ -1,0 +1,77 @@
+#pragma once
+
+#include "simulator/board/CardSlot.h"
+#include "simulator/board/Converter.h"
+#include "simulator/board/Lines.h"
+#include "simulator/board/Nanoseconds.h"
+#include "simulator/board/Noise.h"
+#include "simulator/board/PumpShaft.h"
+#include "simulator/board/PwmChip.h"
+#include "simulator/board/RegisterPage.h"
+#include "simulator/board/SampleCell.h"
+#include "simulator/board/WallClock.h"
+#include "simulator/scenario/Scenario.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace sim {
+
+/// The instrument's board: lines and channels wired to pump, stirrer, valve, lamp, measuring cell
+/// and converter, the card slot and the clock. Knows board time, nothing of files or threads.
+class Board {
+  public:
+    Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTime);
+    Board(const Board&) = delete;
+    Board& operator=(const Board&) = delete;
+
+    /// Called for everything that happens by itself: what, and the data that goes with it.
+    std::function<void(const std::string& what, const std::string& data)> onEvent;
+
+    Nanoseconds now() const { return now_; }
+    /// Lets time pass, with all that happens on the way in its order; a moment in the past changes
+    /// nothing.
+    void advanceTo(Nanoseconds moment);
+    /// When something next happens by itself.
+    Nanoseconds nextEvent() const;
+    /// Has something happen at a moment of board time.
+    void at(Nanoseconds moment, std::function<void()> action);
+
+    /// The level of the home sensor's line follows the flag until it is held.
+    void holdHomeSensor(bool level);
+    /// Seconds and nanoseconds of the clock on the wall, as one number of nanoseconds since 1970.
+    Nanoseconds wallTime() const { return clock.at(now_); }
+
+    Lines lines;
+    PwmChip pwm;
+    Converter converter;
+    CardSlot card;
+    WallClock clock;
+    RegisterPage registers{lines};
+    PumpShaft shaft;
+    SampleCell cell;
+
+    /// True while driver chip and pulses of the stirrer are on.
+    bool stirring() const;
+    bool valveOpen() const;
+    /// Light of the lamp, 1.0 at its regular duty cycle.
+    double lamp() const;
+
+  private:
+    void take(const WorldEvent& event);
+    void outputsChanged();
+    void followFlag();
+    std::int32_t detectorReading();
+
+    Nanoseconds now_ = 0;
+    std::multimap<Nanoseconds, std::function<void()>> agenda_;
+    bool homeHeld_ = false;
+    bool flagShown_ = false;
+    Noise noise_;
+    std::int32_t dark_;
+    std::int32_t reference_;
+    double deviation_;
+};
+
+} // namespace sim

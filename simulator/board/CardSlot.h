@@ -1,0 +1,54 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace sim {
+
+/// The SD card slot: a card or none, and what the kernel makes of it. Results are 0 or an errno, as
+/// the kernel gives them with a card that was pulled, put back, filled or locked.
+class CardSlot {
+  public:
+    /// How long the kernel lists a card that has been pulled.
+    static constexpr Nanoseconds removalNoticed = milliseconds(700);
+
+    bool present = true;         ///< a card is in the slot
+    bool partitioned = true;     ///< it has a first partition
+    bool fat = true;             ///< with a FAT file system
+    bool writeProtected = false; ///< the lock slider: the block device is read-only
+    bool readOnly = false;       ///< the file system refuses writers
+    bool vfatSupported = true;   ///< the kernel has vfat
+    bool mountPointExists = true;
+    std::int64_t freeBytes = -1; ///< space left; negative: no limit
+
+    void insert(Nanoseconds now);
+    void remove(Nanoseconds now);
+
+    /// True while "/sys/block/mmcblk0" is there.
+    bool listed(Nanoseconds now) const;
+    bool mounted() const { return mounted_; }
+    /// Mounted, and the card of that mount was never pulled since.
+    bool healthy() const { return mounted_ && present && !stale_; }
+
+    int mount(std::string_view source, std::string_view target, std::string_view type);
+    int unmount(std::string_view target, bool filesOpen);
+    /// For a card that is mounted when the program starts.
+    void mountAtStart() { mounted_ = present; }
+
+    /// 0 or the errno of creating a file on the mounted card.
+    int createFile() const;
+    /// 0 or the errno of opening an existing file for writing.
+    int openForWriting() const;
+    /// Takes the space of a write as a whole or not at all: 0, EIO on a pulled card, ENOSPC on a
+    /// full one.
+    int write(std::int64_t bytes);
+
+  private:
+    bool mounted_ = false;
+    bool stale_ = false; ///< the card was pulled while it was mounted
+    Nanoseconds removedAt_ = -removalNoticed;
+};
+
+} // namespace sim

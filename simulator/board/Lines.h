@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sim {
+
+enum class Edge { none, rising, falling, both };
+
+/// One GPIO line as the kernel's sysfs interface and the board's wiring see it.
+struct Line {
+    bool exported = false;
+    bool output = false;
+    bool level = false; ///< driven level of an output, level at the pin of an input
+    Edge edge = Edge::none;
+    bool edgePending = true; ///< poll answers at once before the first read
+};
+
+/// The controller's 128 lines: ports A to D of 32 lines, kernel number port * 32 + bit.
+/// Every operation returns 0 or the errno that the kernel's sysfs store gives.
+class Lines {
+  public:
+    static constexpr unsigned count = 128;
+
+    /// Called after the level at an output's pin may have changed.
+    std::function<void()> onOutputChange;
+
+    int exportLine(std::string_view number);
+    int unexportLine(std::string_view number);
+    int setDirection(unsigned number, std::string_view text);
+    int setEdge(unsigned number, std::string_view text);
+    int setValue(unsigned number, std::string_view text);
+
+    /// Sets the level that the outside puts on a line; an edge that the line watches becomes
+    /// pending. An output keeps its own level.
+    void setInput(unsigned number, bool level);
+    /// Drives an output through the controller's registers, past the kernel's bookkeeping.
+    void drive(unsigned number, bool level);
+
+    Line& at(unsigned number) { return lines_.at(number); }
+    const Line& at(unsigned number) const { return lines_.at(number); }
+    /// True when the line is an output that drives the level.
+    bool drives(unsigned number, bool level) const;
+
+    std::string directionText(unsigned number) const;
+    std::string edgeText(unsigned number) const;
+    std::string valueText(unsigned number) const;
+
+    /// "B18" for 50.
+    static std::string name(unsigned number);
+    /// 50 for "B18"; nothing for a name that no line has.
+    static std::optional<unsigned> number(std::string_view name);
+
+  private:
+    void changed() const;
+
+    std::array<Line, count> lines_{};
+};
+
+} // namespace sim

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace sim {
+
+/// Board time and spans of it, in nanoseconds since the start of the run.
+using Nanoseconds = std::int64_t;
+
+/// Later than everything: no such moment is known.
+inline constexpr Nanoseconds never = std::numeric_limits<Nanoseconds>::max();
+
+constexpr Nanoseconds microseconds(std::int64_t count) {
+    return count * 1'000;
+}
+constexpr Nanoseconds milliseconds(std::int64_t count) {
+    return count * 1'000'000;
+}
+constexpr Nanoseconds seconds(std::int64_t count) {
+    return count * 1'000'000'000;
+}
+
+} // namespace sim

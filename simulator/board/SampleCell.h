@@ -1,0 +1,49 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace sim {
+
+/// The measuring cell: opening the valve flushes in a fresh sample, the pump adds reagent, stirring
+/// lets the colour develop, and the colour takes light away. Fully developed, a sample shows its
+/// true absorbance exactly.
+class SampleCell {
+  public:
+    /// Steps of the pump that deliver a full dose: seven eighths of a turn, more reagent changes
+    /// nothing.
+    static constexpr std::int64_t fullDoseSteps = 1400;
+    /// From the first stirring after the dose to full colour.
+    static constexpr Nanoseconds developmentTime = milliseconds(1500);
+    /// The valve's coil does not let go within this time: a shorter pause is no closing.
+    static constexpr Nanoseconds valveRelease = milliseconds(1);
+
+    /// True absorbances: the first flush (priming) and the first measurement take the first one,
+    /// each later flush the next, and the last one stays.
+    explicit SampleCell(std::vector<double> absorbances) : absorbances_(std::move(absorbances)) {}
+
+    void setValve(Nanoseconds now, bool open);
+    void setStirring(Nanoseconds now, bool on, std::int64_t pumpSteps);
+    /// The absorbance that the light path sees, 0 for a sample without reagent.
+    double absorbance(Nanoseconds now, std::int64_t pumpSteps) const;
+    /// Keeps the cell washed out while the valve is open: reagent of that time is lost.
+    void pumpTurned(std::int64_t pumpSteps);
+    /// Samples flushed in so far, the priming included.
+    std::size_t flushes() const { return flushes_; }
+
+  private:
+    double trueAbsorbance() const;
+
+    std::vector<double> absorbances_;
+    bool open_ = false;
+    bool stirring_ = false;
+    Nanoseconds closedAt_ = -valveRelease - 1;
+    std::size_t flushes_ = 0;
+    std::int64_t cleanAtStep_ = 0;
+    Nanoseconds developingSince_ = never;
+};
+
+} // namespace sim

@@ -1,0 +1,53 @@
+#include "simulator/kernel/CardFile.h"
+
+#include "simulator/runtime/Real.h"
+#include "simulator/scenario/ErrnoNames.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace sim {
+
+CardFile::~CardFile() {
+    if (owned_) {
+        real::close(host_);
+    }
+}
+
+long CardFile::openHost(int flags, unsigned mode) {
+    host_ = real::open(hostPath_.c_str(), flags, mode);
+    owned_ = host_ >= 0;
+    return host_ >= 0 ? 0 : -errno;
+}
+
+void CardFile::borrowHost(int descriptor) {
+    host_ = descriptor;
+}
+
+long CardFile::read(void* buffer, std::size_t size) {
+    if (onCard_ && !card_.healthy()) {
+        events_.add("read", path(), "EIO");
+        return -EIO;
+    }
+    const ssize_t count = real::read(host_, buffer, size);
+    return count < 0 ? -errno : count;
+}
+
+long CardFile::write(const void* data, std::size_t size) {
+    const int error = onCard_ ? card_.write(static_cast<std::int64_t>(size)) : 0;
+    events_.add("write", path(),
+                EventLog::quoted({static_cast<const char*>(data), size}) +
+                    (error != 0 ? " " + errnoName(error) : std::string()));
+    if (error != 0) {
+        return -error;
+    }
+    const ssize_t count = real::write(host_, data, size);
+    return count < 0 ? -errno : count;
+}
+
+long CardFile::seek(std::int64_t offset, int whence) {
+    const off64_t reached = lseek64(host_, offset, whence);
+    return reached < 0 ? -errno : static_cast<long>(reached);
+}
+
+} // namespace sim

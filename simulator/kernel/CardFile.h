@@ -1,0 +1,42 @@
+#pragma once
+
+#include "simulator/board/CardSlot.h"
+#include "simulator/kernel/EventLog.h"
+#include "simulator/kernel/OpenFile.h"
+
+#include <string>
+
+namespace sim {
+
+/// A file below the mount point: its bytes live in a file on this machine, and the card decides
+/// whether they get there.
+class CardFile : public OpenFile {
+  public:
+    /// onCard: it lies on the mounted card, else on the root file system below the mount point.
+    CardFile(std::string path, std::string hostPath, bool onCard, CardSlot& card, EventLog& events)
+        : OpenFile(std::move(path)), hostPath_(std::move(hostPath)), onCard_(onCard), card_(card),
+          events_(events) {}
+    ~CardFile() override;
+
+    /// Opens the file on this machine; 0 or a negated errno.
+    long openHost(int flags, unsigned mode);
+    /// The descriptor is somebody else's, who closes it.
+    void borrowHost(int descriptor);
+
+    long read(void* buffer, std::size_t size) override;
+    long write(const void* data, std::size_t size) override;
+    long seek(std::int64_t offset, int whence) override;
+    int hostDescriptor() const override { return host_; }
+    bool onCard() const { return onCard_; }
+    const std::string& hostPath() const { return hostPath_; }
+
+  private:
+    std::string hostPath_;
+    bool onCard_;
+    CardSlot& card_;
+    EventLog& events_;
+    int host_ = -1;
+    bool owned_ = false;
+};
+
+} // namespace sim

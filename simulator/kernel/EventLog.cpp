@@ -1,0 +1,115 @@
+#include "simulator/kernel/EventLog.h"
+
+#include "simulator/runtime/Real.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+
+constexpr std::size_t bufferBytes = 1 << 16;
+
+} // namespace
+
+EventLog::~EventLog() {
+    endRepeats();
+    flush();
+    if (file_ >= 0) {
+        real::close(file_);
+    }
+}
+
+bool EventLog::writeTo(const std::string& path) {
+    file_ = real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    return file_ >= 0;
+}
+
+void EventLog::add(std::string_view operation, std::string_view path, std::string_view data) {
+    if (active()) {
+        record({now(), thread(), std::string(operation), std::string(path), std::string(data)});
+    }
+}
+
+void EventLog::addWorld(std::string_view operation, std::string_view path, std::string_view data) {
+    if (active()) {
+        record({now(), 0, std::string(operation), std::string(path), std::string(data)});
+    }
+}
+
+void EventLog::record(Event event) {
+    if (keeping_) {
+        kept_.push_back(event);
+    }
+    if (file_ < 0) {
+        return;
+    }
+    if (event.operation == "read" && last_.operation == "read" && event.thread == last_.thread &&
+        event.path == last_.path && event.data == last_.data) {
+        repeatedAt_ = event.at;
+        ++repeats_;
+        return;
+    }
+    endRepeats();
+    pending_ += line(event);
+    last_ = std::move(event);
+    if (pending_.size() > bufferBytes) {
+        flush();
+    }
+}
+
+void EventLog::endRepeats() {
+    if (repeats_ == 0) {
+        return;
+    }
+    Event again = last_;
+    again.at = repeatedAt_;
+    again.data += " again " + std::to_string(repeats_) + (repeats_ == 1 ? " time" : " times");
+    pending_ += line(again);
+    repeats_ = 0;
+}
+
+void EventLog::flush() {
+    if (file_ < 0) {
+        return;
+    }
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        const ssize_t written = real::write(file_, rest.data(), rest.size());
+        if (written <= 0) {
+            break;
+        }
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    pending_.clear();
+}
+
+std::string EventLog::quoted(std::string_view text) {
+    std::string result = "\"";
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (character == '\n') {
+            result += "\\n";
+        } else if (character == '\t') {
+            result += "\\t";
+        } else if (character == '"' || character == '\\') {
+            result += '\\';
+            result += character;
+        } else if (byte < 0x20 || byte >= 0x7F) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\x%02x", byte);
+            result += escape;
+        } else {
+            result += character;
+        }
+    }
+    return result + "\"";
+}
+
+std::string EventLog::line(const Event& event) {
+    return std::to_string(event.at / 1'000) + " " + std::to_string(event.thread) + " " +
+           event.operation + " " + event.path + " " + event.data + "\n";
+}
+
+} // namespace sim

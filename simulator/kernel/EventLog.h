@@ -1,0 +1,65 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sim {
+
+/// One operation on the simulated board.
+struct Event {
+    Nanoseconds at = 0;
+    unsigned thread = 0; ///< 0: the world, not the program
+    std::string operation;
+    std::string path; ///< "-" where there is none
+    std::string data; ///< "-" where there is none
+};
+
+/// Writes down what the program asks of the board and what the board does by itself: one line each
+/// of board time in microseconds, thread, operation, path and data. Equal reads in a row are
+/// written once, and then how often they came again.
+class EventLog {
+  public:
+    std::function<Nanoseconds()> now;
+    std::function<unsigned()> thread;
+
+    EventLog() = default;
+    EventLog(const EventLog&) = delete;
+    EventLog& operator=(const EventLog&) = delete;
+    ~EventLog();
+
+    /// Writes to a file from now on, replacing it; false when it cannot be opened.
+    bool writeTo(const std::string& path);
+    /// Keeps the events in memory from now on, repeated reads one by one.
+    void keep() { keeping_ = true; }
+    const std::vector<Event>& kept() const { return kept_; }
+    void clear() { kept_.clear(); }
+    bool active() const { return keeping_ || file_ >= 0; }
+
+    void add(std::string_view operation, std::string_view path, std::string_view data = "-");
+    /// The same, told of the world instead of a thread.
+    void addWorld(std::string_view operation, std::string_view path, std::string_view data);
+    /// Hands all lines to the file.
+    void flush();
+
+    /// A text in quotes, with \n, \t, \\, \" and \xNN for what does not print.
+    static std::string quoted(std::string_view text);
+    static std::string line(const Event& event);
+
+  private:
+    void record(Event event);
+    void endRepeats();
+
+    int file_ = -1;
+    bool keeping_ = false;
+    std::vector<Event> kept_;
+    std::string pending_;
+    Event last_;
+    Nanoseconds repeatedAt_ = 0;
+    std::size_t repeats_ = 0;
+};
+
+} // namespace sim

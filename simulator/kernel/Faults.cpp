@@ -1,0 +1,42 @@
+#include "simulator/kernel/Faults.h"
+
+namespace sim {
+namespace {
+
+bool matches(const std::string& pattern, std::string_view path) {
+    if (pattern.empty()) {
+        return true;
+    }
+    if (pattern.back() == '*') {
+        return path.substr(0, pattern.size() - 1) ==
+               std::string_view(pattern).substr(0, pattern.size() - 1);
+    }
+    return path == pattern;
+}
+
+} // namespace
+
+Faults::Faults(const std::vector<Fault>& faults) {
+    for (const Fault& fault : faults) {
+        add(fault);
+    }
+}
+
+std::optional<Faults::Hit> Faults::meet(std::string_view call, std::string_view path) {
+    std::optional<Hit> hit;
+    for (Armed& armed : armed_) {
+        const Fault& fault = armed.fault;
+        if (fault.call != call || !matches(fault.path, path)) {
+            continue;
+        }
+        ++armed.met;
+        const bool due =
+            armed.met == fault.occurrence || (fault.forever && armed.met > fault.occurrence);
+        if (due && !hit) {
+            hit = Hit{fault.error, fault.bytes};
+        }
+    }
+    return hit;
+}
+
+} // namespace sim

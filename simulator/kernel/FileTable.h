@@ -1,0 +1,45 @@
+#pragma once
+
+#include "simulator/kernel/OpenFile.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace sim {
+
+/// The program's descriptors on board paths. Most have numbers of their own, far above those that
+/// this machine's kernel gives; a file that a stream holds keeps the number that the stream has.
+class FileTable {
+  public:
+    static constexpr int firstNumber = 1 << 20;
+
+    /// Gives the lowest free number of our own.
+    int add(std::unique_ptr<OpenFile> file);
+    void addAt(int descriptor, std::unique_ptr<OpenFile> file);
+    OpenFile* find(int descriptor) const;
+    std::unique_ptr<OpenFile> remove(int descriptor);
+    std::size_t size() const { return count_ + streams_.size(); }
+
+    template <typename Predicate>
+    bool any(Predicate predicate) const {
+        for (const auto& file : files_) {
+            if (file && predicate(*file)) {
+                return true;
+            }
+        }
+        for (const auto& [descriptor, file] : streams_) {
+            if (predicate(*file)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+  private:
+    std::vector<std::unique_ptr<OpenFile>> files_;
+    std::size_t count_ = 0;
+    std::map<int, std::unique_ptr<OpenFile>> streams_;
+};
+
+} // namespace sim

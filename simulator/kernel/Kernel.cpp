@@ -1,0 +1,286 @@
+#include "simulator/kernel/Kernel.h"
+
+#include "simulator/kernel/CallCosts.h"
+#include "simulator/kernel/TextFile.h"
+#include "simulator/runtime/Real.h"
+#include "simulator/runtime/ThreadSelf.h"
+#include "simulator/scenario/ErrnoNames.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+
+namespace sim {
+namespace {
+
+constexpr std::string_view mountPoint = "/mnt/sd-card";
+constexpr std::string_view spiDevice = "/dev/spidev32765.1";
+constexpr std::string_view memoryDevice = "/dev/mem";
+
+/// A folder itself or anything below it.
+bool within(std::string_view path, std::string_view folder) {
+    return path.substr(0, folder.size()) == folder &&
+           (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+bool writes(int flags) {
+    return (flags & O_ACCMODE) != O_RDONLY;
+}
+bool reads(int flags) {
+    return (flags & O_ACCMODE) != O_WRONLY;
+}
+
+/// The physical memory device: nothing but its mapping is used.
+class MemoryFile : public OpenFile {
+  public:
+    using OpenFile::OpenFile;
+};
+
+int flagsOf(std::string_view mode) {
+    const bool both = mode.find('+') != std::string_view::npos;
+    if (mode.empty() || mode[0] == 'r') {
+        return both ? O_RDWR : O_RDONLY;
+    }
+    const int access = both ? O_RDWR : O_WRONLY;
+    return access | O_CREAT | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
+}
+
+} // namespace
+
+Kernel::Kernel(const RunOptions& options, Board& board, EventLog& events, Faults& faults,
+               Timeline& timeline, Scheduler& scheduler)
+    : root_(options.root), boardPresent_(options.scenario.boardPresent),
+      mountTableExists_(options.scenario.mountTableExists),
+      mountTable_(options.scenario.mountTable), costs_(options.ioCosts), board_(board),
+      events_(events), faults_(faults), timeline_(timeline), scheduler_(scheduler),
+      sysfs_(board, options.scenario) {
+    for (const std::string& folder : {root_ + "/rootfs", root_ + "/rootfs/mnt", cardFolder()}) {
+        real::mkdir(folder.c_str(), 0755);
+    }
+    if (options.scenario.mountPointExists) {
+        real::mkdir(mountPointFolder().c_str(), 0755);
+    }
+}
+
+bool Kernel::owns(std::string_view path) {
+    static constexpr std::array folders{
+        std::string_view{"/sys/class/gpio"}, std::string_view{"/sys/class/pwm"},
+        std::string_view{"/sys/bus/iio"},    std::string_view{"/sys/block/mmcblk0"},
+        std::string_view{"/dev/mem"},        std::string_view{"/dev/spidev32765.1"},
+        std::string_view{"/dev/mmcblk0"},    std::string_view{"/dev/mmcblk0p1"},
+        std::string_view{"/mnt/sd-card"},    std::string_view{"/etc/mtab"},
+    };
+    return std::any_of(folders.begin(), folders.end(),
+                       [&](std::string_view folder) { return within(path, folder); });
+}
+
+long Kernel::enter(std::string_view call, std::string_view path) {
+    auto counted = counts_.find(call);
+    if (counted == counts_.end()) {
+        counted = counts_.emplace(std::string(call), 0).first;
+    }
+    ++counted->second;
+    timeline_.operated();
+    if (costs_) {
+        timeline_.work(callCost(call));
+    }
+    scheduler_.chance(*threadSelf());
+    cut_.reset();
+    if (const auto hit = faults_.meet(call, path)) {
+        cut_ = hit->bytes;
+        if (hit->error != 0) {
+            events_.add(call, path.empty() ? "-" : path, errnoName(hit->error));
+        }
+        return -hit->error;
+    }
+    return 0;
+}
+
+long Kernel::open(const char* path, int flags, unsigned mode) {
+    std::unique_ptr<OpenFile> file;
+    long error = enter("open", path);
+    if (error == 0) {
+        error = openFile(path, flags, file);
+        if (error != 0) {
+            events_.add("open", path, errnoName(static_cast<int>(-error)));
+        }
+    }
+    if (auto* card = dynamic_cast<CardFile*>(file.get()); error == 0 && card != nullptr) {
+        error = card->openHost(flags, mode);
+        events_.add("open", path, error != 0 ? errnoName(static_cast<int>(-error)) : "ok");
+    }
+    return error != 0 ? error : files_.add(std::move(file));
+}
+
+FILE* Kernel::openStream(const char* path, const char* mode) {
+    std::unique_ptr<OpenFile> file;
+    long error = enter("open", path);
+    if (error == 0) {
+        error = openFile(path, flagsOf(mode), file);
+        if (error != 0) {
+            events_.add("open", path, errnoName(static_cast<int>(-error)));
+        }
+    }
+    if (error != 0) {
+        errno = static_cast<int>(-error);
+        return nullptr;
+    }
+    auto* card = dynamic_cast<CardFile*>(file.get());
+    FILE* stream = real::fopen(card != nullptr ? card->hostPath().c_str() : "/dev/null", mode);
+    if (card != nullptr) {
+        events_.add("open", path, stream == nullptr ? errnoName(errno) : "ok");
+    }
+    if (stream != nullptr) {
+        if (card != nullptr) {
+            card->borrowHost(fileno(stream));
+        }
+        files_.addAt(fileno(stream), std::move(file));
+    }
+    return stream;
+}
+
+long Kernel::openFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    if (sysfs_.taken(path)) {
+        return -ENOENT;
+    }
+    if (within(path, mountPoint)) {
+        return openCardFile(path, flags, file);
+    }
+    if (path == spiDevice || path == memoryDevice) {
+        if (!boardPresent_) {
+            return -ENOENT;
+        }
+        if (path == spiDevice) {
+            file = std::make_unique<SpiFile>(path, board_, spi_, events_);
+        } else {
+            file = std::make_unique<MemoryFile>(path);
+        }
+        return 0;
+    }
+    if (within(path, "/sys")) {
+        return openAttribute(path, flags, file);
+    }
+    unmodelled("open of " + path);
+    return -ENOSYS;
+}
+
+long Kernel::openAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    SysfsNode node = sysfs_.find(path);
+    switch (node.kind) {
+    case SysfsNode::Kind::missing:
+        return (flags & O_CREAT) != 0 && node.parentExists ? -EACCES : -ENOENT;
+    case SysfsNode::Kind::directory:
+        if (writes(flags) || (flags & O_CREAT) != 0) {
+            return -EISDIR;
+        }
+        file = std::make_unique<DirectoryFile>(path);
+        return 0;
+    case SysfsNode::Kind::attribute:
+        break;
+    }
+    if ((writes(flags) && !node.store) || (reads(flags) && !node.show)) {
+        return -EACCES;
+    }
+    file = std::make_unique<TextFile>(path, std::move(node), sysfs_, events_);
+    return 0;
+}
+
+std::string Kernel::hostPath(std::string_view path) const {
+    return (board_.card.mounted() ? cardFolder() : mountPointFolder()) +
+           std::string(path.substr(mountPoint.size()));
+}
+
+long Kernel::openCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    const std::string host = hostPath(path);
+    const bool onCard = board_.card.mounted();
+    struct stat64 status {};
+    const bool exists = real::stat(host.c_str(), &status) == 0;
+    if (onCard && writes(flags)) {
+        const int error = exists ? board_.card.openForWriting() : board_.card.createFile();
+        if (error != 0 && (exists || (flags & O_CREAT) != 0)) {
+            return -error;
+        }
+    }
+    file = std::make_unique<CardFile>(path, host, onCard, board_.card, events_);
+    return 0;
+}
+
+long Kernel::close(int descriptor) {
+    const OpenFile* file = files_.find(descriptor);
+    const long error = enter("close", file->path());
+    if (dynamic_cast<const CardFile*>(file) != nullptr && error == 0) {
+        events_.add("close", file->path(), "ok");
+    }
+    files_.remove(descriptor);
+    return error;
+}
+
+long Kernel::closeStream(FILE* stream) {
+    const int descriptor = fileno(stream);
+    return owns(descriptor) ? close(descriptor) : 0;
+}
+
+long Kernel::cutShort(std::size_t& size) {
+    if (cut_ && *cut_ < size) {
+        size = static_cast<std::size_t>(*cut_);
+    }
+    return 0;
+}
+
+long Kernel::read(int descriptor, void* buffer, std::size_t size) {
+    OpenFile* file = files_.find(descriptor);
+    const auto* attribute = dynamic_cast<const TextFile*>(file);
+    const bool level = attribute != nullptr && attribute->line().has_value();
+    if (const long error = enter("read", file->path()); error != 0) {
+        return error;
+    }
+    cutShort(size);
+    if (level) {
+        timeline_.pollsLine(*attribute->line());
+    }
+    const long count = file->read(buffer, size);
+    if (level && count > 0) {
+        timeline_.lineRead(*attribute->line(), static_cast<const char*>(buffer)[0] == '1');
+        board_.lines.at(*attribute->line()).edgePending = false;
+    }
+    return count;
+}
+
+long Kernel::write(int descriptor, const void* data, std::size_t size) {
+    OpenFile* file = files_.find(descriptor);
+    if (const long error = enter("write", file->path()); error != 0) {
+        return error;
+    }
+    timeline_.busy();
+    cutShort(size);
+    if (costs_ && dynamic_cast<const CardFile*>(file) != nullptr) {
+        timeline_.work(callCost("card write"));
+    }
+    return file->write(data, size);
+}
+
+long Kernel::seek(int descriptor, std::int64_t offset, int whence) {
+    OpenFile* file = files_.find(descriptor);
+    const long error = enter("lseek", file->path());
+    return error != 0 ? error : file->seek(offset, whence);
+}
+
+long Kernel::control(int descriptor, unsigned long request, void* argument) {
+    OpenFile* file = files_.find(descriptor);
+    if (const long error = enter("ioctl", file->path()); error != 0) {
+        return error;
+    }
+    timeline_.busy();
+    return file->control(request, argument);
+}
+
+bool Kernel::cardFilesOpen() const {
+    return files_.any([](const OpenFile& file) {
+        const auto* card = dynamic_cast<const CardFile*>(&file);
+        return card != nullptr && card->onCard();
+    });
+}
+
+} // namespace sim

@@ -1,0 +1,83 @@
+#include "simulator/kernel/Kernel.h"
+
+#include "simulator/kernel/TextFile.h"
+#include "simulator/runtime/Real.h"
+#include "simulator/runtime/ThreadSelf.h"
+#include "simulator/scenario/ErrnoNames.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <poll.h>
+#include <span>
+#include <sys/mman.h>
+
+namespace sim {
+
+long Kernel::map(int descriptor, std::size_t length, std::int64_t offset, void** address) {
+    const OpenFile* file = files_.find(descriptor);
+    if (const long error = enter("mmap", file->path()); error != 0) {
+        return error;
+    }
+    if (file->path() != "/dev/mem" || static_cast<std::uint64_t>(offset) != RegisterPage::address ||
+        length != RegisterPage::size) {
+        unmodelled("mmap of " + std::to_string(length) + " bytes at " + std::to_string(offset) +
+                   " of " + file->path());
+    }
+    void* page = SIM_REAL(mmap64)(nullptr, length, PROT_READ | PROT_WRITE,
+                                  MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED) {
+        return -errno;
+    }
+    board_.registers.load({static_cast<std::uint32_t*>(page), length / sizeof(std::uint32_t)});
+    mappings_[page] = {length};
+    events_.add("mmap", file->path(), "0xfffff000");
+    *address = page;
+    return 0;
+}
+
+long Kernel::unmap(void* address) {
+    const std::size_t length = mappings_.at(address).length;
+    const std::span<const std::uint32_t> page{static_cast<const std::uint32_t*>(address),
+                                              length / sizeof(std::uint32_t)};
+    for (const std::string& store : board_.registers.store(page)) {
+        events_.add("write", "/dev/mem", store);
+    }
+    mappings_.erase(address);
+    enter("munmap", "/dev/mem");
+    return SIM_REAL(munmap)(address, length) == 0 ? 0 : -errno;
+}
+
+long Kernel::poll(pollfd* descriptors, std::size_t count, int timeout) {
+    const OpenFile* file = files_.find(descriptors[0].fd);
+    const auto* attribute = dynamic_cast<const TextFile*>(file);
+    if (count != 1 || attribute == nullptr || !attribute->line()) {
+        unmodelled("poll of anything but one line's value");
+        return -ENOSYS;
+    }
+    if (const long error = enter("poll", file->path()); error != 0) {
+        return error;
+    }
+    const long ready = waitForEdge(descriptors[0], *attribute->line(), timeout);
+    events_.add("poll", file->path(),
+                "for " + std::to_string(timeout) + " ms: " + (ready > 0 ? "edge" : "time-out"));
+    return ready;
+}
+
+long Kernel::waitForEdge(pollfd& waiting, unsigned line, int timeout) {
+    const Nanoseconds deadline = timeout < 0 ? never : timeline_.now() + milliseconds(timeout);
+    for (;;) {
+        if (board_.lines.at(line).edgePending || !board_.lines.at(line).exported) {
+            waiting.revents = static_cast<short>(waiting.events & (POLLPRI | POLLERR));
+            waiting.revents |= POLLERR;
+            return 1;
+        }
+        if (timeline_.now() >= deadline) {
+            waiting.revents = 0;
+            return 0;
+        }
+        timeline_.sleepUntil(std::min(deadline, board_.nextEvent()),
+                             "an edge on line " + Lines::name(line));
+    }
+}
+
+} // namespace sim

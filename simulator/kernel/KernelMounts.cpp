@@ -1,0 +1,171 @@
+#include "simulator/kernel/Kernel.h"
+
+#include "simulator/runtime/Real.h"
+#include "simulator/scenario/ErrnoNames.h"
+
+#include <cerrno>
+
+namespace sim {
+namespace {
+
+constexpr std::string_view mountPoint = "/mnt/sd-card";
+constexpr std::string_view partition = "/dev/mmcblk0p1";
+
+std::string outcome(long error) {
+    return error == 0 ? "ok" : errnoName(static_cast<int>(-error));
+}
+
+void fill(struct stat64* result, unsigned mode) {
+    *result = {};
+    result->st_mode = mode;
+    result->st_nlink = 1;
+}
+
+} // namespace
+
+long Kernel::access(const char* path, int /*wanted*/) {
+    long error = enter("access", path);
+    if (error == 0) {
+        struct stat64 ignored {};
+        if (std::string_view(path).substr(0, 5) == "/sys/") {
+            error = sysfs_.find(path).kind == SysfsNode::Kind::missing ? -ENOENT : 0;
+        } else {
+            error = hostStatus(path, &ignored);
+        }
+        if (error != 0) {
+            events_.add("access", path, errnoName(static_cast<int>(-error)));
+        }
+    }
+    return error;
+}
+
+long Kernel::status(const char* path, bool followLinks, struct stat64* result) {
+    const char* call = followLinks ? "stat" : "lstat";
+    if (const long error = enter(call, path); error != 0) {
+        return error;
+    }
+    if (std::string_view(path).substr(0, 5) != "/sys/") {
+        const long error = hostStatus(path, result);
+        events_.add(call, path, outcome(error));
+        return error;
+    }
+    const SysfsNode node = sysfs_.find(path);
+    if (node.kind == SysfsNode::Kind::missing) {
+        events_.add(call, path, "ENOENT");
+        return -ENOENT;
+    }
+    const unsigned whole =
+        node.kind == SysfsNode::Kind::directory ? S_IFDIR | 0755U : S_IFREG | 0644U;
+    fill(result, node.link && !followLinks ? S_IFLNK | 0777U : whole);
+    events_.add(call, path, "ok");
+    return 0;
+}
+
+long Kernel::hostStatus(const std::string& path, struct stat64* result) const {
+    if (sysfs_.taken(path)) {
+        return -ENOENT;
+    }
+    if (path == partition || path == "/dev/mmcblk0") {
+        fill(result, S_IFBLK | 0660U);
+        return board_.card.listed(board_.now()) ? 0 : -ENOENT;
+    }
+    if (path.substr(0, 5) == "/dev/") {
+        fill(result, S_IFCHR | 0600U);
+        return boardPresent_ ? 0 : -ENOENT;
+    }
+    if (path == "/etc/mtab") {
+        fill(result, S_IFREG | 0444U);
+        return mountTableExists_ ? 0 : -ENOENT;
+    }
+    return real::stat(hostPath(path).c_str(), result) == 0 ? 0 : -errno;
+}
+
+long Kernel::descriptorStatus(int descriptor, struct stat64* result) {
+    const OpenFile* file = files_.find(descriptor);
+    const long error = enter("fstat", file->path());
+    fill(result, S_IFREG | 0644U);
+    return error;
+}
+
+long Kernel::makeDirectory(const char* path, unsigned mode) {
+    long error = enter("mkdir", path);
+    if (error != 0) {
+        return error;
+    }
+    if (std::string_view(path).substr(0, mountPoint.size()) != mountPoint) {
+        unmodelled(std::string("mkdir of ") + path);
+    }
+    error = real::mkdir(hostPath(path).c_str(), mode) == 0 ? 0 : -errno;
+    if (error == 0 && path == mountPoint) {
+        board_.card.mountPointExists = true;
+    }
+    char octal[8];
+    std::snprintf(octal, sizeof octal, "%04o ", mode);
+    events_.add("mkdir", path, octal + outcome(error));
+    return error;
+}
+
+long Kernel::mount(const char* source, const char* target, const char* type, unsigned long flags,
+                   const void* data) {
+    long error = enter("mount", target);
+    if (error != 0) {
+        return error;
+    }
+    error = -board_.card.mount(source, target, type);
+    events_.add("mount", target,
+                std::string(source) + " " + type + " " + std::to_string(flags) + " " +
+                    EventLog::quoted(data != nullptr ? static_cast<const char*>(data) : "") + " " +
+                    outcome(error));
+    return error;
+}
+
+long Kernel::unmount(const char* target) {
+    long error = enter("umount", target);
+    if (error == 0) {
+        error = -board_.card.unmount(target, cardFilesOpen());
+        events_.add("umount", target, outcome(error));
+    }
+    return error;
+}
+
+std::string Kernel::mountTableText() const {
+    std::string text = "ubi0:rootfs / ubifs rw,relatime 0 0\n"
+                       "proc /proc proc rw,nosuid,nodev,noexec,relatime 0 0\n"
+                       "sysfs /sys sysfs rw,nosuid,nodev,noexec,relatime 0 0\n"
+                       "tmpfs /run tmpfs rw,nosuid,nodev,mode=755 0 0\n";
+    for (const std::string& line : mountTable_) {
+        text += line + "\n";
+    }
+    if (board_.card.mounted()) {
+        text += "/dev/mmcblk0p1 /mnt/sd-card vfat rw,sync,relatime,fmask=0022,dmask=0022 0 0\n";
+    }
+    return text;
+}
+
+FILE* Kernel::openMountTable(const char* path) {
+    const long fault = enter("setmntent", path);
+    if (fault != 0 || !mountTableExists_ || sysfs_.taken(path)) {
+        errno = fault != 0 ? static_cast<int>(-fault) : ENOENT;
+        if (fault == 0) {
+            events_.add("setmntent", path, "ENOENT");
+        }
+        return nullptr;
+    }
+    std::string text = mountTableText();
+    FILE* table = fmemopen(nullptr, text.size() + 1, "w+");
+    if (table != nullptr) {
+        real::fwrite(text.data(), 1, text.size(), table);
+        rewind(table);
+        events_.add("setmntent", path, board_.card.mounted() ? "card listed" : "card not listed");
+        tables_.insert(table);
+    }
+    return table;
+}
+
+void Kernel::closeMountTable(FILE* table) {
+    if (tables_.erase(table) != 0) {
+        enter("endmntent", "/etc/mtab");
+    }
+}
+
+} // namespace sim

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "simulator/board/Board.h"
+#include "simulator/kernel/EventLog.h"
+#include "simulator/kernel/OpenFile.h"
+
+#include <linux/spi/spidev.h>
+#include <span>
+#include <vector>
+
+namespace sim {
+
+/// What the SPI controller keeps between opens of its device.
+struct SpiSettings {
+    std::uint32_t mode = 0;
+    std::uint8_t bitsPerWord = 8;
+    std::uint32_t defaultSpeed = 1'000'000; ///< Hz; a set speed is lost at the last close
+};
+
+/// The converter's spidev device. With 16 bits per word the program's buffer holds words in the
+/// machine's own byte order, and the wire carries each most significant byte first.
+class SpiFile : public OpenFile {
+  public:
+    static constexpr std::size_t largestTransfer = 4096; ///< spidev's bufsiz
+    /// The kernel rounds every record of a message up to this before it adds them up (32-bit ARM).
+    static constexpr std::size_t recordAlignment = 64;
+
+    SpiFile(std::string path, Board& board, SpiSettings& settings, EventLog& events)
+        : OpenFile(std::move(path)), board_(board), settings_(settings), events_(events),
+          speed_(settings.defaultSpeed) {}
+
+    long read(void* buffer, std::size_t size) override;
+    long write(const void* data, std::size_t size) override;
+    long control(unsigned long request, void* argument) override;
+
+  private:
+    long message(std::size_t recordBytes, spi_ioc_transfer* records);
+    void exchange(const spi_ioc_transfer& record);
+    long setting(unsigned long request, void* argument);
+    long setMode(std::uint32_t mode);
+    long setBits(std::uint8_t bits);
+    long setSpeed(std::uint32_t speed);
+    long checkLength(std::size_t size, unsigned bits) const;
+
+    Board& board_;
+    SpiSettings& settings_;
+    EventLog& events_;
+    std::uint32_t speed_;
+};
+
+} // namespace sim

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "simulator/board/Board.h"
+#include "simulator/scenario/Scenario.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace sim {
+
+/// What stands at a path of the kernel's attribute tree.
+struct SysfsNode {
+    enum class Kind { missing, directory, attribute };
+
+    Kind kind = Kind::missing;
+    bool parentExists = false;         ///< for a missing one: EACCES instead of ENOENT on creation
+    bool link = false;                 ///< a directory that is reached through a symbolic link
+    std::function<std::string()> show; ///< empty: cannot be opened for reading
+    std::function<int(std::string_view)>
+        store;                    ///< empty: cannot be opened for writing; gives an errno
+    std::optional<unsigned> line; ///< the line whose level this attribute is
+};
+
+/// The GPIO, PWM and block device attributes of the board as sysfs shows them.
+class SysfsTree {
+  public:
+    SysfsTree(Board& board, const Scenario& scenario)
+        : board_(board), present_(scenario.boardPresent), replaced_(scenario.attributes),
+          missing_(scenario.missing) {}
+
+    SysfsNode find(std::string_view path) const;
+
+    /// Reading the attribute gives this text from now on.
+    void replace(const std::string& path, const std::string& text) { replaced_[path] = text; }
+    /// The path is gone from now on, whatever the board has.
+    void take(const std::string& path) { missing_.insert(path); }
+    void giveBack(const std::string& path) {
+        missing_.erase(path);
+        replaced_.erase(path);
+    }
+    bool taken(std::string_view path) const { return missing_.contains(std::string(path)); }
+
+  private:
+    SysfsNode lookUp(std::string_view path) const;
+    SysfsNode gpio(std::string_view rest) const;
+    SysfsNode gpioAttribute(unsigned line, std::string_view name) const;
+    SysfsNode pwm(std::string_view rest) const;
+    SysfsNode pwmAttribute(unsigned channel, std::string_view name) const;
+
+    Board& board_;
+    bool present_;
+    std::map<std::string, std::string> replaced_;
+    std::set<std::string> missing_;
+};
+
+} // namespace sim

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "simulator/kernel/EventLog.h"
+#include "simulator/kernel/OpenFile.h"
+#include "simulator/kernel/SysfsTree.h"
+
+#include <optional>
+#include <string>
+
+namespace sim {
+
+/// An open sysfs attribute: its text is made anew when it is read from the start, and each write is
+/// one store.
+class TextFile : public OpenFile {
+  public:
+    TextFile(std::string path, SysfsNode node, const SysfsTree& tree, EventLog& events)
+        : OpenFile(std::move(path)), node_(std::move(node)), tree_(tree), events_(events) {}
+
+    long read(void* buffer, std::size_t size) override;
+    long write(const void* data, std::size_t size) override;
+    long seek(std::int64_t offset, int whence) override;
+
+    /// The line whose level the attribute is, if it is one's.
+    std::optional<unsigned> line() const { return node_.line; }
+
+  private:
+    bool gone() const;
+
+    SysfsNode node_;
+    const SysfsTree& tree_;
+    EventLog& events_;
+    std::string text_;
+    std::size_t offset_ = 0;
+};
+
+/// A directory opened for reading: it opens, and reading it fails.
+class DirectoryFile : public OpenFile {
+  public:
+    using OpenFile::OpenFile;
+    long read(void* buffer, std::size_t size) override;
+};
+
+} // namespace sim

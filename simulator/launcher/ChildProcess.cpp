@@ -1,0 +1,121 @@
+#include "simulator/launcher/ChildProcess.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+
+constexpr long tickNanoseconds = 200'000'000;
+
+sigset_t awaitedSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGCHLD);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    return set;
+}
+
+/// Only one of the program's threads runs at a time: on one processor they hand over some twice as
+/// fast.
+void stayOnThisProcessor() {
+    const int processor = sched_getcpu();
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (processor >= 0) {
+        CPU_SET(static_cast<unsigned>(processor), &set);
+        sched_setaffinity(0, sizeof set, &set);
+    }
+}
+
+/// Runs in the child; tells the parent through the pipe why it could not begin.
+[[noreturn]] void become(const ChildCommand& command, const sigset_t& oldMask, int failurePipe) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    stayOnThisProcessor();
+    sigprocmask(SIG_SETMASK, &oldMask, nullptr);
+    for (const auto& [name, value] : command.environment) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+    std::vector<char*> arguments;
+    for (const std::string& argument : command.arguments) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    execv(command.path.c_str(), arguments.data());
+    const int error = errno;
+    static_cast<void>(!write(failurePipe, &error, sizeof error));
+    _exit(127);
+}
+
+ChildEnd fromStatus(int status) {
+    if (WIFSIGNALED(status)) {
+        return {ChildEnd::Kind::signalled, WTERMSIG(status)};
+    }
+    return {ChildEnd::Kind::exited, WEXITSTATUS(status)};
+}
+
+ChildEnd killAndReap(pid_t child, ChildEnd::Kind kind, int value) {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    return {kind, value};
+}
+
+ChildEnd await(pid_t child, double limit, const std::function<void()>& onTick) {
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    const sigset_t awaited = awaitedSignals();
+    for (;;) {
+        int status = 0;
+        if (waitpid(child, &status, WNOHANG) == child) {
+            return fromStatus(status);
+        }
+        if (limit > 0.0 && std::chrono::duration<double>(Clock::now() - start).count() > limit) {
+            return killAndReap(child, ChildEnd::Kind::timedOut, 0);
+        }
+        const timespec tick{0, tickNanoseconds};
+        const int signal = sigtimedwait(&awaited, nullptr, &tick);
+        if (signal == SIGINT || signal == SIGTERM) {
+            return killAndReap(child, ChildEnd::Kind::interrupted, signal);
+        }
+        onTick();
+    }
+}
+
+} // namespace
+
+ChildEnd runChild(const ChildCommand& command, const std::function<void()>& onTick) {
+    const sigset_t awaited = awaitedSignals();
+    sigset_t oldMask;
+    sigprocmask(SIG_BLOCK, &awaited, &oldMask);
+    int failure[2] = {-1, -1};
+    if (pipe2(failure, O_CLOEXEC) != 0) {
+        return {ChildEnd::Kind::notStarted, errno};
+    }
+    const pid_t child = fork();
+    if (child < 0) {
+        return {ChildEnd::Kind::notStarted, errno};
+    }
+    if (child == 0) {
+        become(command, oldMask, failure[1]);
+    }
+    close(failure[1]);
+    int error = 0;
+    const bool failed = read(failure[0], &error, sizeof error) == sizeof error;
+    close(failure[0]);
+    if (failed) {
+        waitpid(child, nullptr, 0);
+        return {ChildEnd::Kind::notStarted, error};
+    }
+    return await(child, command.realTimeLimit, onTick);
+}
+
+} // namespace sim

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace sim {
+
+/// How the program's process ended.
+struct ChildEnd {
+    enum class Kind { exited, signalled, timedOut, interrupted, notStarted };
+
+    Kind kind = Kind::exited;
+    int value = 0; ///< exit status, signal or errno
+};
+
+/// What to start, and with which additions to the environment.
+struct ChildCommand {
+    std::string path;
+    std::vector<std::string> arguments; ///< with the program's name as first
+    std::vector<std::pair<std::string, std::string>> environment;
+    double realTimeLimit = 0.0; ///< seconds; 0: none
+};
+
+/// Starts the program on one processor, waits for its end and calls onTick some times a second
+/// meanwhile. A program that outlives its limit, or the launcher, is killed.
+ChildEnd runChild(const ChildCommand& command, const std::function<void()>& onTick);
+
+} // namespace sim

@@ -1,0 +1,145 @@
+#include "simulator/launcher/Options.h"
+
+#include "simulator/runtime/RunOptions.h"
+#include "simulator/scenario/ScenarioFile.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <iostream>
+
+namespace sim {
+namespace {
+
+/// Texts as given, before they are looked at.
+struct RawOptions {
+    std::string pace = "max";
+    std::string start;
+    std::string ioCost = "board";
+    double boardTime = 0.0;
+    double realTime = -1.0;
+};
+
+std::optional<double> paceOf(const std::string& text) {
+    if (text == "max") {
+        return 0.0;
+    }
+    if (text == "real") {
+        return 1.0;
+    }
+    char* end = nullptr;
+    const double factor = std::strtod(text.c_str(), &end);
+    const bool number =
+        end != text.c_str() && *end == '\0' && std::isfinite(factor) && factor > 0.0;
+    return number ? std::optional<double>{factor} : std::nullopt;
+}
+
+std::string checkPace(const std::string& text) {
+    return paceOf(text) ? "" : "takes max, real or a factor above 0, not '" + text + "'";
+}
+
+std::string checkStart(const std::string& text) {
+    return WallClock::parse(text)
+               ? ""
+               : "takes a time such as \"2026-03-07 09:00:00\", not '" + text + "'";
+}
+
+void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
+    app.footer(
+        "The program's own output is shown unchanged. The run ends when the program does, or at "
+        "the\n"
+        "first limit reached.\n"
+        "Exit status: 0 ended as asked, 2 wrong use, 3 bad scenario, 4 program ended with a "
+        "status\n"
+        "other than 0, 10 program crashed, 11 deadlock, 12 limit of real time passed, 13 call on "
+        "a\n"
+        "board path that the simulation does not model, 14 simulation not armed, 15 cannot start.");
+    app.add_option("--scenario", options.scenarioFile,
+                   "What the board is like and what befalls it (TOML); see docs/simulated-board.md")
+        ->type_name("FILE");
+    app.add_option("--seed", options.run.seed,
+                   "Seed of the detector's noise and of seeded thread order")
+        ->type_name("N")
+        ->capture_default_str();
+    app.add_option("--measurements", options.run.limits.measurements,
+                   "End after so many measurements")
+        ->type_name("N")
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
+    app.add_option("--steps", options.run.limits.steps, "End after so many steps")
+        ->type_name("N")
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
+    app.add_option("--board-time", raw.boardTime, "End after so many seconds of board time")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1e-6, 9e9));
+    app.add_option(
+           "--real-time", raw.realTime,
+           "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
+           "else 0)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 9e9));
+    app.add_option("--pace", raw.pace, "Board time against real time: max, real or a factor")
+        ->type_name("max|real|FACTOR")
+        ->capture_default_str()
+        ->check(checkPace);
+    app.add_option("--start", raw.start,
+                   "Date and time on the board's clock at the start, in UTC\n"
+                   "(\"2026-03-07 09:00:00\")")
+        ->type_name("TIME")
+        ->check(checkStart);
+    app.add_option(
+           "--root", options.root,
+           "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
+           "go with the run")
+        ->type_name("DIR");
+    app.add_option(
+           "--events", options.run.eventsFile,
+           "Write a line for each operation on the board: microseconds of board time, thread,\n"
+           "operation, path, data")
+        ->type_name("FILE");
+    app.add_option("--io-cost", raw.ioCost,
+                   "Board time that calls take: none, or what a board needs")
+        ->type_name("none|board")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"none", "board"}));
+    app.add_option("--summary", options.summaryFile,
+                   "Write how the run went: its end, board time, steps, calls, memory")
+        ->type_name("FILE");
+    app.add_option("PROGRAM", options.program, "The program and its arguments, after --")
+        ->required()
+        ->type_name("")
+        ->expected(1, 1'000'000);
+}
+
+} // namespace
+
+std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exitStatus) {
+    LauncherOptions options;
+    RawOptions raw;
+    CLI::App app("Runs a program on a simulated instrument board.", "simulate");
+    app.positionals_at_end();
+    describe(app, options, raw);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const bool help = error.get_exit_code() == 0;
+        if (help) {
+            app.exit(error);
+        } else {
+            std::cerr << "simulate: " << error.what() << " (simulate --help tells what would do)\n";
+        }
+        exitStatus = static_cast<int>(help ? ExitStatus::asAsked : ExitStatus::wrongUse);
+        return std::nullopt;
+    }
+    options.run.pace = *paceOf(raw.pace);
+    options.run.ioCosts = raw.ioCost == "board";
+    if (!raw.start.empty()) {
+        options.run.startTime = *WallClock::parse(raw.start);
+    }
+    if (raw.boardTime > 0.0) {
+        options.run.limits.boardTime =
+            static_cast<Nanoseconds>(std::llround(raw.boardTime * 1e6)) * 1'000;
+    }
+    options.realTime = raw.realTime >= 0.0 ? raw.realTime : (options.run.pace == 0.0 ? 600.0 : 0.0);
+    return options;
+}
+
+} // namespace sim

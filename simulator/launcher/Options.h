@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/runtime/RunOptions.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// Exit statuses of `simulate`; a run that ended as asked is 0.
+enum class ExitStatus {
+    asAsked = 0,
+    wrongUse = 2, ///< option or value
+    badScenario = 3,
+    programFailed = 4, ///< the program ended by itself with a status other than 0
+    crashed = 10,
+    deadlock = 11,
+    realTimeLimit = 12,
+    unmodelled = 13,
+    notArmed = 14,
+    cannotStart = 15 ///< program, root folder or file cannot be used
+};
+
+/// The command line of `simulate`.
+struct LauncherOptions {
+    RunOptions run;
+    std::string scenarioFile;
+    std::string root;                 ///< empty: a temporary folder that goes with the run
+    std::string summaryFile;          ///< empty: none
+    double realTime = 0.0;            ///< limit in seconds; 0: none
+    std::vector<std::string> program; ///< with its arguments
+};
+
+/// Reads the command line. Nothing when the launcher is to end at once, with the status in
+/// exitStatus.
+std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exitStatus);
+
+} // namespace sim

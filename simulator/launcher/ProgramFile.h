@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace sim {
+
+/// The program to run, looked up as a shell does: a name without a slash stands for one in PATH.
+struct ProgramFile {
+    std::string path;        ///< resolved; empty when it cannot be run
+    std::string problem;     ///< why it cannot
+    bool simulatable = true; ///< false: it runs, but the simulated board could not stand under it
+};
+
+/// A static program, a script or one for another machine ignores a preloaded library in silence and
+/// would touch this machine's own devices: it is told apart here, before it runs.
+ProgramFile findProgram(const std::string& name);
+
+} // namespace sim

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace sim {
+
+/// The folder that holds a run's files: a given one, which stays, or a temporary one, which goes
+/// with this object.
+class RunRoot {
+  public:
+    /// given empty: a temporary folder, in memory where the machine has such a place.
+    explicit RunRoot(const std::string& given);
+    RunRoot(const RunRoot&) = delete;
+    RunRoot& operator=(const RunRoot&) = delete;
+    ~RunRoot();
+
+    const std::string& path() const { return path_; }
+    /// Why the folder cannot be used; empty when it can. A folder with anything in it is refused,
+    /// because what an earlier run left behind would change this one.
+    const std::string& problem() const { return problem_; }
+
+  private:
+    void makeTemporary();
+    void take(const std::string& given);
+
+    std::string path_;
+    std::string problem_;
+    bool temporary_ = false;
+};
+
+} // namespace sim

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "simulator/launcher/ChildProcess.h"
+#include "simulator/launcher/Options.h"
+#include "simulator/preload/RunReport.h"
+
+#include <string>
+
+namespace sim {
+
+/// What the end of a run comes to: the launcher's exit status, and one line for standard error that
+/// is empty for a run that ended as asked.
+struct Outcome {
+    ExitStatus status = ExitStatus::asAsked;
+    std::string line;
+    std::string word; ///< for the summary: "program ended", "limit reached", "deadlock", ...
+};
+
+Outcome judge(const ChildEnd& end, const RunReport& report, const LauncherOptions& options);
+
+/// "key = value" lines that tell how the run went; also valid TOML.
+std::string summaryText(const Outcome& outcome, const RunReport& report);
+
+} // namespace sim

@@ -1,0 +1,174 @@
+// simulate: runs a program on the simulated instrument board.
+
+#include "simulator/launcher/ChildProcess.h"
+#include "simulator/launcher/Options.h"
+#include "simulator/launcher/ProgramFile.h"
+#include "simulator/launcher/RunRoot.h"
+#include "simulator/launcher/Summary.h"
+#include "simulator/preload/RunReport.h"
+#include "simulator/preload/RunRequest.h"
+#include "simulator/scenario/ScenarioFile.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <new>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using sim::ExitStatus;
+using sim::LauncherOptions;
+using sim::RunReport;
+
+int refuse(ExitStatus status, const std::string& line) {
+    std::cerr << "simulate: " << line << "\n";
+    return static_cast<int>(status);
+}
+
+std::string libraryPath() {
+    std::error_code error;
+    const fs::path own = fs::canonical("/proc/self/exe", error);
+    return (own.parent_path().parent_path() / "lib" / "libsimulated-board.so").string();
+}
+
+/// The page shared with the program, behind a descriptor that the program inherits.
+struct SharedReport {
+    SharedReport() : descriptor(memfd_create("run-report", 0)) {
+        if (descriptor < 0 || ftruncate(descriptor, sizeof(RunReport)) != 0) {
+            return;
+        }
+        void* page =
+            mmap(nullptr, sizeof(RunReport), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+        if (page != MAP_FAILED) {
+            report = new (page) RunReport;
+        }
+    }
+
+    int descriptor;
+    RunReport* report = nullptr;
+};
+
+/// Adds to a variable of options in the form that the sanitizers read, after what the user set.
+std::pair<std::string, std::string> sanitizerOptions(const char* name, const std::string& added) {
+    const char* present = std::getenv(name);
+    return {name, (present != nullptr ? std::string(present) + ":" : std::string()) + added};
+}
+
+sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& program,
+                             const std::string& root, int reportDescriptor) {
+    sim::RunRequest request;
+    request.program = program;
+    request.reportDescriptor = reportDescriptor;
+    std::error_code error;
+    if (!options.scenarioFile.empty()) {
+        request.scenarioFile = fs::absolute(options.scenarioFile, error);
+    }
+    request.options = options.run;
+    request.options.root = root;
+    if (!options.run.eventsFile.empty()) {
+        request.options.eventsFile = fs::absolute(options.run.eventsFile, error);
+    }
+    sim::ChildCommand command;
+    command.path = program;
+    command.arguments = options.program;
+    command.realTimeLimit = options.realTime;
+    command.environment = {{"LD_PRELOAD", libraryPath()},
+                           {sim::runVariable, encode(request)},
+                           {"TZ", "UTC"},
+                           sanitizerOptions("ASAN_OPTIONS", "verify_asan_link_order=0"),
+                           sanitizerOptions("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")};
+    return command;
+}
+
+/// One line on a terminal that shows nothing else: how far a long run has come.
+class ProgressLine {
+  public:
+    explicit ProgressLine(bool wanted)
+        : shown_(wanted && isatty(STDERR_FILENO) && !isatty(STDOUT_FILENO)) {}
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+    ~ProgressLine() {
+        if (used_) {
+            std::cerr << "\r\033[K";
+        }
+    }
+
+    void update(const RunReport& report) {
+        if (shown_) {
+            std::cerr << "\rstep " << report.steps << ", " << report.measurements
+                      << " measurements, " << report.boardTime / 1'000'000'000
+                      << " s of board time\033[K" << std::flush;
+            used_ = true;
+        }
+    }
+
+  private:
+    bool shown_;
+    bool used_ = false;
+};
+
+bool writable(const std::string& path) {
+    return path.empty() || std::ofstream(path, std::ios::app).is_open();
+}
+
+int run(const LauncherOptions& options, const std::string& program) {
+    const sim::RunRoot root(options.root);
+    if (!root.problem().empty()) {
+        return refuse(ExitStatus::cannotStart, root.problem());
+    }
+    for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
+                                       std::pair{"--summary", options.summaryFile}}) {
+        if (!writable(path)) {
+            return refuse(ExitStatus::cannotStart,
+                          std::string(option) + " " + path + ": cannot be written to");
+        }
+    }
+    const SharedReport shared;
+    if (shared.report == nullptr) {
+        return refuse(ExitStatus::cannotStart, "no memory to share with the program");
+    }
+    sim::ChildEnd end;
+    {
+        ProgressLine progress(options.run.pace == 0.0);
+        end = runChild(commandFor(options, program, root.path(), shared.descriptor),
+                       [&] { progress.update(*shared.report); });
+    }
+    const sim::Outcome outcome = judge(end, *shared.report, options);
+    if (!options.summaryFile.empty()) {
+        std::ofstream(options.summaryFile, std::ios::trunc) << summaryText(outcome, *shared.report);
+    }
+    if (!outcome.line.empty()) {
+        std::cerr << outcome.line << "\n";
+    }
+    return static_cast<int>(outcome.status);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    int status = 0;
+    const auto options = sim::parseCommandLine(argc, argv, status);
+    if (!options) {
+        return status;
+    }
+    if (!options->scenarioFile.empty()) {
+        const auto read = sim::readScenarioFile(options->scenarioFile);
+        if (const auto* error = std::get_if<sim::ScenarioError>(&read)) {
+            return refuse(ExitStatus::badScenario, error->text);
+        }
+    }
+    if (!fs::exists(libraryPath())) {
+        return refuse(ExitStatus::cannotStart,
+                      libraryPath() + " is missing; build the whole project");
+    }
+    const sim::ProgramFile program = sim::findProgram(options->program.front());
+    if (!program.problem.empty()) {
+        return refuse(program.path.empty() ? ExitStatus::cannotStart : ExitStatus::notArmed,
+                      program.problem);
+    }
+    return run(*options, program.path);
+}

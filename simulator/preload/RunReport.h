@@ -1,0 +1,37 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace sim {
+
+/// What the memory and the descriptors of the program come to at a moment. The simulated board
+/// lives in the same process and is counted with it.
+struct Footprint {
+    std::uint64_t heapBytes = 0;     ///< in use, as the allocator counts
+    std::uint64_t residentBytes = 0; ///< of the process
+    std::uint32_t boardHandles = 0;  ///< descriptors, mappings and mount tables on board paths
+    std::uint32_t hostDescriptors = 0;
+    std::uint32_t threads = 0;
+};
+
+/// The page that launcher and program share: the program tells how its run goes.
+struct RunReport {
+    static constexpr std::uint64_t footprintStep =
+        200; ///< the first footprint is taken at this step
+
+    std::atomic<std::uint32_t> armed{0};
+    std::atomic<std::uint32_t> ending{0}; ///< sim::Ending
+    std::atomic<std::int64_t> boardTime{0};
+    std::atomic<std::uint64_t> steps{0};
+    std::atomic<std::uint64_t> measurements{0};
+    Footprint early; ///< at footprintStep
+    Footprint late;  ///< at the end
+    char text[2048]{};
+    char calls[2048]{}; ///< "name count" lines
+};
+
+/// Names the variable that tells the preloaded library about its run.
+inline constexpr const char* runVariable = "TAVRELIN_SIMULATION";
+
+} // namespace sim

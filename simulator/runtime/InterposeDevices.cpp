@@ -1,0 +1,95 @@
+// Stands in for the C library's calls on devices and mounts.
+
+#include "simulator/runtime/Real.h"
+#include "simulator/runtime/Simulation.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <mntent.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/mount.h>
+
+using sim::asResult;
+using sim::Gate;
+using sim::Kernel;
+
+extern "C" {
+
+int ioctl(int descriptor, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+        return static_cast<int>(asResult(gate->kernel.control(descriptor, request, argument)));
+    }
+    return SIM_REAL(ioctl)(descriptor, request, argument);
+}
+
+void* mmap64(void* hint, size_t length, int protection, int flags, int descriptor,
+             off64_t offset) noexcept {
+    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+        void* address = nullptr;
+        return asResult(gate->kernel.map(descriptor, length, offset, &address)) < 0 ? MAP_FAILED
+                                                                                    : address;
+    }
+    return SIM_REAL(mmap64)(hint, length, protection, flags, descriptor, offset);
+}
+
+void* mmap(void* hint, size_t length, int protection, int flags, int descriptor,
+           off_t offset) noexcept {
+    return mmap64(hint, length, protection, flags, descriptor, offset);
+}
+
+int munmap(void* address, size_t length) noexcept {
+    if (Gate gate; gate && gate->kernel.ownsMapping(address)) {
+        return static_cast<int>(asResult(gate->kernel.unmap(address)));
+    }
+    return SIM_REAL(munmap)(address, length);
+}
+
+int poll(pollfd* descriptors, nfds_t count, int timeout) {
+    if (Gate gate; gate && count != 0 && gate->kernel.owns(descriptors[0].fd)) {
+        return static_cast<int>(asResult(gate->kernel.poll(descriptors, count, timeout)));
+    }
+    return SIM_REAL(poll)(descriptors, count, timeout);
+}
+
+int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) {
+    return poll(descriptors, count, timeout);
+}
+
+int mount(const char* source, const char* target, const char* type, unsigned long flags,
+          const void* data) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(gate->kernel.mount(source, target, type, flags, data)));
+    }
+    return SIM_REAL(mount)(source, target, type, flags, data);
+}
+
+int umount(const char* target) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(gate->kernel.unmount(target)));
+    }
+    return SIM_REAL(umount)(target);
+}
+
+FILE* setmntent(const char* path, const char* mode) {
+    if (Kernel::owns(path)) {
+        if (Gate gate; gate) {
+            return gate->kernel.openMountTable(path);
+        }
+    }
+    return SIM_REAL(setmntent)(path, mode);
+}
+
+int endmntent(FILE* table) {
+    if (Gate gate; gate) {
+        gate->kernel.closeMountTable(table);
+    }
+    return SIM_REAL(endmntent)(table);
+}
+
+} // extern "C"

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdio>
+#include <ctime>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+/// The C library's own functions, past our stand-ins of the same names.
+namespace sim::real {
+
+/// The next definition of a symbol after ours; ends the process when there is none.
+void* next(const char* symbol);
+
+int open(const char* path, int flags, mode_t mode = 0);
+int close(int descriptor);
+ssize_t read(int descriptor, void* buffer, size_t size);
+ssize_t write(int descriptor, const void* buffer, size_t size);
+FILE* fopen(const char* path, const char* mode);
+int fflush(FILE* file);
+size_t fwrite(const void* data, size_t size, size_t count, FILE* file);
+int stat(const char* path, struct stat64* result);
+int lstat(const char* path, struct stat64* result);
+int mkdir(const char* path, mode_t mode);
+void sleepFor(long long nanoseconds);
+long long monotonicNanoseconds();
+
+} // namespace sim::real
+
+/// The C library's function of this name, looked up once per place.
+#define SIM_REAL(function)                                                                         \
+    ([] {                                                                                          \
+        static const auto simRealFunction =                                                        \
+            reinterpret_cast<decltype(&::function)>(::sim::real::next(#function));                 \
+        return simRealFunction;                                                                    \
+    }())

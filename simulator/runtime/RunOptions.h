@@ -1,0 +1,32 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+#include "simulator/board/WallClock.h"
+#include "simulator/scenario/Scenario.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace sim {
+
+/// When a run ends, if the program does not end it: at the first limit that is reached.
+struct RunLimits {
+    std::optional<std::uint64_t> measurements;
+    std::optional<std::uint64_t> steps;
+    Nanoseconds boardTime = never;
+};
+
+/// All that makes one run; the same options give the same run.
+struct RunOptions {
+    Scenario scenario;
+    std::uint64_t seed = 1;
+    std::int64_t startTime = WallClock::defaultStart; ///< seconds since 1970
+    std::string root;       ///< folder on this machine for the card's and the mount point's files
+    std::string eventsFile; ///< empty: none
+    bool ioCosts = false;   ///< calls take board time (CallCosts.h)
+    double pace = 0.0;      ///< board seconds per real second; 0: as fast as it goes
+    RunLimits limits;
+};
+
+} // namespace sim

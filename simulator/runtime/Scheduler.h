@@ -1,0 +1,83 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+#include "simulator/board/Noise.h"
+#include "simulator/scenario/Scenario.h"
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// Runs the program's threads one at a time, in an order that depends on nothing but the program
+/// and the seed, and lets board time pass when all of them wait. A thread runs until it sleeps,
+/// waits or ends.
+class Scheduler {
+  public:
+    struct Thread {
+        explicit Thread(unsigned n) : number(n) {}
+
+        const unsigned number; ///< 1 is the main thread; counted in order of creation
+        std::atomic<std::uint32_t> go{0};
+        Nanoseconds wakeAt = never;
+        const void* waitsFor = nullptr;
+        std::string waitReason;
+        bool finished = false;
+    };
+
+    Scheduler(ThreadOrder order, std::uint64_t seed) : order_(order), noise_(seed) {}
+
+    /// Carries board time on to a moment; called when nothing can run before it.
+    std::function<void(Nanoseconds)> advanceTo;
+    /// Tells board time.
+    std::function<Nanoseconds()> now;
+    /// Called when no thread can ever run again, with what each waits for. Must not return.
+    std::function<void(const std::string&)> deadlock;
+
+    /// Makes the calling thread the one that runs, as thread 1.
+    Thread& adoptMainThread();
+    /// A new thread, ready to run after those that are ready already.
+    Thread& create();
+    /// Called first by a new thread: returns when it is its turn.
+    void begin(Thread& self);
+    /// Called last by a thread: hands over and returns at once.
+    void finish(Thread& self);
+    /// Drops a thread that ended.
+    void forget(Thread& thread);
+
+    /// Lets others run until board time reaches a moment; `never` waits for ever.
+    void sleepUntil(Thread& self, Nanoseconds moment, std::string reason);
+    /// Waits until somebody wakes the key.
+    void waitFor(Thread& self, const void* key, std::string reason);
+    void wake(const void* key);
+    /// Hands over to any thread that could run, where the seed picks the order; else does nothing.
+    void chance(Thread& self);
+
+    unsigned current() const { return current_ != nullptr ? current_->number : 0; }
+    /// Threads that have not been joined, the main thread included.
+    std::size_t alive() const { return threads_.size(); }
+    unsigned created() const { return created_; }
+
+  private:
+    void handOver(Thread& self);
+    Thread& next();
+    void wakeSleepers();
+    Thread& take();
+    void run(Thread& thread);
+    std::string whoWaitsForWhat() const;
+
+    ThreadOrder order_;
+    Noise noise_;
+    unsigned created_ = 0;
+    Thread* current_ = nullptr;
+    std::vector<std::unique_ptr<Thread>> threads_;
+    std::deque<Thread*> ready_;
+    std::vector<Thread*> waiting_; ///< asleep or waiting, in order of arrival
+};
+
+} // namespace sim

@@ -1,0 +1,85 @@
+#include "simulator/runtime/Timeline.h"
+
+#include "simulator/runtime/Real.h"
+#include "simulator/runtime/ThreadSelf.h"
+
+#include <algorithm>
+
+namespace sim {
+namespace {
+
+constexpr unsigned freeReads = 16;
+constexpr Nanoseconds firstPause = microseconds(20);
+constexpr Nanoseconds longestPause = milliseconds(1);
+constexpr unsigned freeClockLooks = 64;
+constexpr Nanoseconds clockLook = microseconds(1);
+
+} // namespace
+
+Timeline::Timeline(Board& board, EventLog& events, Scheduler& scheduler, Nanoseconds limit,
+                   double pace)
+    : board_(board), events_(events), scheduler_(scheduler), limit_(limit), pace_(pace),
+      realStart_(real::monotonicNanoseconds()) {
+    scheduler_.advanceTo = [this](Nanoseconds moment) { advanceTo(moment); };
+    scheduler_.now = [this] { return now(); };
+}
+
+void Timeline::sleepUntil(Nanoseconds moment, const std::string& reason) {
+    equalReads_ = 0;
+    clockLooks_ = 0;
+    if (moment > now()) {
+        scheduler_.sleepUntil(*threadSelf(), moment, reason);
+    }
+}
+
+void Timeline::advanceTo(Nanoseconds moment) {
+    if (moment <= now()) {
+        return;
+    }
+    board_.advanceTo(std::min(moment, limit_));
+    keepPace();
+    if (now() >= limit_) {
+        onLimit();
+    }
+}
+
+void Timeline::keepPace() const {
+    if (pace_ <= 0.0) {
+        return;
+    }
+    const auto due = realStart_ + static_cast<long long>(static_cast<double>(now()) / pace_);
+    const long long early = due - real::monotonicNanoseconds();
+    if (early > 0) {
+        real::sleepFor(early);
+    }
+}
+
+void Timeline::pollsLine(unsigned line) {
+    if (line != polledLine_ || equalReads_ < freeReads) {
+        return;
+    }
+    const unsigned doubled = std::min(equalReads_ - freeReads, 6U);
+    const Nanoseconds pause = std::min(firstPause << doubled, longestPause);
+    const Nanoseconds until = std::min(now() + pause, std::max(board_.nextEvent(), now()));
+    if (until > now()) {
+        scheduler_.sleepUntil(*threadSelf(), until, "a line that it polls");
+    }
+}
+
+void Timeline::lineRead(unsigned line, bool level) {
+    if (line == polledLine_ && level == polledLevel_) {
+        ++equalReads_;
+    } else {
+        polledLine_ = line;
+        polledLevel_ = level;
+        equalReads_ = 1;
+    }
+}
+
+void Timeline::looksAtClock() {
+    if (++clockLooks_ > freeClockLooks) {
+        work(clockLook);
+    }
+}
+
+} // namespace sim

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "simulator/board/Board.h"
+#include "simulator/kernel/EventLog.h"
+#include "simulator/runtime/Scheduler.h"
+
+#include <functional>
+#include <string>
+
+namespace sim {
+
+/// Board time as the threads of the program spend it: sleeping, working, polling.
+class Timeline {
+  public:
+    Timeline(Board& board, EventLog& events, Scheduler& scheduler, Nanoseconds limit, double pace);
+
+    /// Called once, when the limit in board time is reached.
+    std::function<void()> onLimit;
+
+    Nanoseconds now() const { return board_.now(); }
+    /// The calling thread works for a span: time passes, nobody else runs.
+    void work(Nanoseconds span) { advanceTo(now() + span); }
+    /// The calling thread sleeps until a moment; others run.
+    void sleepUntil(Nanoseconds moment, const std::string& reason);
+
+    /// The calling thread is about to read a line's level once more. After 16 equal reads in a row
+    /// each further one costs a growing span of up to 1 ms, cut short where the line may change.
+    void pollsLine(unsigned line);
+    void lineRead(unsigned line, bool level);
+    /// The calling thread looks at a clock; one that does nothing else for a long time makes time
+    /// pass.
+    void looksAtClock();
+    /// The calling thread did something else: a poll in progress has ended.
+    void busy() { equalReads_ = 0; }
+    void operated() { clockLooks_ = 0; }
+
+  private:
+    void advanceTo(Nanoseconds moment);
+    void keepPace() const;
+
+    Board& board_;
+    EventLog& events_;
+    Scheduler& scheduler_;
+    Nanoseconds limit_;
+    double pace_;
+    long long realStart_;
+    unsigned polledLine_ = ~0U;
+    bool polledLevel_ = false;
+    unsigned equalReads_ = 0;
+    unsigned clockLooks_ = 0;
+};
+
+} // namespace sim

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sim {
+
+/// "EACCES" for 13; the number itself for one that has no name here.
+std::string errnoName(int error);
+/// The errno of a name; nothing for an unknown one.
+std::optional<int> errnoNumber(std::string_view name);
+
+} // namespace sim

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "simulator/board/Nanoseconds.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#define TOML_EXCEPTIONS 0
+#include <toml++/toml.h>
+
+namespace sim {
+
+/// Collects the first error met while a scenario is read.
+struct TomlProblems {
+    std::string file;
+    std::string first;
+
+    void add(const toml::source_region& where, std::string_view key, std::string_view what);
+    bool any() const { return !first.empty(); }
+};
+
+/// One table of a scenario: typed, range-checked access by key; keys that nobody asked for are
+/// errors.
+class TomlTable {
+  public:
+    TomlTable(const toml::table& table, std::string name, TomlProblems& problems)
+        : table_(table), name_(std::move(name)), problems_(problems) {}
+
+    void read(std::string_view key, bool& value);
+    void read(std::string_view key, double& value, double least, double most);
+    void read(std::string_view key, std::string& value);
+    void readStrings(std::string_view key, std::vector<std::string>& values);
+    /// A number or a list of numbers.
+    void readNumbers(std::string_view key, std::vector<double>& values, double least, double most);
+
+    template <typename Integer>
+    void readInteger(std::string_view key, Integer& value, std::int64_t least, std::int64_t most) {
+        if (const auto number = integer(key, least, most)) {
+            value = static_cast<Integer>(*number);
+        }
+    }
+    template <typename Integer>
+    void readIntegers(std::string_view key, std::vector<Integer>& values, std::int64_t least,
+                      std::int64_t most) {
+        forEach(key, [&](const toml::node& node) {
+            if (const auto number = integerOf(node, key, least, most)) {
+                values.push_back(static_cast<Integer>(*number));
+            }
+        });
+    }
+    /// A moment or span given in seconds of board time.
+    void readSeconds(std::string_view key, Nanoseconds& value, double least, double most);
+
+    /// A table below this one, or nothing when it is not there.
+    void table(std::string_view key, const std::function<void(TomlTable&)>& read);
+    /// Every table of an array of tables.
+    void tables(std::string_view key, const std::function<void(TomlTable&)>& read);
+    /// Every key with its text.
+    void texts(const std::function<void(const std::string& key, const std::string& text)>& read);
+
+    bool has(std::string_view key) const { return table_.contains(key); }
+    void require(std::string_view key);
+    /// Notes an error at a key, or at the table when the key is not there.
+    void fail(std::string_view key, std::string_view what);
+    /// Notes an error for each key that was never read.
+    void finish();
+
+  private:
+    const toml::node* take(std::string_view key);
+    std::optional<std::int64_t> integer(std::string_view key, std::int64_t least,
+                                        std::int64_t most);
+    std::optional<std::int64_t> integerOf(const toml::node& node, std::string_view key,
+                                          std::int64_t least, std::int64_t most);
+    std::optional<double> numberOf(const toml::node& node, std::string_view key, double least,
+                                   double most);
+    void forEach(std::string_view key, const std::function<void(const toml::node&)>& read);
+    std::string full(std::string_view key) const;
+
+    const toml::table& table_;
+    std::string name_;
+    TomlProblems& problems_;
+    std::set<std::string, std::less<>> known_;
+};
+
+} // namespace sim
