@@ -1,0 +1,192 @@
+#include "platform/GpioPin.h"
+
+#include "platform/AttributeFile.h"
+#include "platform/FileDescriptor.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <array>
+#include <iostream>
+
+namespace tavrelin {
+
+namespace {
+
+constexpr const char* kGpioClass = "/sys/class/gpio/";
+constexpr std::uint32_t kLinesPerBank = 32;
+
+const char* EdgeText(std::uint32_t edge) {
+    switch (edge) {
+    case kEdgeRising:
+        return "rising";
+    case kEdgeFalling:
+        return "falling";
+    case kEdgeBoth:
+        return "both";
+    default:
+        return "none";
+    }
+}
+
+// The digit and newline of a value attribute; reading them also acknowledges a pending edge.
+struct ValueText {
+    std::array<char, 2> text{};
+    ssize_t length = 0;
+};
+
+ValueText RereadValue(int descriptor) {
+    ValueText value;
+    ::lseek(descriptor, 0, SEEK_SET);
+    value.length = ::read(descriptor, value.text.data(), value.text.size());
+    return value;
+}
+
+std::uint32_t LevelAfterEdge(int descriptor, short events) {
+    if ((events & POLLPRI) == 0) {
+        return kLevelError;
+    }
+    const ValueText value = RereadValue(descriptor);
+    if (value.length < 1) {
+        return kLevelError;
+    }
+    return value.text[0] == '0' ? kLevelLow : kLevelHigh;
+}
+
+} // namespace
+
+GpioPin::GpioPin(std::uint32_t bank, std::uint32_t bit) {
+    if (bit >= kLinesPerBank) {
+        std::cout << "wrong gpio pin";
+        return;
+    }
+    bit_ = bit;
+    bank_ = bank;
+    ok_ = Export() && SetDirection(kPinInput) && SetEdge(kEdgeNone);
+}
+
+GpioPin::GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std::uint32_t edge) {
+    if (bit >= kLinesPerBank) {
+        std::cerr << "wrong gpio pin";
+        return;
+    }
+    bit_ = bit;
+    bank_ = bank;
+    ok_ = Export() && SetDirection(mode) && SetEdge(mode >= kPinInputWithEdge ? edge : kEdgeNone);
+}
+
+GpioPin::~GpioPin() {
+    ok_ = Unexport();
+}
+
+bool GpioPin::Export() {
+    if (IsExported()) {
+        std::cerr << "already used\n";
+        return false;
+    }
+    if (!WriteAttribute(std::string(kGpioClass) + "export", LineNumber())) {
+        std::cerr << "unable to lock a gpio";
+        return false;
+    }
+    return true;
+}
+
+bool GpioPin::Unexport() {
+    if (!IsExported()) {
+        std::cerr << "not used yet\n";
+        return false;
+    }
+    if (!WriteAttribute(std::string(kGpioClass) + "unexport", LineNumber())) {
+        std::cerr << "unable to release a gpio";
+        return false;
+    }
+    return true;
+}
+
+bool GpioPin::SetDirection(std::uint32_t mode) {
+    const char* text = mode == kPinOutput ? "out" : "in";
+    if (!WriteToLine("/direction", text, "unable to set the gpio mode")) {
+        return false;
+    }
+    mode_ = mode;
+    return true;
+}
+
+bool GpioPin::SetEdge(std::uint32_t edge) {
+    if (!WriteToLine("/edge", EdgeText(edge), "unable to set the gpio trigger")) {
+        return false;
+    }
+    edge_ = edge;
+    return true;
+}
+
+bool GpioPin::Write(std::uint32_t level) {
+    if (mode_ != kPinOutput) {
+        return false;
+    }
+    return WriteToLine("/value", level == kLevelHigh ? "1" : "0", "unable to set the gpio value");
+}
+
+std::uint32_t GpioPin::Read() {
+    if (!IsLocked()) {
+        return kLevelError;
+    }
+    return ReadAttributeWord(Directory() + "/value") == "1" ? kLevelHigh : kLevelLow;
+}
+
+std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) {
+    if (mode_ < kPinInputWithEdge) {
+        return Read();
+    }
+    if (!IsLocked()) {
+        return kLevelError;
+    }
+    FileDescriptor value(::open((Directory() + "/value").c_str(), O_RDONLY | O_CLOEXEC));
+    if (!value.IsOpen()) {
+        return kLevelError;
+    }
+    RereadValue(value.Get());
+    pollfd waiting = {.fd = value.Get(), .events = POLLPRI, .revents = 0};
+    if (::poll(&waiting, 1, timeoutMs) <= 0) {
+        return kLevelTimeOut;
+    }
+    return LevelAfterEdge(value.Release(), waiting.revents);
+}
+
+std::string GpioPin::LineNumber() const {
+    return std::to_string(bank_ * kLinesPerBank + bit_);
+}
+
+// The board's GPIO driver names an exported line after port letter and bit.
+std::string GpioPin::Directory() const {
+    std::string directory = std::string(kGpioClass) + "pio";
+    directory += static_cast<char>('A' + bank_);
+    return directory + std::to_string(bit_);
+}
+
+bool GpioPin::IsExported() const {
+    return AttributeDirectoryExists(Directory());
+}
+
+bool GpioPin::IsLocked() const {
+    const bool exported = IsExported();
+    if (!exported) {
+        std::cerr << "not locked yet\n";
+    }
+    return exported;
+}
+
+bool GpioPin::WriteToLine(const char* attribute, const char* text, const char* complaint) const {
+    if (!IsLocked()) {
+        return false;
+    }
+    if (!WriteAttribute(Directory() + attribute, text)) {
+        std::cerr << complaint;
+        return false;
+    }
+    return true;
+}
+
+} // namespace tavrelin

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tavrelin {
+
+/// What a read of a line answers. A write takes kLevelHigh for high and anything else for low.
+inline constexpr std::uint32_t kLevelLow = 0;
+inline constexpr std::uint32_t kLevelHigh = 1;
+inline constexpr std::uint32_t kLevelTimeOut = 2;
+inline constexpr std::uint32_t kLevelError = 3;
+
+/// Directions of a line; kPinInputWithEdge and anything above is an input that waits for edges.
+inline constexpr std::uint32_t kPinInput = 0;
+inline constexpr std::uint32_t kPinOutput = 1;
+inline constexpr std::uint32_t kPinInputWithEdge = 2;
+
+/// Edges that wake a waiting reader; any other number means none.
+inline constexpr std::uint32_t kEdgeNone = 0;
+inline constexpr std::uint32_t kEdgeRising = 1;
+inline constexpr std::uint32_t kEdgeFalling = 2;
+inline constexpr std::uint32_t kEdgeBoth = 3;
+
+/// One line of the parallel-I/O controller, driven through the kernel's sysfs interface. The object
+/// owns the line from construction (export) to destruction (unexport); a line that is exported
+/// already cannot be had. Holds no descriptor between calls and takes no lock. Each operation
+/// reports a failure by its result and a message on standard error.
+class GpioPin {
+  public:
+    /// Claims line `bit` (0 to 31) of port `bank` (0 = A to 3 = D, not checked) as input without
+    /// edge.
+    GpioPin(std::uint32_t bank, std::uint32_t bit);
+    /// The same with a direction; the edge is set only for an input that waits for edges.
+    GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std::uint32_t edge);
+    GpioPin(const GpioPin&) = delete;
+    GpioPin& operator=(const GpioPin&) = delete;
+    GpioPin(GpioPin&&) = delete;
+    GpioPin& operator=(GpioPin&&) = delete;
+    ~GpioPin();
+
+    /// Claims the line from the kernel. Fails on a line that is exported, whoever exported it: this
+    /// is the lock that keeps two owners off one line.
+    bool Export();
+    bool Unexport();
+
+    /// Output for kPinOutput, input for every other mode.
+    bool SetDirection(std::uint32_t mode);
+    bool SetEdge(std::uint32_t edge);
+
+    /// Drives an output high for kLevelHigh, else low. Silently false on a line that is not an
+    /// output.
+    bool Write(std::uint32_t level);
+
+    /// kLevelLow, kLevelHigh, or kLevelError when the line is not exported. A value that cannot be
+    /// opened reads as low.
+    std::uint32_t Read();
+
+    /// Waits for the edge that was set, at most `timeoutMs` milliseconds, for ever when negative,
+    /// and answers the level after it, kLevelTimeOut or kLevelError. Without edge detection answers
+    /// Read() at once. Leaves its descriptor open unless the wait timed out.
+    std::uint32_t WaitForEdge(std::int32_t timeoutMs);
+
+    /// Outcome of the construction.
+    [[nodiscard]] bool ok() const { return ok_; }
+    [[nodiscard]] std::uint32_t bank() const { return bank_; }
+    [[nodiscard]] std::uint32_t bit() const { return bit_; }
+    /// Direction and edge last set.
+    [[nodiscard]] std::uint32_t mode() const { return mode_; }
+    [[nodiscard]] std::uint32_t edge() const { return edge_; }
+
+  private:
+    [[nodiscard]] std::string LineNumber() const;
+    [[nodiscard]] std::string Directory() const;
+    [[nodiscard]] bool IsExported() const;
+    [[nodiscard]] bool IsLocked() const;
+    bool WriteToLine(const char* attribute, const char* text, const char* complaint) const;
+
+    // No port has a line 32: a pin that was refused its number must not release somebody else's
+    // line.
+    std::uint32_t bit_ = 32;
+    std::uint32_t bank_ = 0;
+    std::uint32_t mode_ = kPinInput;
+    std::uint32_t edge_ = kEdgeNone;
+    bool ok_ = false;
+};
+
+} // namespace tavrelin

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tavrelin {
+
+/// One spidev device. With words of more than 8 bits the kernel takes and gives 16-bit words in the
+/// processor's own byte order, most significant bit first on the wire. Takes no lock. Failures show
+/// in the result; open, close and transfers also write a message to standard error.
+class SpiDevice {
+  public:
+    /// The converter's device: mode 0, 16 bits per word, 3000000 Hz.
+    SpiDevice();
+    SpiDevice(const std::string& path, std::uint8_t mode, std::uint32_t speedHz,
+              std::uint8_t bitsPerWord);
+    SpiDevice(const SpiDevice&) = delete;
+    SpiDevice& operator=(const SpiDevice&) = delete;
+    SpiDevice(SpiDevice&&) = delete;
+    SpiDevice& operator=(SpiDevice&&) = delete;
+    ~SpiDevice();
+
+    /// Opens the device and sets mode, word size and speed, each written and read back into the
+    /// fields. False at the first step that fails; the descriptor then stays as it is.
+    bool Open(const std::string& path);
+
+    /// Closes the descriptor and keeps its number: a second close fails.
+    bool Close();
+
+    /// One write or read of `length` bytes, true only when exactly so many moved. Never touches the
+    /// system without an open descriptor.
+    [[nodiscard]] bool Write(const void* buffer, std::uint32_t length) const;
+    [[nodiscard]] bool Read(void* buffer, std::uint32_t length) const;
+
+    /// Exchanges the buffer in place, one record per word; a rest shorter than a word is not sent.
+    bool Transfer(void* buffer, std::uint32_t length);
+    /// Exchanges the buffer in place as one record.
+    bool TransferBlock(void* buffer, std::uint32_t length);
+
+    /// Outcome of the last open or close.
+    [[nodiscard]] bool ok() const { return ok_; }
+    [[nodiscard]] int fd() const { return fd_; }
+    /// Settings as the driver last reported them.
+    [[nodiscard]] std::uint8_t mode() const { return mode_; }
+    [[nodiscard]] std::uint8_t bitsPerWord() const { return bitsPerWord_; }
+    [[nodiscard]] std::uint32_t speedHz() const { return speedHz_; }
+
+  private:
+    bool Control(unsigned long request, void* argument, const char* complaint) const;
+    bool Configure();
+    bool Exchange(void* buffer, std::uint32_t records, std::uint32_t recordBytes);
+
+    std::uint8_t mode_ = 0;
+    std::uint8_t bitsPerWord_ = 16;
+    std::uint32_t speedHz_ = 3000000;
+    int fd_ = -1;
+    bool ok_ = false;
+};
+
+} // namespace tavrelin
