@@ -1,0 +1,94 @@
+#include "devices/StepperDriver.h"
+
+#include "platform/Console.h"
+#include "platform/Sleep.h"
+
+#include <pthread.h>
+
+#include <array>
+#include <ctime>
+#include <type_traits>
+
+namespace tavrelin {
+
+namespace {
+
+// One per PWM channel, never destroyed: taken by Start, given back by Stop, possibly of another
+// call.
+std::array<pthread_mutex_t, 4> channelMutexes = {
+    {PTHREAD_MUTEX_INITIALIZER, PTHREAD_MUTEX_INITIALIZER, PTHREAD_MUTEX_INITIALIZER,
+     PTHREAD_MUTEX_INITIALIZER}};
+
+bool IsValidPulse(float dutyCycle, float frequency) {
+    return frequency >= 1.0F && frequency <= 100000000.0F && dutyCycle > 0.0F &&
+           dutyCycle <= 100.0F;
+}
+
+// Processor time equals wall time while spinning. It counts microseconds in a long that wraps after
+// 72 minutes on a 32-bit board: unsigned differences, summed up, do not mind.
+void SpinMilliseconds(std::uint32_t milliseconds) {
+    using Ticks = std::make_unsigned_t<std::clock_t>;
+    const std::uint64_t wanted = std::uint64_t{1000} * milliseconds;
+    std::uint64_t elapsed = 0;
+    auto last = static_cast<Ticks>(std::clock());
+    while (elapsed < wanted) {
+        const auto now = static_cast<Ticks>(std::clock());
+        elapsed += static_cast<Ticks>(now - last);
+        last = now;
+    }
+}
+
+} // namespace
+
+bool StepperDriver::Start(float dutyCycle, float frequency) {
+    if (!ok()) {
+        return false;
+    }
+    if (!IsValidPulse(dutyCycle, frequency)) {
+        PrintLine("Invalid PWM frequency or duty cycle in StepperDriver::Start");
+        return false;
+    }
+    if (pthread_mutex_lock(&channelMutexes[channel()]) != 0) {
+        PrintLine("Stepper Driver: PWM mutex lock failed");
+        return false;
+    }
+    const bool started = WriteEnableLine(kLevelLow) && pwm() != nullptr &&
+                         pwm()->SetFrequencyAndDuty(frequency, dutyCycle);
+    if (!started) {
+        PrintLine("Stepper Driver: PWM enable or chip enable failed");
+        Stop();
+    }
+    return started;
+}
+
+bool StepperDriver::Stop() {
+    if (!ok()) {
+        return false;
+    }
+    const bool stopped = pwm() != nullptr && pwm()->Enable(false) && WriteEnableLine(kLevelHigh);
+    if (!stopped) {
+        PrintLine("Stepper Driver: PWM disable or chip disable failed");
+    }
+    if (pthread_mutex_unlock(&channelMutexes[channel()]) != 0) {
+        PrintLine("Stepper Driver: PWM mutex unlock failed");
+        return false;
+    }
+    return stopped;
+}
+
+bool StepperDriver::Run(float dutyCycle, float frequency, std::uint32_t durationMs, bool busyWait) {
+    if (durationMs == 0) {
+        return true;
+    }
+    if (!Start(dutyCycle, frequency)) {
+        return false;
+    }
+    if (busyWait) {
+        SpinMilliseconds(durationMs);
+    } else {
+        SleepMilliseconds(durationMs);
+    }
+    return Stop();
+}
+
+} // namespace tavrelin

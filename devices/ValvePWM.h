@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/PwmChannel.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace tavrelin {
+
+/// The sample valve: its coil is driven from a PWM channel at a fixed frequency. There is no
+/// read-back of its position. Switching fails silently before Init and with a message on standard
+/// output after it.
+class ValvePWM {
+  public:
+    /// `frequency` in Hz; touches no hardware.
+    ValvePWM(std::uint8_t channel, std::uint16_t frequency);
+
+    /// Claims the channel. True even when it could not be claimed: that shows when the valve is
+    /// switched.
+    bool Init();
+
+    /// Opens the valve with `dutyCycle` percent.
+    bool ValveOn(float dutyCycle);
+    bool ValveOff();
+
+    [[nodiscard]] bool initialised() const { return initialised_; }
+    [[nodiscard]] std::uint8_t channel() const { return channel_; }
+    [[nodiscard]] std::uint16_t frequency() const { return frequency_; }
+
+  private:
+    bool initialised_ = false;
+    std::unique_ptr<PwmChannel> pwm_;
+    std::uint8_t channel_;
+    std::uint16_t frequency_;
+};
+
+} // namespace tavrelin
