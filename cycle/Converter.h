@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/SpiDevice.h"
+
+#include <cstdint>
+
+namespace tavrelin {
+
+/// What a conversion answers when the converter had nothing new: it then sends the command back.
+inline constexpr float kNoNewResult = 4294967296.0F;
+
+/// Asks the converter for `channel`, waits for the conversion and reads it: 25 bits as they came,
+/// or kNoNewResult. 0 at once without a device. A transfer that fails is not noticed: it reads as
+/// zeros.
+float doRawConversion(std::uint8_t channel, const SpiDevice* device);
+
+/// Reading of the optical detector in counts, -16777216 to 16777215. Repeats the last one when
+/// nothing new came; 0 before the first. That one is kept process-wide: one thread at a time may
+/// call.
+float doADCConversion(const SpiDevice* device);
+
+} // namespace tavrelin

@@ -1,0 +1,23 @@
+#include "cycle/HomeSensor.h"
+
+#include "devices/Wiring.h"
+#include "storage/Trace.h"
+
+namespace tavrelin {
+
+HomeSensor::HomeSensor() : pin_(wiring::kHomeSensor.bank, wiring::kHomeSensor.bit) {
+    if (pin_.SetDirection(kPinInputWithEdge)) {
+        pin_.SetEdge(kEdgeBoth);
+    }
+}
+
+bool HomeSensor::IsStopPosition() {
+    Trace("HomeSensor.cpp", "IsStopPosition", 96);
+    return pin_.Read() == kLevelLow;
+}
+
+bool HomeSensor::IsLevelHigh() {
+    return pin_.Read() == kLevelHigh;
+}
+
+} // namespace tavrelin

@@ -1,0 +1,66 @@
+#include "cycle/OpticalMonitor.h"
+
+#include "cycle/Converter.h"
+#include "platform/SaturatingCast.h"
+#include "storage/DataLog.h"
+#include "storage/LocalTime.h"
+#include "storage/NumberText.h"
+
+#include <ctime>
+
+namespace tavrelin {
+
+namespace {
+
+constexpr float kMargin = 100.0F; // ms
+
+float MillisecondsSince(const timespec& start) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const double seconds = static_cast<double>(now.tv_sec - start.tv_sec) * 1000.0;
+    const double nanoseconds = static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e6;
+    return static_cast<float>(seconds + nanoseconds);
+}
+
+// Minutes and seconds go without padding, as in every log so far: 9:05:03 reads 09:5:3.
+std::string SampleLine(const std::tm& local, float reading, const std::string& description) {
+    return DateText(local) + " " + ZeroPaddedText(local.tm_hour, 2) + ":" +
+           std::to_string(local.tm_min) + ":" + std::to_string(local.tm_sec) + "," +
+           RightAlignedText(std::to_string(SaturatingCast<std::int32_t>(reading)), 8) + "," +
+           description + ",,\n";
+}
+
+bool AppendToLog(const std::string& date, const std::vector<std::string>& lines) {
+    DataLog log(DayLogPath(date));
+    if (!log.open()) {
+        return false;
+    }
+    for (const std::string& line : lines) {
+        log.write(line);
+    }
+    log.close();
+    return true;
+}
+
+} // namespace
+
+bool MonitorOptics(const StepRequest* request) {
+    if (request == nullptr || request->externalAdc == nullptr) {
+        return false;
+    }
+    timespec start{};
+    ::clock_gettime(CLOCK_REALTIME, &start);
+    std::vector<std::string> pending;
+    for (bool logged = false; !logged;) {
+        const float reading = doADCConversion(request->externalAdc);
+        request->samples->push_back(reading);
+        const std::tm local = LocalNow();
+        pending.push_back(SampleLine(local, reading, request->Description));
+        const bool stepIsOver =
+            static_cast<float>(request->Duration) < MillisecondsSince(start) + kMargin;
+        logged = stepIsOver && AppendToLog(DateText(local), pending);
+    }
+    return true;
+}
+
+} // namespace tavrelin
