@@ -1,0 +1,66 @@
+#include "app/CalculatorSelfTest.h"
+
+#include "app/AbsorbanceCalculator.h"
+#include "app/ChlorineCalculator.h"
+#include "platform/Console.h"
+#include "storage/NumberText.h"
+
+#include <string>
+
+namespace tavrelin {
+
+namespace {
+
+// Numbers that a refused reading is reported under.
+struct ErrorLines {
+    int darkCount;
+    int reference;
+    int sample;
+};
+
+// 0 when all readings are accepted.
+int RefusedLine(AbsorbanceCalculator& calculator, const ErrorLines& lines) {
+    if (!calculator.SetDarkCount(20.0F)) {
+        return lines.darkCount;
+    }
+    if (!calculator.SetReferenceReading(3000000.0F)) {
+        return lines.reference;
+    }
+    return calculator.SetSampleReading(2340000.0F) ? 0 : lines.sample;
+}
+
+bool TakesReadings(AbsorbanceCalculator& calculator, const std::string& operation,
+                   const ErrorLines& lines) {
+    const int refused = RefusedLine(calculator, lines);
+    if (refused != 0) {
+        PrintLine("ERROR:  main.cpp: " + operation + ", " + std::to_string(refused));
+    }
+    return refused == 0;
+}
+
+void PrintValue(const std::string& label, float value) {
+    PrintLine(label + GeneralText(static_cast<double>(value)));
+}
+
+} // namespace
+
+void testAbsorbance() {
+    AbsorbanceCalculator calculator;
+    if (TakesReadings(calculator, "testAbsorbance",
+                      {.darkCount = 773, .reference = 762, .sample = 751})) {
+        PrintValue("Absorbance Value(1):  ", calculator.Absorbance());
+    }
+    PrintValue("Absorbance Value(2):  ", calculator.Absorbance(20.0F, 2890000.0F, 2110000.0F));
+}
+
+void testChlorineConcentration() {
+    ChlorineCalculator calculator;
+    if (TakesReadings(calculator, "testChlorineConcentration",
+                      {.darkCount = 839, .reference = 828, .sample = 817})) {
+        PrintValue("Chlorine Value(1):  ", calculator.ChlorineConcentration());
+    }
+    PrintValue("Chlorine Value(2):  ",
+               calculator.ChlorineConcentration(20.0F, 2890000.0F, 2110000.0F));
+}
+
+} // namespace tavrelin

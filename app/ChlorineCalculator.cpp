@@ -1,0 +1,22 @@
+#include "app/ChlorineCalculator.h"
+
+namespace tavrelin {
+
+namespace {
+
+constexpr float kSlope = 1714.8182F; // concentration per unit of absorbance
+
+} // namespace
+
+float ChlorineCalculator::ChlorineConcentration() const {
+    return IsDegenerate() ? -kSlope : LogarithmOfRatio() * kSlope;
+}
+
+float ChlorineCalculator::ChlorineConcentration(float referenceReading, float darkCount,
+                                                float sampleReading) {
+    const bool accepted = SetDarkCount(darkCount) && SetReferenceReading(referenceReading) &&
+                          SetSampleReading(sampleReading);
+    return accepted ? ChlorineConcentration() : 0.0F;
+}
+
+} // namespace tavrelin

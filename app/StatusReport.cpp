@@ -1,0 +1,20 @@
+#include "app/StatusReport.h"
+
+#include "app/CardAccess.h"
+#include "app/Version.h"
+#include "platform/Console.h"
+#include "storage/LocalTime.h"
+#include "storage/NumberText.h"
+
+namespace tavrelin {
+
+void ReportStatus(float value, const std::string& message) {
+    std::string line = "TAVRELIN,";
+    line += TimestampText() + ",";
+    line += FixedText(static_cast<double>(value)) + ",";
+    line += IsCardMounted() ? "1," : "0,";
+    line += Version::VersionString() + ",";
+    PrintLineAndFlush(line + message);
+}
+
+} // namespace tavrelin
