@@ -96,7 +96,7 @@ std::string summaryText(const Outcome& outcome, const RunReport& report) {
         out << name << " = " << count << "\n";
     }
     addFootprint(out, "at_step_200", report.early);
-    addFootprint(out, "at_end", report.late);
+    addFootprint(out, "at_last", report.late);
     return out.str();
 }
 

@@ -17,8 +17,10 @@ struct Footprint {
 
 /// The page that launcher and program share: the program tells how its run goes.
 struct RunReport {
-    static constexpr std::uint64_t footprintStep =
-        200; ///< the first footprint is taken at this step
+    /// Footprints are taken at step 200 and every 1700 steps (100 measurements) later, in the same
+    /// row of the program's table, so that equal use of memory gives equal figures.
+    static constexpr std::uint64_t footprintStep = 200;
+    static constexpr std::uint64_t footprintEvery = 1700;
 
     std::atomic<std::uint32_t> armed{0};
     std::atomic<std::uint32_t> ending{0}; ///< sim::Ending
@@ -26,7 +28,7 @@ struct RunReport {
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
     Footprint early; ///< at footprintStep
-    Footprint late;  ///< at the end
+    Footprint late;  ///< the last one
     char text[2048]{};
     char calls[2048]{}; ///< "name count" lines
 };

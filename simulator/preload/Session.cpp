@@ -62,8 +62,11 @@ class Session {
         report_.steps = step;
         report_.measurements = simulation_.console.measurements();
         report_.boardTime = simulation_.board.now();
-        if (step == RunReport::footprintStep) {
-            report_.early = footprint();
+        if (step % RunReport::footprintEvery == RunReport::footprintStep) {
+            report_.late = footprint();
+            if (step == RunReport::footprintStep) {
+                report_.early = report_.late;
+            }
         }
     }
 
@@ -82,7 +85,6 @@ class Session {
         report_.boardTime = simulation_.board.now();
         report_.steps = simulation_.console.steps();
         report_.measurements = simulation_.console.measurements();
-        report_.late = footprint();
         std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
         std::string calls;
         for (const auto& [name, count] : simulation_.kernel.callCounts()) {
