@@ -8,7 +8,7 @@ namespace tavrelin {
 struct MeasurementResult {
     float absorbance;
     float chlorine;
-    float darkCount; ///< detector counts, as the two below
+    float darkCount; ///< detector counts, like the two below
     float reference;
     float reactedSample;
 };

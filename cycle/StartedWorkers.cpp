@@ -23,22 +23,21 @@ bool StartedWorkers::Start(StepWorker worker, void* (*entry)(void*), StepRequest
     return true;
 }
 
-bool StartedWorkers::Holds(StepWorker worker) const {
-    return threads_[IndexOf(worker)].has_value();
-}
-
 std::size_t StartedWorkers::Count() const {
     return static_cast<std::size_t>(
         std::count_if(threads_.begin(), threads_.end(),
                       [](const std::optional<pthread_t>& thread) { return thread.has_value(); }));
 }
 
-StartedWorkers::JoinResult StartedWorkers::Join(StepWorker worker) {
+std::optional<StartedWorkers::JoinResult> StartedWorkers::Join(StepWorker worker) {
     std::optional<pthread_t>& thread = threads_[IndexOf(worker)];
+    if (!thread) {
+        return std::nullopt;
+    }
     void* exitValue = nullptr;
     const bool joined = pthread_join(*thread, &exitValue) == 0;
     thread.reset();
-    return {.joined = joined, .ran = exitValue != nullptr};
+    return JoinResult{.joined = joined, .ran = exitValue != nullptr};
 }
 
 } // namespace tavrelin

@@ -25,11 +25,10 @@ class StartedWorkers {
     /// Starts the worker's thread on the request; false when the system refuses one.
     bool Start(StepWorker worker, void* (*entry)(void*), StepRequest& request);
 
-    [[nodiscard]] bool Holds(StepWorker worker) const;
     [[nodiscard]] std::size_t Count() const;
 
-    /// Waits for the worker's end and forgets the worker. Only for one that is held.
-    JoinResult Join(StepWorker worker);
+    /// Waits for the worker's end and forgets the worker; nothing when it is not held.
+    std::optional<JoinResult> Join(StepWorker worker);
 
   private:
     std::array<std::optional<pthread_t>, kStepWorkers> threads_;

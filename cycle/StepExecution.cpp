@@ -89,57 +89,51 @@ class StepExecution {
     }
 
     void JoinStirring() {
-        if (workers_.Holds(StepWorker::Stirring)) {
-            const StartedWorkers::JoinResult end = workers_.Join(StepWorker::Stirring);
-            ok_ = end.joined;
+        if (const auto end = workers_.Join(StepWorker::Stirring)) {
+            ok_ = end->joined;
             if (flags_.LongerThan(0)) {
-                flags_.Set(kStirringSlot, end.ran);
+                flags_.Set(kStirringSlot, end->ran);
             }
         }
     }
 
     void JoinValve() {
-        if (workers_.Holds(StepWorker::Valve)) {
-            const StartedWorkers::JoinResult end = workers_.Join(StepWorker::Valve);
-            ok_ = end.joined;
+        if (const auto end = workers_.Join(StepWorker::Valve)) {
+            ok_ = end->joined;
             if (flags_.LongerThan(5)) {
-                flags_.Set(kValveSlot, end.ran);
+                flags_.Set(kValveSlot, end->ran);
             }
         }
     }
 
     void JoinMonitoring(MeasurementCycle& cycle) {
-        if (workers_.Holds(StepWorker::Monitoring)) {
-            const StartedWorkers::JoinResult end = workers_.Join(StepWorker::Monitoring);
+        if (const auto end = workers_.Join(StepWorker::Monitoring)) {
             if (flags_.LongerThan(2)) {
-                flags_.Set(kMonitoringSlot, end.ran);
+                flags_.Set(kMonitoringSlot, end->ran);
             }
             StoreAverage(cycle);
         }
     }
 
     void JoinLed() {
-        if (workers_.Holds(StepWorker::Led)) {
-            const StartedWorkers::JoinResult end = workers_.Join(StepWorker::Led);
-            ok_ = flags_.LongerThan(2) && end.joined;
+        if (const auto end = workers_.Join(StepWorker::Led)) {
+            ok_ = flags_.LongerThan(2) && end->joined;
             if (flags_.LongerThan(2)) {
-                flags_.Set(kLedSlot, end.ran);
+                flags_.Set(kLedSlot, end->ran);
             }
         }
     }
 
     void JoinReagentDelivery() {
-        if (workers_.Holds(StepWorker::ReagentDelivery)) {
-            const StartedWorkers::JoinResult end = workers_.Join(StepWorker::ReagentDelivery);
-            ok_ = end.joined;
+        if (const auto end = workers_.Join(StepWorker::ReagentDelivery)) {
+            ok_ = end->joined;
             if (ok_ && flags_.LongerThan(1)) {
-                flags_.Set(kReagentSlot, end.ran);
+                flags_.Set(kReagentSlot, end->ran);
             }
         }
     }
 
-    // Single precision, in the order in which the samples came; without any the average is not a
-    // number.
+    // Single precision, in the order in which the samples came; NaN without any.
     [[nodiscard]] float Average() const {
         float sum = 0.0F;
         for (const float sample : *request_.samples) {

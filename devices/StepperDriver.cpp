@@ -13,8 +13,7 @@ namespace tavrelin {
 
 namespace {
 
-// One per PWM channel, never destroyed: taken by Start, given back by Stop, possibly of another
-// call.
+// One per PWM channel, held from a successful Start to the Stop that ends it; never destroyed.
 std::array<pthread_mutex_t, 4> channelMutexes = {
     {PTHREAD_MUTEX_INITIALIZER, PTHREAD_MUTEX_INITIALIZER, PTHREAD_MUTEX_INITIALIZER,
      PTHREAD_MUTEX_INITIALIZER}};

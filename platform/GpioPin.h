@@ -28,8 +28,7 @@ inline constexpr std::uint32_t kEdgeBoth = 3;
 /// reports a failure by its result and a message on standard error.
 class GpioPin {
   public:
-    /// Claims line `bit` (0 to 31) of port `bank` (0 = A to 3 = D, not checked) as input without
-    /// edge.
+    /// Claims line `bit` (0 to 31) of port `bank` (0 = A to 3 = D, unchecked), input without edge.
     GpioPin(std::uint32_t bank, std::uint32_t bit);
     /// The same with a direction; the edge is set only for an input that waits for edges.
     GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std::uint32_t edge);
@@ -76,8 +75,7 @@ class GpioPin {
     [[nodiscard]] bool IsLocked() const;
     bool WriteToLine(const char* attribute, const char* text, const char* complaint) const;
 
-    // No port has a line 32: a pin that was refused its number must not release somebody else's
-    // line.
+    // No port has a line 32: a refused pin must not release somebody else's line.
     std::uint32_t bit_ = 32;
     std::uint32_t bank_ = 0;
     std::uint32_t mode_ = kPinInput;

@@ -18,8 +18,7 @@ constexpr const char* kMemoryDevice = "/dev/mem";
 constexpr std::uint32_t kPageSize = 4096;
 constexpr std::uint32_t kOffsetInPage = kPageSize - 1;
 
-// Register map of the parallel-I/O controller: one block per port, 32-bit registers with a bit per
-// line.
+// Register map of the parallel-I/O controller: a block per port, 32-bit registers, a bit per line.
 constexpr std::uint32_t kPortABase = 0xFFFFF400;
 constexpr std::uint32_t kPortStride = 0x200;
 constexpr std::uint32_t kSetOutput = 0x30;   // a written 1 drives the line high, a 0 does nothing
@@ -72,8 +71,7 @@ class MappedPage {
     void* page_;
 };
 
-// The register page lies in the upper half of a 32-bit address space: its offset must not be
-// negative.
+// The register page lies in the upper half of 32 bits: its offset must not come out negative.
 static_assert(sizeof(off_t) == 8, "file offsets must have 64 bits");
 
 } // namespace

@@ -139,8 +139,7 @@ void PwmChannel::Store(float frequency, float dutyCycle) {
     dutyCycle_ = std::clamp(dutyCycle, 0.0F, kFullDuty);
 }
 
-// The controller's attributes take the number; one character of it is all that channels 0 to 9
-// need.
+// A single character, counted on from '0': only channels 0 to 9 have proper names.
 std::string PwmChannel::ChannelText() const {
     std::string text;
     text += static_cast<char>('0' + channel_);

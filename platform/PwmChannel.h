@@ -6,8 +6,7 @@
 namespace tavrelin {
 
 /// The code of the first character of the controller's channel count, 0 when the controller is
-/// missing: 52 on a controller with 4 channels. It only tells a present controller from a missing
-/// one.
+/// missing: 52 on a controller with 4 channels. It tells a present controller from none.
 std::uint8_t ChannelCount();
 
 /// One output of the board's PWM controller, driven through the kernel's sysfs interface. The

@@ -16,8 +16,7 @@ namespace {
 
 constexpr const char* kConverterDevice = "/dev/spidev32765.1";
 
-// The request number of a message carries its size in 14 bits; a message beyond them is sent with
-// size 0.
+// The request number carries the message's size in 14 bits; a longer message goes with size 0.
 constexpr unsigned long MessageRequest(std::size_t records) {
     const std::size_t bytes = records * sizeof(spi_ioc_transfer);
     const std::size_t size = bytes < (1U << _IOC_SIZEBITS) ? bytes : 0;

@@ -11,8 +11,7 @@ namespace tavrelin {
 /// Six significant digits, in exponent form where that is shorter: 0.107906, 20, 3e+06.
 std::string GeneralText(double number);
 
-/// Three digits after the point, filled with spaces to at least 4 characters: -0.000, 975.389, "
-/// nan".
+/// Three digits after the point: -0.000, 975.389. At least 4 characters: NaN has a space before it.
 std::string FixedText(double number);
 
 /// Filled with leading zeros to at least `width` digits; for numbers that are not negative.
