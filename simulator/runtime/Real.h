@@ -26,10 +26,15 @@ long long monotonicNanoseconds();
 
 } // namespace sim::real
 
-/// The C library's function of this name, looked up once per place.
+/// The C library's function of this name, looked up once per place. Without a guarded static,
+/// because the sanitizers stand in for the guards and call us before they are ready for them; a
+/// second look-up at the same time finds the same address.
 #define SIM_REAL(function)                                                                         \
     ([] {                                                                                          \
-        static const auto simRealFunction =                                                        \
-            reinterpret_cast<decltype(&::function)>(::sim::real::next(#function));                 \
+        static decltype(&::function) simRealFunction = nullptr;                                    \
+        if (simRealFunction == nullptr) {                                                          \
+            simRealFunction =                                                                      \
+                reinterpret_cast<decltype(&::function)>(::sim::real::next(#function));             \
+        }                                                                                          \
         return simRealFunction;                                                                    \
     }())
