@@ -18,6 +18,12 @@ Board::Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTim
     converter.answerWith({scenario.converterWords.begin(), scenario.converterWords.end()});
 
     card.present = scenario.cardPresent && scenario.boardPresent;
+    analog.cableLength = scenario.cableLength;
+    analog.lampVoltage = scenario.lampVoltage;
+    analog.scale = scenario.adcScale;
+    for (const auto& [input, volts] : scenario.adcInputs) {
+        analog.direct.at(static_cast<std::size_t>(input)) = volts;
+    }
     card.partitioned = scenario.cardPartitioned;
     card.fat = scenario.cardFat;
     card.writeProtected = scenario.cardWriteProtected;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/board/AnalogFrontEnd.h"
 #include "simulator/board/CardSlot.h"
 #include "simulator/board/Converter.h"
 #include "simulator/board/Lines.h"
@@ -51,6 +52,7 @@ class Board {
     RegisterPage registers{lines};
     PumpShaft shaft;
     SampleCell cell;
+    AnalogFrontEnd analog{lines};
 
     /// True while driver chip and pulses of the stirrer are on.
     bool stirring() const;

@@ -70,6 +70,12 @@ void EventLog::endRepeats() {
     repeats_ = 0;
 }
 
+void EventLog::abandon() {
+    keeping_ = false;
+    file_ = -1;
+    repeats_ = 0;
+}
+
 void EventLog::flush() {
     if (file_ < 0) {
         return;

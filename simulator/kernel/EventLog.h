@@ -42,6 +42,8 @@ class EventLog {
     void add(std::string_view operation, std::string_view path, std::string_view data = "-");
     /// The same, told of the world instead of a thread.
     void addWorld(std::string_view operation, std::string_view path, std::string_view data);
+    /// Writes nothing more: the file is another process's.
+    void abandon();
     /// Hands all lines to the file.
     void flush();
 

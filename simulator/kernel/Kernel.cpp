@@ -53,9 +53,9 @@ Kernel::Kernel(const RunOptions& options, Board& board, EventLog& events, Faults
                Timeline& timeline, Scheduler& scheduler)
     : root_(options.root), boardPresent_(options.scenario.boardPresent),
       mountTableExists_(options.scenario.mountTableExists),
-      mountTable_(options.scenario.mountTable), costs_(options.ioCosts), board_(board),
-      events_(events), faults_(faults), timeline_(timeline), scheduler_(scheduler),
-      sysfs_(board, options.scenario) {
+      mountTable_(options.scenario.mountTable), fileSystems_(options.scenario.fileSystems),
+      costs_(options.ioCosts), board_(board), events_(events), faults_(faults), timeline_(timeline),
+      scheduler_(scheduler), sysfs_(board, options.scenario) {
     for (const std::string& folder : {root_ + "/rootfs", root_ + "/rootfs/mnt", cardFolder()}) {
         real::mkdir(folder.c_str(), 0755);
     }

@@ -20,6 +20,7 @@
 #include <sys/stat.h>
 
 struct pollfd;
+struct statfs64;
 
 namespace sim {
 
@@ -62,7 +63,12 @@ class Kernel {
     long mount(const char* source, const char* target, const char* type, unsigned long flags,
                const void* data);
     long unmount(const char* target);
+    /// What is known of the file system mounted at a directory; ENOENT for a directory without one.
+    long fileSystemStatus(const char* path, struct statfs64* result);
     FILE* openMountTable(const char* path);
+    /// Puts the board's own shell tools into a folder of the run, and gives its path.
+    std::string writeTools() const;
+    bool ownsMountTable(const FILE* table) const { return tables_.contains(table); }
     void closeMountTable(FILE* table);
     std::string mountTableText() const;
 
@@ -96,6 +102,7 @@ class Kernel {
     bool boardPresent_;
     bool mountTableExists_;
     std::vector<std::string> mountTable_;
+    std::vector<FileSystem> fileSystems_;
     bool costs_;
     Board& board_;
     EventLog& events_;

@@ -4,6 +4,8 @@
 #include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/statfs.h>
 
 namespace sim {
 namespace {
@@ -128,6 +130,33 @@ long Kernel::unmount(const char* target) {
     return error;
 }
 
+long Kernel::fileSystemStatus(const char* path, struct statfs64* result) {
+    if (const long error = enter("statfs", path); error != 0) {
+        return error;
+    }
+    std::vector<FileSystem> known = fileSystems_;
+    known.push_back({"/", 4096, 49'152, 20'480, 18'432});
+    known.push_back({"/proc", 4096, 0, 0, 0});
+    known.push_back({"/sys", 4096, 0, 0, 0});
+    known.push_back({"/run", 4096, 14'336, 14'300, 14'300});
+    if (board_.card.mounted()) {
+        known.push_back({std::string(mountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
+    }
+    for (const FileSystem& system : known) {
+        if (system.directory == path) {
+            *result = {};
+            result->f_bsize = static_cast<decltype(result->f_bsize)>(system.blockSize);
+            result->f_blocks = system.blocks;
+            result->f_bfree = system.freeBlocks;
+            result->f_bavail = system.availableBlocks;
+            events_.add("statfs", path, "ok");
+            return 0;
+        }
+    }
+    events_.add("statfs", path, "ENOENT");
+    return -ENOENT;
+}
+
 std::string Kernel::mountTableText() const {
     std::string text = "ubi0:rootfs / ubifs rw,relatime 0 0\n"
                        "proc /proc proc rw,nosuid,nodev,noexec,relatime 0 0\n"
@@ -140,6 +169,18 @@ std::string Kernel::mountTableText() const {
         text += "/dev/mmcblk0p1 /mnt/sd-card vfat rw,sync,relatime,fmask=0022,dmask=0022 0 0\n";
     }
     return text;
+}
+
+std::string Kernel::writeTools() const {
+    const std::string folder = root_ + "/bin";
+    const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + mountTableText() + "TABLE\n";
+    real::mkdir(folder.c_str(), 0755);
+    const int file = real::open((folder + "/mount").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0755);
+    if (file >= 0) {
+        static_cast<void>(!real::write(file, script.data(), script.size()));
+        real::close(file);
+    }
+    return folder;
 }
 
 FILE* Kernel::openMountTable(const char* path) {

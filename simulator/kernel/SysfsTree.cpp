@@ -5,6 +5,7 @@ namespace {
 
 constexpr std::string_view gpioRoot = "/sys/class/gpio";
 constexpr std::string_view pwmRoot = "/sys/class/pwm/pwmchip0";
+constexpr std::string_view converterRoot = "/sys/bus/iio/devices/iio:device0";
 constexpr std::string_view cardRoot = "/sys/block/mmcblk0";
 
 SysfsNode directory(bool link = false) {
@@ -83,6 +84,9 @@ SysfsNode SysfsTree::lookUp(std::string_view path) const {
     }
     if (const auto rest = below(path, pwmRoot)) {
         return pwm(*rest);
+    }
+    if (const auto rest = below(path, converterRoot)) {
+        return converter(*rest);
     }
     if (const auto rest = below(path, cardRoot)) {
         if (!board_.card.listed(board_.now())) {
@@ -177,6 +181,23 @@ SysfsNode SysfsTree::pwmAttribute(unsigned channel, std::string_view name) const
         return attribute(
             [&chip, channel] { return std::string(chip.at(channel).enabled ? "1\n" : "0\n"); },
             [&chip, channel](std::string_view text) { return chip.setEnable(channel, text); });
+    }
+    return missing(true);
+}
+
+SysfsNode SysfsTree::converter(std::string_view rest) const {
+    const AnalogFrontEnd& analog = board_.analog;
+    if (rest.empty()) {
+        return directory(true);
+    }
+    if (rest == "in_voltage_scale") {
+        return attribute([&analog] { return analog.scale + "\n"; }, {});
+    }
+    for (int input = 0; input < AnalogFrontEnd::inputs; ++input) {
+        if (rest == "in_voltage" + std::to_string(input) + "_raw") {
+            return attribute(
+                [&analog, input] { return std::to_string(analog.rawCount(input)) + "\n"; }, {});
+        }
     }
     return missing(true);
 }

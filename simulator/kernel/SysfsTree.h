@@ -25,7 +25,7 @@ struct SysfsNode {
     std::optional<unsigned> line; ///< the line whose level this attribute is
 };
 
-/// The GPIO, PWM and block device attributes of the board as sysfs shows them.
+/// The GPIO, PWM, analog converter and block device attributes of the board as sysfs shows them.
 class SysfsTree {
   public:
     SysfsTree(Board& board, const Scenario& scenario)
@@ -50,6 +50,7 @@ class SysfsTree {
     SysfsNode gpioAttribute(unsigned line, std::string_view name) const;
     SysfsNode pwm(std::string_view rest) const;
     SysfsNode pwmAttribute(unsigned channel, std::string_view name) const;
+    SysfsNode converter(std::string_view rest) const;
 
     Board& board_;
     bool present_;

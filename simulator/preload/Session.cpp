@@ -152,7 +152,7 @@ __attribute__((constructor)) void armInTheNamedProgram() {
 }
 
 __attribute__((destructor)) void tellTheEnd() {
-    if (session != nullptr) {
+    if (session != nullptr && Simulation::ofThisThread() != nullptr) {
         session->programExits();
     }
 }

@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/statfs.h>
 
 using sim::asResult;
 using sim::Gate;
@@ -84,6 +85,32 @@ FILE* setmntent(const char* path, const char* mode) {
     }
     return SIM_REAL(setmntent)(path, mode);
 }
+
+// A field "(missing)" of the simulated table stands for one that the C library gives no text for.
+mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept {
+    mntent* found = SIM_REAL(getmntent_r)(table, entry, buffer, size);
+    if (Gate gate; gate && found != nullptr && gate->kernel.ownsMountTable(table)) {
+        for (char** field : {&found->mnt_fsname, &found->mnt_dir}) {
+            if (std::string_view(*field) == "(missing)") {
+                *field = nullptr;
+            }
+        }
+    }
+    return found;
+}
+
+int statfs64(const char* path, struct statfs64* result) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(gate->kernel.fileSystemStatus(path, result)));
+    }
+    return SIM_REAL(statfs64)(path, result);
+}
+
+#if __SIZEOF_POINTER__ == 8 // where the two records are one and the same
+int statfs(const char* path, struct statfs* result) noexcept {
+    return statfs64(path, reinterpret_cast<struct statfs64*>(result));
+}
+#endif
 
 int endmntent(FILE* table) {
     if (Gate gate; gate) {

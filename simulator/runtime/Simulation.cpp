@@ -49,6 +49,12 @@ Simulation* Simulation::ofThisThread() {
     return threadSelf() != nullptr ? living : nullptr;
 }
 
+void Simulation::leave() {
+    events.abandon();
+    setThreadSelf(nullptr);
+    living = nullptr;
+}
+
 void Simulation::show(const void* data, std::size_t size, FILE* stream) {
     const std::string_view text(static_cast<const char*>(data), size);
     if (console.limited()) {

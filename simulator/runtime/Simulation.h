@@ -34,6 +34,8 @@ class Simulation {
     /// Called when the program begins its next step.
     std::function<void(std::uint64_t)> onStep;
 
+    /// The calling process, just forked off, takes no further part.
+    void leave();
     /// Takes what the program shows on standard output; it goes on to the stream at the next flush.
     void show(const void* data, std::size_t size, FILE* stream);
     /// Hands on what was shown, up to a limit on steps or measurements that is reached in it.

@@ -31,6 +31,15 @@ struct WorldEvent {
     unsigned line = 0;      ///< setInput: kernel line number
 };
 
+/// What statfs tells of the file system mounted at a directory.
+struct FileSystem {
+    std::string directory;
+    std::int64_t blockSize = 4096;
+    std::uint64_t blocks = 0;
+    std::uint64_t freeBlocks = 0;
+    std::uint64_t availableBlocks = 0;
+};
+
 /// In which order threads that could run do run.
 enum class ThreadOrder {
     arrival, ///< first ready, first run; a thread runs until it waits
@@ -59,6 +68,12 @@ struct Scenario {
     bool mountPointExists = true;
     std::int64_t cardFreeBytes = -1;
 
+    double cableLength = 25.0;       ///< of the remote indicator
+    double lampVoltage = 4.0;        ///< of the indicator's lamp under the test colour, volts
+    std::string adcScale = "0.0001"; ///< text of the on-board converter's scale attribute
+    std::map<int, double> adcInputs; ///< volts at inputs of the on-board converter
+
+    std::vector<FileSystem> fileSystems; ///< mounted ones beside the board's own
     std::vector<std::string> mountTable; ///< lines before the card's own
     bool mountTableExists = true;
     std::vector<std::string> exportedLines; ///< "B18": left behind by an earlier run

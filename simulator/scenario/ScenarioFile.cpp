@@ -15,7 +15,7 @@ namespace {
 
 constexpr double longestRun = 1e9; // seconds, some thirty years
 
-constexpr std::array<std::string_view, 26> faultCalls{"access",
+constexpr std::array<std::string_view, 27> faultCalls{"access",
                                                       "clock_gettime",
                                                       "close",
                                                       "endmntent",
@@ -39,6 +39,7 @@ constexpr std::array<std::string_view, 26> faultCalls{"access",
                                                       "setmntent",
                                                       "stat",
                                                       "statfs",
+                                                      "system",
                                                       "umount",
                                                       "write"};
 
@@ -172,6 +173,35 @@ void readMountTable(TomlTable& table, Scenario& scenario) {
     table.readStrings("lines", scenario.mountTable);
 }
 
+void readFileSystem(TomlTable& table, Scenario& scenario) {
+    constexpr std::int64_t most = 1LL << 60;
+    FileSystem system;
+    table.require("directory");
+    table.read("directory", system.directory);
+    table.readInteger("block_size", system.blockSize, -2'147'483'648, 2'147'483'647);
+    table.readInteger("blocks", system.blocks, 0, most);
+    table.readInteger("free", system.freeBlocks, 0, most);
+    table.readInteger("available", system.availableBlocks, 0, most);
+    scenario.fileSystems.push_back(system);
+}
+
+void readIndicator(TomlTable& table, Scenario& scenario) {
+    table.read("cable_length", scenario.cableLength, 0.0, 1e6);
+    table.read("lamp_voltage", scenario.lampVoltage, -100.0, 100.0);
+}
+
+void readAdc(TomlTable& table, Scenario& scenario) {
+    table.read("scale", scenario.adcScale);
+    table.tables("input", [&](TomlTable& entry) {
+        int input = 0;
+        double volts = 0.0;
+        entry.require("number");
+        entry.readInteger("number", input, 0, 11);
+        entry.read("volts", volts, -1e6, 1e6);
+        scenario.adcInputs[input] = volts;
+    });
+}
+
 void readBoard(TomlTable& table, Scenario& scenario) {
     table.read("present", scenario.boardPresent);
     std::vector<std::string> missing;
@@ -192,6 +222,9 @@ void readAll(TomlTable& top, Scenario& scenario) {
     below("lines", readLines);
     below("threads", readThreads);
     below("mount_table", readMountTable);
+    below("indicator", readIndicator);
+    below("adc", readAdc);
+    top.tables("file_system", [&](TomlTable& table) { readFileSystem(table, scenario); });
     top.table("converter", [&](TomlTable& table) {
         table.readIntegers("words", scenario.converterWords, 0, 0xFFFFFFFFLL);
     });

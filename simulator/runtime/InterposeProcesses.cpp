@@ -1,0 +1,90 @@
+// Stands in for the C library's calls that start processes. What the program starts runs on this
+// machine, in real time, without a simulated board; only the shell's `mount` shows the board's
+// mount table.
+
+#include "simulator/runtime/Real.h"
+#include "simulator/runtime/Simulation.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+using sim::asResult;
+using sim::Gate;
+
+/// Puts a folder of the board's own tools first in the shell's search path while it lives.
+class BoardTools {
+  public:
+    explicit BoardTools(const std::string& folder) {
+        const char* path = std::getenv("PATH");
+        had_ = path != nullptr;
+        before_ = had_ ? path : "";
+        setenv("PATH", (folder + (had_ ? ":" + before_ : std::string())).c_str(), 1);
+    }
+    BoardTools(const BoardTools&) = delete;
+    BoardTools& operator=(const BoardTools&) = delete;
+    ~BoardTools() {
+        if (had_) {
+            setenv("PATH", before_.c_str(), 1);
+        } else {
+            unsetenv("PATH");
+        }
+    }
+
+  private:
+    bool had_;
+    std::string before_;
+};
+
+} // namespace
+
+extern "C" {
+
+int system(const char* command) {
+    Gate gate;
+    if (!gate || command == nullptr) {
+        return SIM_REAL(system)(command);
+    }
+    if (const long error = gate->kernel.enter("system", ""); error != 0) {
+        return static_cast<int>(asResult(error));
+    }
+    gate->events.flush();
+    const BoardTools tools(gate->kernel.writeTools());
+    const int status = SIM_REAL(system)(command);
+    gate->events.add("system", "-", sim::EventLog::quoted(command) + " " + std::to_string(status));
+    return status;
+}
+
+pid_t fork() noexcept {
+    Gate gate;
+    if (!gate) {
+        return SIM_REAL(fork)();
+    }
+    if (const long error = gate->kernel.enter("fork", ""); error != 0) {
+        return static_cast<pid_t>(asResult(error));
+    }
+    gate->events.flush();
+    const pid_t child = SIM_REAL(fork)();
+    if (child == 0) {
+        gate->leave();
+    } else {
+        gate->events.add("fork", "-", child > 0 ? "ok" : "failed");
+    }
+    return child;
+}
+
+int kill(pid_t process, int signal) noexcept {
+    if (Gate gate; gate) {
+        if (const long error = gate->kernel.enter("kill", ""); error != 0) {
+            return static_cast<int>(asResult(error));
+        }
+        gate->events.add("kill", "-", "signal " + std::to_string(signal));
+    }
+    return SIM_REAL(kill)(process, signal);
+}
+
+} // extern "C"
