@@ -1,0 +1,73 @@
+#pragma once
+
+#include "cycle/MeasurementCycle.h"
+
+#include "simulator/testing/SimulatedBoard.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace tavrelin {
+
+/// A step as a test asks for it; what it does not name stays at rest.
+struct Step {
+    float angle = 0.0F;
+    std::uint32_t speed = 0;
+    bool findStart = false;
+    std::uint32_t duration = 0; ///< ms
+    bool led = false;
+    bool stirring = false;
+    bool srvd = false;
+    bool sampling = false;
+    bool valve = false;
+    std::string description = "Any Step";
+};
+
+/// What came of a step. The slots that the step did not set are false.
+struct StepOutcome {
+    bool success = false;
+    std::array<bool, 6> slots{};
+    std::string console;
+    sim::Nanoseconds boardTime = 0;
+};
+
+/// An instrument on a simulated board, initialised, with its valve claimed: the lamp is on, the
+/// rest at rest, and the record of what happened on the board begins empty.
+class Instrument {
+  public:
+    explicit Instrument(const sim::Scenario& scenario = {}, const sim::RunOptions& options = {});
+
+    sim::SimulatedBoard board;
+    MeasurementCycle cycle;
+
+    /// Runs a step with room for all six flags.
+    StepOutcome Run(const Step& step) { return RunWithFlags(step, true, 6); }
+    /// Runs a step that is told of so many flags; without flags it is given a null array.
+    StepOutcome RunWithFlags(const Step& step, bool flags, std::uint32_t count);
+
+    /// Text of the log of the day on which a board starts unless told otherwise.
+    [[nodiscard]] std::string Log() const { return board.fileOnCard("2026-03-07_logfile.csv"); }
+};
+
+/// What the code under test made happen, in its order, with short names for the paths: "thread 2:
+/// write pwm0/enable "1"". Things that happen by themselves are told of the board.
+sim::Texts Happenings(const sim::SimulatedBoard& board);
+
+/// Only what was written to lines, channels and converter: "pwm0/enable 1", "B15/value 0", "spi
+/// SPI_IOC_WR_MODE 0".
+sim::Texts Writes(const sim::SimulatedBoard& board);
+
+/// Number of entries of Happenings that hold the text.
+int CountOf(const sim::SimulatedBoard& board, const std::string& text);
+
+/// Seconds since 1970 of "YYYY-MM-DD hh:mm:ss", as the start of a board's run.
+sim::RunOptions StartingAt(const std::string& wallTime);
+
+/// Raw words for the converter to answer with: the ones that stand for these readings.
+std::vector<std::uint32_t> WordsFor(const std::vector<std::int32_t>& readings);
+
+/// The word that says that there is no new result: the command, sent back.
+inline constexpr std::uint32_t kNothingNew = 0xA0800000;
+
+} // namespace tavrelin
