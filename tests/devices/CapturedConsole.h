@@ -1,0 +1,49 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <string>
+
+namespace tavrelin {
+
+/// Keeps what is shown on the console from its construction on, byte for byte. One at a time.
+class CapturedConsole {
+  public:
+    CapturedConsole() { Begin(); }
+    CapturedConsole(const CapturedConsole&) = delete;
+    CapturedConsole& operator=(const CapturedConsole&) = delete;
+    ~CapturedConsole() { End(); }
+
+    /// Standard output and standard error so far.
+    const std::string& output() {
+        Take();
+        return output_;
+    }
+    const std::string& error() {
+        Take();
+        return error_;
+    }
+
+  private:
+    static void Begin() {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+    }
+
+    void End() {
+        std::cout.flush();
+        output_ += testing::internal::GetCapturedStdout();
+        error_ += testing::internal::GetCapturedStderr();
+    }
+
+    void Take() {
+        End();
+        Begin();
+    }
+
+    std::string output_;
+    std::string error_;
+};
+
+} // namespace tavrelin
