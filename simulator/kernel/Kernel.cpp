@@ -82,7 +82,6 @@ long Kernel::enter(std::string_view call, std::string_view path) {
         counted = counts_.emplace(std::string(call), 0).first;
     }
     ++counted->second;
-    timeline_.operated();
     if (costs_) {
         timeline_.work(callCost(call));
     }
@@ -240,9 +239,11 @@ long Kernel::read(int descriptor, void* buffer, std::size_t size) {
     if (level) {
         timeline_.pollsLine(*attribute->line());
     }
+    const bool anew = level && attribute->atStart();
     const long count = file->read(buffer, size);
-    if (level && count > 0) {
-        timeline_.lineRead(*attribute->line(), static_cast<const char*>(buffer)[0] == '1');
+    if (anew && count >= 0) {
+        timeline_.lineRead(*attribute->line(),
+                           count > 0 && static_cast<const char*>(buffer)[0] == '1');
         board_.lines.at(*attribute->line()).edgePending = false;
     }
     return count;

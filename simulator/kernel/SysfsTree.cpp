@@ -66,7 +66,6 @@ SysfsNode SysfsTree::find(std::string_view path) const {
     }
     if (const auto found = replaced_.find(std::string(path)); found != replaced_.end()) {
         node.kind = SysfsNode::Kind::attribute;
-        node.line.reset();
         node.show = [text = found->second] { return text; };
     }
     return node;

@@ -22,6 +22,8 @@ class TextFile : public OpenFile {
 
     /// The line whose level the attribute is, if it is one's.
     std::optional<unsigned> line() const { return node_.line; }
+    /// The next read makes the text anew.
+    bool atStart() const { return offset_ == 0; }
 
   private:
     bool gone() const;

@@ -11,8 +11,7 @@ namespace {
 constexpr unsigned freeReads = 16;
 constexpr Nanoseconds firstPause = microseconds(20);
 constexpr Nanoseconds longestPause = milliseconds(1);
-constexpr unsigned freeClockLooks = 64;
-constexpr Nanoseconds clockLook = microseconds(1);
+constexpr unsigned freeClockLooks = 1000;
 
 } // namespace
 
@@ -26,7 +25,6 @@ Timeline::Timeline(Board& board, EventLog& events, Scheduler& scheduler, Nanosec
 
 void Timeline::sleepUntil(Nanoseconds moment, const std::string& reason) {
     equalReads_ = 0;
-    clockLooks_ = 0;
     if (moment > now()) {
         scheduler_.sleepUntil(*threadSelf(), moment, reason);
     }
@@ -58,11 +56,14 @@ void Timeline::pollsLine(unsigned line) {
     if (line != polledLine_ || equalReads_ < freeReads) {
         return;
     }
-    const unsigned doubled = std::min(equalReads_ - freeReads, 6U);
-    const Nanoseconds pause = std::min(firstPause << doubled, longestPause);
-    const Nanoseconds until = std::min(now() + pause, std::max(board_.nextEvent(), now()));
+    pause(equalReads_ - freeReads, "a line that it polls");
+}
+
+void Timeline::pause(unsigned before, const std::string& reason) {
+    const Nanoseconds span = std::min(firstPause << std::min(before, 6U), longestPause);
+    const Nanoseconds until = std::min(now() + span, std::max(board_.nextEvent(), now()));
     if (until > now()) {
-        scheduler_.sleepUntil(*threadSelf(), until, "a line that it polls");
+        scheduler_.sleepUntil(*threadSelf(), until, reason);
     }
 }
 
@@ -77,9 +78,14 @@ void Timeline::lineRead(unsigned line, bool level) {
 }
 
 void Timeline::looksAtClock() {
-    if (++clockLooks_ > freeClockLooks) {
-        work(clockLook);
+    if (now() != lookedAt_) {
+        clockLooks_ = 0;
     }
+    if (clockLooks_ >= freeClockLooks) {
+        pause(clockLooks_ - freeClockLooks, "the clock that it looks at");
+    }
+    ++clockLooks_;
+    lookedAt_ = now();
 }
 
 } // namespace sim

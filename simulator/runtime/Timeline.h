@@ -27,15 +27,16 @@ class Timeline {
     /// each further one costs a growing span of up to 1 ms, cut short where the line may change.
     void pollsLine(unsigned line);
     void lineRead(unsigned line, bool level);
-    /// The calling thread looks at a clock; one that does nothing else for a long time makes time
-    /// pass.
+    /// The calling thread looks at a clock. After 1000 looks at one and the same moment each
+    /// further one costs as a poll does: else a program that waits for a moment would wait for
+    /// ever.
     void looksAtClock();
     /// The calling thread did something else: a poll in progress has ended.
     void busy() { equalReads_ = 0; }
-    void operated() { clockLooks_ = 0; }
 
   private:
     void advanceTo(Nanoseconds moment);
+    void pause(unsigned before, const std::string& reason);
     void keepPace() const;
 
     Board& board_;
@@ -48,6 +49,7 @@ class Timeline {
     bool polledLevel_ = false;
     unsigned equalReads_ = 0;
     unsigned clockLooks_ = 0;
+    Nanoseconds lookedAt_ = 0;
 };
 
 } // namespace sim

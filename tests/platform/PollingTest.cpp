@@ -1,0 +1,58 @@
+#include "platform/GpioPin.h"
+
+#include "simulator/testing/SimulatedBoard.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace tavrelin {
+namespace {
+
+using sim::SimulatedBoard;
+
+constexpr int kFarTooManyReads = 100000;
+
+std::time_t WallSeconds() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return now.tv_sec;
+}
+
+// A wait as the instrument does it: looks at line and clock in turn, asks for no rest.
+int ReadsInTwoSeconds(GpioPin& pin) {
+    const std::time_t begin = WallSeconds();
+    int reads = 0;
+    while (WallSeconds() - begin < 2 && reads < kFarTooManyReads) {
+        static_cast<void>(pin.Read());
+        ++reads;
+    }
+    return reads;
+}
+
+TEST(PollingALine, ComesToItsTimeLimitOnALineThatStays) {
+    SimulatedBoard board;
+    GpioPin pin(1, 7);
+    EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
+}
+
+TEST(PollingALine, ComesToItsTimeLimitWhenTheLineIsTakenAway) {
+    SimulatedBoard board;
+    GpioPin pin(1, 7);
+    board.takeAway("/sys/class/gpio/pioB7");
+    testing::internal::CaptureStderr();
+    EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(PollingALine, ComesToItsTimeLimitWhenTheValueReadsOtherwise) {
+    for (const char* text : {"1", "", "rubbish"}) {
+        SimulatedBoard board;
+        GpioPin pin(1, 7);
+        board.replaceText("/sys/class/gpio/pioB7/value", text);
+        EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads) << text;
+    }
+}
+
+} // namespace
+} // namespace tavrelin
