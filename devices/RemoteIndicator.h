@@ -1,0 +1,52 @@
+#pragma once
+
+#include "devices/Wiring.h"
+#include "platform/GpioPin.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+namespace tavrelin {
+
+/// The LED indicator at the end of a cable, driven over six lines. Failures show in the result and
+/// on standard output.
+class RemoteIndicator {
+  public:
+    using LedLines = std::array<wiring::Line, 6>;
+
+    RemoteIndicator() = default;
+    RemoteIndicator(const RemoteIndicator&) = delete;
+    RemoteIndicator& operator=(const RemoteIndicator&) = delete;
+    RemoteIndicator(RemoteIndicator&&) = delete;
+    RemoteIndicator& operator=(RemoteIndicator&&) = delete;
+    /// Releases the lines in their order; they keep their levels.
+    ~RemoteIndicator();
+
+    /// Claims the lines as outputs and shows the idle colour. An indicator that worked before
+    /// answers true though a line could not be set up again.
+    bool Init(const LedLines& lines);
+
+    /// Shows colour 0 (idle) to 10; any code above switches all lines low. Stops at the first line
+    /// that cannot be written.
+    bool SetLEDColors(std::uint32_t code);
+
+    /// Estimates the length of the cable from the voltages that a test colour leaves at its end,
+    /// then shows the idle colour; the test colour stays when the voltages cannot be read. Takes
+    /// the demultiplexer's lines meanwhile. Without a voltage to divide by, the length is infinite
+    /// or not a number; it is stored even when only the idle colour could not be shown.
+    bool CalculateCableLength(float& length);
+
+    [[nodiscard]] bool initialised() const { return initialised_; }
+
+  private:
+    void ClaimPins(const LedLines& lines);
+    void ReleasePins();
+    bool ConfigurePins();
+    bool MeasureCable(float& length);
+
+    bool initialised_ = false;
+    std::array<std::unique_ptr<GpioPin>, 6> ledPins_;
+};
+
+} // namespace tavrelin

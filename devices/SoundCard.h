@@ -1,0 +1,8 @@
+#pragma once
+
+namespace tavrelin {
+
+/// The sound system's name of the board's codec, as mixer card and as playback device.
+inline constexpr const char* kSoundCard = "default";
+
+} // namespace tavrelin
