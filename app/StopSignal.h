@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tavrelin::service {
+
+/// From now on the signals that ask a program to end (interrupt, terminate, hang-up) no longer end
+/// it but the wait below: who started a child can still stop it.
+void CatchStopSignals();
+
+/// Waits, until one of these signals has come at the latest.
+void WaitSecondsOrStopSignal(std::uint32_t seconds);
+
+} // namespace tavrelin::service
