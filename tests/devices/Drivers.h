@@ -1,6 +1,9 @@
 #pragma once
 
 #include "devices/StepperDriverMotor.h"
+#include "simulator/testing/SimulatedBoard.h"
+
+#include <cstdint>
 
 namespace tavrelin {
 
@@ -20,6 +23,19 @@ struct Pump {
     }
 
     StepperDriverMotor motor{1};
+};
+
+/// The pump on its board, set up and what was written for that forgotten. A motor mutex that a
+/// failure leaves locked goes with the pump.
+struct PumpOnBoard {
+    PumpOnBoard() { board.forget(); }
+
+    [[nodiscard]] std::uint64_t Locks() const { return board.calls("pthread_mutex_lock"); }
+    [[nodiscard]] std::uint64_t Unlocks() const { return board.calls("pthread_mutex_unlock"); }
+
+    SimulatedBoard board;
+    Pump pump;
+    StepperDriverMotor& motor = pump.motor;
 };
 
 } // namespace tavrelin
