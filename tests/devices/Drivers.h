@@ -33,7 +33,7 @@ struct PumpOnBoard {
     [[nodiscard]] std::uint64_t Locks() const { return board.calls("pthread_mutex_lock"); }
     [[nodiscard]] std::uint64_t Unlocks() const { return board.calls("pthread_mutex_unlock"); }
 
-    SimulatedBoard board;
+    sim::SimulatedBoard board;
     Pump pump;
     StepperDriverMotor& motor = pump.motor;
 };
