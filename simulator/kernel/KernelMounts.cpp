@@ -158,6 +158,9 @@ long Kernel::fileSystemStatus(const char* path, struct statfs64* result) {
 }
 
 std::string Kernel::mountTableText() const {
+    if (const std::string* replaced = sysfs_.replacement("/etc/mtab")) {
+        return *replaced;
+    }
     std::string text = "ubi0:rootfs / ubifs rw,relatime 0 0\n"
                        "proc /proc proc rw,nosuid,nodev,noexec,relatime 0 0\n"
                        "sysfs /sys sysfs rw,nosuid,nodev,noexec,relatime 0 0\n"

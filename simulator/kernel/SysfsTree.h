@@ -36,6 +36,11 @@ class SysfsTree {
 
     /// Reading the attribute gives this text from now on.
     void replace(const std::string& path, const std::string& text) { replaced_[path] = text; }
+    /// The text that was put in place of the path's own; null when there is none.
+    const std::string* replacement(const std::string& path) const {
+        const auto found = replaced_.find(path);
+        return found != replaced_.end() ? &found->second : nullptr;
+    }
     /// The path is gone from now on, whatever the board has.
     void take(const std::string& path) { missing_.insert(path); }
     void giveBack(const std::string& path) {
