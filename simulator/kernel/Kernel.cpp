@@ -104,6 +104,8 @@ long Kernel::open(const char* path, int flags, unsigned mode) {
         error = openFile(path, flags, file);
         if (error != 0) {
             events_.add("open", path, errnoName(static_cast<int>(-error)));
+        } else {
+            file->openedWith(flags);
         }
     }
     if (auto* card = dynamic_cast<CardFile*>(file.get()); error == 0 && card != nullptr) {
@@ -120,6 +122,8 @@ FILE* Kernel::openStream(const char* path, const char* mode) {
         error = openFile(path, flagsOf(mode), file);
         if (error != 0) {
             events_.add("open", path, errnoName(static_cast<int>(-error)));
+        } else {
+            file->openedWith(flagsOf(mode));
         }
     }
     if (error != 0) {
@@ -235,6 +239,9 @@ long Kernel::read(int descriptor, void* buffer, std::size_t size) {
     if (const long error = enter("read", file->path()); error != 0) {
         return error;
     }
+    if (!file->readable()) {
+        return -EBADF;
+    }
     cutShort(size);
     if (level) {
         timeline_.pollsLine(*attribute->line());
@@ -253,6 +260,9 @@ long Kernel::write(int descriptor, const void* data, std::size_t size) {
     OpenFile* file = files_.find(descriptor);
     if (const long error = enter("write", file->path()); error != 0) {
         return error;
+    }
+    if (!file->writable()) {
+        return -EBADF;
     }
     timeline_.busy();
     cutShort(size);

@@ -54,7 +54,8 @@ class Kernel {
     long poll(pollfd* descriptors, std::size_t count, int timeout);
     long descriptorStatus(int descriptor, struct stat64* result);
 
-    long map(int descriptor, std::size_t length, std::int64_t offset, void** address);
+    /// shared: stores reach the device, else they stay in the program's own copy.
+    long map(int descriptor, std::size_t length, bool shared, std::int64_t offset, void** address);
     long unmap(void* address);
 
     long access(const char* path, int wanted);
@@ -96,6 +97,7 @@ class Kernel {
 
     struct Mapping {
         std::size_t length = 0;
+        bool shared = false;
     };
 
     std::string root_;

@@ -13,7 +13,8 @@
 
 namespace sim {
 
-long Kernel::map(int descriptor, std::size_t length, std::int64_t offset, void** address) {
+long Kernel::map(int descriptor, std::size_t length, bool shared, std::int64_t offset,
+                 void** address) {
     const OpenFile* file = files_.find(descriptor);
     if (const long error = enter("mmap", file->path()); error != 0) {
         return error;
@@ -23,24 +24,29 @@ long Kernel::map(int descriptor, std::size_t length, std::int64_t offset, void**
         unmodelled("mmap of " + std::to_string(length) + " bytes at " + std::to_string(offset) +
                    " of " + file->path());
     }
+    if (!file->readable() || (shared && !file->writable())) {
+        return -EACCES;
+    }
     void* page = SIM_REAL(mmap64)(nullptr, length, PROT_READ | PROT_WRITE,
                                   MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (page == MAP_FAILED) {
         return -errno;
     }
     board_.registers.load({static_cast<std::uint32_t*>(page), length / sizeof(std::uint32_t)});
-    mappings_[page] = {length};
-    events_.add("mmap", file->path(), "0xfffff000");
+    mappings_[page] = {length, shared};
+    events_.add("mmap", file->path(), file->synchronous() ? "0xfffff000" : "0xfffff000 cached");
     *address = page;
     return 0;
 }
 
 long Kernel::unmap(void* address) {
-    const std::size_t length = mappings_.at(address).length;
-    const std::span<const std::uint32_t> page{static_cast<const std::uint32_t*>(address),
-                                              length / sizeof(std::uint32_t)};
-    for (const std::string& store : board_.registers.store(page)) {
-        events_.add("write", "/dev/mem", store);
+    const auto [length, shared] = mappings_.at(address);
+    if (shared) {
+        const std::span<const std::uint32_t> page{static_cast<const std::uint32_t*>(address),
+                                                  length / sizeof(std::uint32_t)};
+        for (const std::string& store : board_.registers.store(page)) {
+            events_.add("write", "/dev/mem", store);
+        }
     }
     mappings_.erase(address);
     enter("munmap", "/dev/mem");

@@ -18,6 +18,13 @@ class OpenFile {
 
     const std::string& path() const { return path_; }
 
+    /// The flags of the open that made it; they say what the descriptor may be used for.
+    void openedWith(int flags) { flags_ = flags; }
+    bool readable() const;
+    bool writable() const;
+    /// Opened for uncached, completed writes.
+    bool synchronous() const;
+
     virtual long read(void* buffer, std::size_t size);
     virtual long write(const void* data, std::size_t size);
     virtual long seek(std::int64_t offset, int whence);
@@ -27,6 +34,7 @@ class OpenFile {
 
   private:
     std::string path_;
+    int flags_ = 0;
 };
 
 } // namespace sim

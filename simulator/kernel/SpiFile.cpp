@@ -123,7 +123,9 @@ void SpiFile::exchange(const spi_ioc_transfer& record) {
     }
     events_.add("transfer", path(),
                 hex(out) + " -> " + hex(in) + " " + std::to_string(bits) + " bits " +
-                    std::to_string(record.speed_hz != 0 ? record.speed_hz : speed_) + " Hz");
+                    std::to_string(record.speed_hz != 0 ? record.speed_hz : speed_) + " Hz" +
+                    (record.delay_usecs != 0 ? " delayed" : "") +
+                    (record.cs_change != 0 ? " deselected" : ""));
     if (received != nullptr) {
         swapWords(in, bits);
         std::memcpy(received, in.data(), in.size());

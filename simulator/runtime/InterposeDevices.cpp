@@ -33,8 +33,9 @@ void* mmap64(void* hint, size_t length, int protection, int flags, int descripto
              off64_t offset) noexcept {
     if (Gate gate; gate && gate->kernel.owns(descriptor)) {
         void* address = nullptr;
-        return asResult(gate->kernel.map(descriptor, length, offset, &address)) < 0 ? MAP_FAILED
-                                                                                    : address;
+        const bool shared = (flags & MAP_SHARED) != 0;
+        const long result = gate->kernel.map(descriptor, length, shared, offset, &address);
+        return asResult(result) < 0 ? MAP_FAILED : address;
     }
     return SIM_REAL(mmap64)(hint, length, protection, flags, descriptor, offset);
 }
