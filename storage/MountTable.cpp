@@ -1,31 +1,20 @@
 #include "storage/MountTable.h"
 
+#include "storage/MountTableFile.h"
+
 #include <array>
-#include <cstdio>
-#include <memory>
 
 namespace tavrelin {
 
-namespace {
-
-constexpr const char* kMountTable = "/etc/mtab";
-constexpr std::size_t kEntryText = 4096; // longer entries are cut by the C library
-
-struct CloseMountTable {
-    void operator()(FILE* table) const { ::endmntent(table); }
-};
-
-} // namespace
-
 bool is_mounted(const mntent*& entry, const std::string& path) {
     entry = nullptr;
-    const std::unique_ptr<FILE, CloseMountTable> table(::setmntent(kMountTable, "r"));
+    const MountTableFile table(::setmntent(kMountTable, kMountTableMode));
     if (table == nullptr) {
         return false;
     }
-    std::array<char, kEntryText> text{};
+    std::array<char, kMountEntryText> text{};
     mntent record{};
-    while ((entry = ::getmntent_r(table.get(), &record, text.data(), kEntryText)) != nullptr) {
+    while ((entry = ::getmntent_r(table.get(), &record, text.data(), kMountEntryText)) != nullptr) {
         if (std::string(entry->mnt_dir).find(path) != std::string::npos) {
             return true;
         }
