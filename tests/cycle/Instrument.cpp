@@ -1,11 +1,14 @@
 #include "tests/cycle/Instrument.h"
 
+#include "cycle/ReagentDelivery.h"
 #include "cycle/StepExecution.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iostream>
+#include <iterator>
 #include <utility>
 
 namespace tavrelin {
@@ -49,7 +52,24 @@ Instrument::Instrument(const sim::Scenario& scenario, const sim::RunOptions& opt
     board.forget();
 }
 
-StepOutcome Instrument::RunWithFlags(const Step& step, bool flags, std::uint32_t count) {
+// A delivery that cannot lock the motor has been at its target all the same.
+void Instrument::SetLastPumpAngle(float angle) {
+    StepRequest request;
+    request.MotorAngle = angle;
+    request.MotorSpeed = 1;
+    request.Duration = 1;
+    request.reagentPump = cycle.reagentPump();
+    board.fail("pthread_mutex_lock", "", EINVAL);
+    testing::internal::CaptureStdout();
+    DeliverReagent(&request);
+    std::cout.flush();
+    testing::internal::GetCapturedStdout();
+    board.stopFailing();
+    board.forget();
+}
+
+StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const Step& step,
+                    bool flags, std::uint32_t count) {
     StepOutcome outcome;
     const sim::Nanoseconds begin = board.now();
     testing::internal::CaptureStdout();
@@ -72,6 +92,15 @@ sim::Texts Happenings(const sim::SimulatedBoard& board) {
                              ShortOperation(line.substr(thread.size() + 1)));
     }
     return happenings;
+}
+
+sim::Texts Deeds(const sim::SimulatedBoard& board) {
+    sim::Texts deeds = Happenings(board);
+    std::erase_if(deeds, [](const std::string& happening) {
+        return happening.find(": stat ") != std::string::npos ||
+               happening.find(": setmntent ") != std::string::npos;
+    });
+    return deeds;
 }
 
 sim::Texts Writes(const sim::SimulatedBoard& board) {

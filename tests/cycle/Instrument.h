@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tavrelin {
 
@@ -32,6 +33,11 @@ struct StepOutcome {
     sim::Nanoseconds boardTime = 0;
 };
 
+/// Runs a step on these devices. With flags it is told of `count` of the six, without any it is
+/// given a null array.
+StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const Step& step,
+                    bool flags = true, std::uint32_t count = 6);
+
 /// An instrument on a simulated board, initialised, with its valve claimed: the lamp is on, the
 /// rest at rest, and the record of what happened on the board begins empty.
 class Instrument {
@@ -41,10 +47,10 @@ class Instrument {
     sim::SimulatedBoard board;
     MeasurementCycle cycle;
 
-    /// Runs a step with room for all six flags.
-    StepOutcome Run(const Step& step) { return RunWithFlags(step, true, 6); }
-    /// Runs a step that is told of so many flags; without flags it is given a null array.
-    StepOutcome RunWithFlags(const Step& step, bool flags, std::uint32_t count);
+    StepOutcome Run(const Step& step) { return RunStep(board, cycle, step); }
+
+    /// Makes this, at least 1 degree, the angle of the last delivery without turning the pump.
+    void SetLastPumpAngle(float angle);
 
     /// Text of the log of the day on which a board starts unless told otherwise.
     [[nodiscard]] std::string Log() const { return board.fileOnCard("2026-03-07_logfile.csv"); }
@@ -53,6 +59,9 @@ class Instrument {
 /// What the code under test made happen, in its order, with short names for the paths: "thread 2:
 /// write pwm0/enable "1"". Things that happen by themselves are told of the board.
 sim::Texts Happenings(const sim::SimulatedBoard& board);
+
+/// The same without what only looks: status of files, mount table.
+sim::Texts Deeds(const sim::SimulatedBoard& board);
 
 /// Only what was written to lines, channels and converter: "pwm0/enable 1", "B15/value 0", "spi
 /// SPI_IOC_WR_MODE 0".
