@@ -115,8 +115,8 @@ TEST(GpioPinOwnership, RefusesALineThatIsInUse) {
 
 TEST(GpioPinOwnership, CannotBeHadTwice) {
     SimulatedBoard board;
-    const GpioPin owner(1, 7);
     CapturedConsole console;
+    const GpioPin owner(1, 7);
     auto second = std::make_unique<GpioPin>(1, 7);
     EXPECT_FALSE(second->ok());
     EXPECT_EQ(console.error(), "already used\n");
