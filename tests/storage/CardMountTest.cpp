@@ -1,0 +1,188 @@
+#include "storage/DataLog.h"
+#include "tests/storage/CardEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <fstream>
+#include <functional>
+#include <map>
+
+namespace tavrelin {
+namespace {
+
+using sim::Scenario;
+using sim::SimulatedBoard;
+using sim::Texts;
+
+TEST(CardPresence, IsTheCardsDirectoryInSysfs) {
+    SimulatedBoard board;
+    EXPECT_TRUE(DataLog::is_sd_card_present());
+    EXPECT_EQ(board.events(), kCardThere);
+    board.forget();
+    board.takeAway("/sys/block/mmcblk0");
+    EXPECT_FALSE(DataLog::is_sd_card_present());
+    EXPECT_EQ(board.events(), kCardGone);
+    board.restore("/sys/block/mmcblk0");
+    board.replaceText("/sys/block/mmcblk0", "no directory");
+    EXPECT_FALSE(DataLog::is_sd_card_present());
+}
+
+TEST(CardPresence, DoesNotLookAtThePartition) {
+    Scenario scenario;
+    scenario.cardPartitioned = false;
+    const SimulatedBoard board(scenario);
+    EXPECT_TRUE(DataLog::is_sd_card_present());
+}
+
+TEST(CardPresence, EndsWhenTheKernelNoticesThatTheCardWasPulled) {
+    SimulatedBoard board;
+    board.removeCard();
+    board.elapse(sim::milliseconds(699));
+    EXPECT_TRUE(DataLog::is_sd_card_present());
+    board.elapse(sim::milliseconds(1));
+    EXPECT_FALSE(DataLog::is_sd_card_present());
+    board.insertCard();
+    EXPECT_TRUE(DataLog::is_sd_card_present());
+}
+
+TEST(CardMounted, IsAskedAboutTheCardsMountPointUnlessAPathIsGiven) {
+    SimulatedBoard board(WithMountedCard());
+    EXPECT_TRUE(DataLog::is_sd_card_mounted());
+    EXPECT_TRUE(DataLog::is_sd_card_mounted(""));
+    EXPECT_TRUE(DataLog::is_sd_card_mounted("/mnt/sd-card"));
+    EXPECT_TRUE(DataLog::is_sd_card_mounted("/sys"));
+    EXPECT_FALSE(DataLog::is_sd_card_mounted("/mnt/stick"));
+    ASSERT_EQ(board.card().unmount("/mnt/sd-card", false), 0);
+    EXPECT_FALSE(DataLog::is_sd_card_mounted());
+    EXPECT_FALSE(DataLog::is_sd_card_mounted(""));
+}
+
+TEST(MountingTheCard, MountsItsFirstPartitionWithSynchronousWrites) {
+    SimulatedBoard board;
+    EXPECT_TRUE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events(), InOrder({kCardThere, kNotListed, kMountPointThere, kMounted}));
+    EXPECT_TRUE(board.card().mounted());
+}
+
+TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
+    Scenario scenario;
+    scenario.mountPointExists = false;
+    SimulatedBoard board(scenario);
+    EXPECT_TRUE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events(), InOrder({kCardThere,
+                                       kNotListed,
+                                       kMountPointMissing,
+                                       {"mkdir /mnt/sd-card 0700 ok"},
+                                       kMounted}));
+    struct stat status {};
+    ASSERT_EQ(stat(board.kernel().mountPointFolder().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
+}
+
+TEST(MountingTheCard, MountsNothingTwice) {
+    SimulatedBoard board(WithMountedCard());
+    EXPECT_TRUE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
+}
+
+TEST(MountingTheCard, TakesADirectoryOfASimilarNameForTheCard) {
+    Scenario scenario;
+    scenario.mountTable = {"/dev/sda1 /mnt/sd-card-old vfat rw 0 0"};
+    const SimulatedBoard board(scenario);
+    EXPECT_TRUE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.calls("mount"), 0U);
+}
+
+TEST(MountingTheCard, TouchesNothingWithoutACard) {
+    SimulatedBoard board(WithMountedCard());
+    PullCard(board);
+    EXPECT_FALSE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events(), kCardGone);
+    EXPECT_TRUE(board.card().mounted());
+}
+
+TEST(MountingTheCard, TriesOnEvenIfTheMountPointCannotBeCreated) {
+    Scenario scenario;
+    scenario.mountPointExists = false;
+    SimulatedBoard board(scenario);
+    board.fail("mkdir", "/mnt/sd-card", EROFS);
+    EXPECT_FALSE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events(), InOrder({kCardThere,
+                                       kNotListed,
+                                       kMountPointMissing,
+                                       {"mkdir /mnt/sd-card EROFS"},
+                                       {"mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" ENOENT"}}));
+}
+
+TEST(MountingTheCard, FailsOnAMountPointThatIsAFile) {
+    Scenario scenario;
+    scenario.mountPointExists = false;
+    SimulatedBoard board(scenario);
+    std::ofstream(board.kernel().mountPointFolder()) << "no directory";
+    EXPECT_FALSE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.calls("mkdir"), 1U);
+    EXPECT_EQ(board.calls("mount"), 1U);
+}
+
+TEST(MountingTheCard, FailsAndIsTriedAnewAtTheNextCall) {
+    const std::map<std::string, std::function<void(SimulatedBoard&)>> troubles = {
+        {"ENOENT", [](SimulatedBoard& board) { board.card().partitioned = false; }},
+        {"EINVAL", [](SimulatedBoard& board) { board.card().fat = false; }},
+        {"EACCES", [](SimulatedBoard& board) { board.card().writeProtected = true; }},
+        {"ENODEV", [](SimulatedBoard& board) { board.card().vfatSupported = false; }},
+    };
+    for (const auto& [error, trouble] : troubles) {
+        SimulatedBoard board;
+        trouble(board);
+        EXPECT_FALSE(DataLog::mount_sd_card());
+        EXPECT_EQ(board.events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" " + error);
+        EXPECT_EQ(board.calls("mount"), 1U);
+        EXPECT_FALSE(DataLog::mount_sd_card());
+        EXPECT_EQ(board.calls("mount"), 2U);
+    }
+}
+
+TEST(MountingTheCard, IsTriedWhenTheMountTableIsMissing) {
+    Scenario scenario = WithMountedCard();
+    scenario.mountTableExists = false;
+    const SimulatedBoard board(scenario);
+    EXPECT_FALSE(DataLog::is_sd_card_mounted());
+    EXPECT_FALSE(DataLog::mount_sd_card());
+    EXPECT_EQ(board.events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" EBUSY");
+}
+
+TEST(UnmountingTheCard, UnmountsWhatIsListed) {
+    SimulatedBoard board(WithMountedCard());
+    EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
+    EXPECT_EQ(board.events(), InOrder({kListed, kUnmounted}));
+    EXPECT_FALSE(board.card().mounted());
+}
+
+TEST(UnmountingTheCard, DoesNothingWhenItIsNotListed) {
+    const SimulatedBoard board;
+    EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
+    EXPECT_EQ(board.events(), kNotListed);
+}
+
+TEST(UnmountingTheCard, FailsOnABusyCard) {
+    SimulatedBoard board(WithMountedCard());
+    std::ofstream open("/mnt/sd-card/open.csv");
+    board.forget();
+    EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
+    EXPECT_EQ(board.events(), InOrder({kListed, {"umount /mnt/sd-card EBUSY"}}));
+    open.close();
+    EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
+}
+
+TEST(UnmountingTheCard, UnmountsThePathItIsGivenIfTheCardIsListed) {
+    SimulatedBoard board(WithMountedCard());
+    EXPECT_FALSE(DataLog::umount_sd_card("/mnt/stick"));
+    EXPECT_EQ(board.events(), InOrder({kListed, {"umount /mnt/stick EINVAL"}}));
+    EXPECT_TRUE(board.card().mounted());
+}
+
+} // namespace
+} // namespace tavrelin

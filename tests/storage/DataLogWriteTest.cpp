@@ -1,0 +1,180 @@
+#include "storage/DataLog.h"
+#include "tests/storage/CardEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fstream>
+
+namespace tavrelin {
+namespace {
+
+using sim::Scenario;
+using sim::SimulatedBoard;
+using sim::Texts;
+using std::string_literals::operator""s;
+
+const std::string kLog = "/mnt/sd-card/2026-03-07_logfile.csv";
+const std::string kFile = "2026-03-07_logfile.csv";
+
+void LogBatch(const Texts& records) {
+    DataLog log(kLog);
+    EXPECT_TRUE(log.open());
+    for (const std::string& record : records) {
+        EXPECT_TRUE(log.write(record));
+    }
+    log.close();
+    EXPECT_FALSE(log.failed());
+}
+
+TEST(Log, BeginsWithTheFirstRecordAndHasNoHeader) {
+    const SimulatedBoard board;
+    LogBatch({"2026-03-07 09:41.10,,,0.107906,185.04,20,3e+06,2.34e+06\n"});
+    EXPECT_EQ(board.fileOnCard(kFile), "2026-03-07 09:41.10,,,0.107906,185.04,20,3e+06,2.34e+06\n");
+}
+
+TEST(Log, IsAppendedToAndNeverCut) {
+    SimulatedBoard board;
+    board.writeFileOnCard(kFile, "of yesterday's card\n");
+    LogBatch({"first\n", "second\n"});
+    LogBatch({"third\n"});
+    LogBatch({});
+    EXPECT_EQ(board.fileOnCard(kFile), "of yesterday's card\nfirst\nsecond\nthird\n");
+}
+
+TEST(Log, HoldsTheBytesOfEachRecordUnchanged) {
+    const SimulatedBoard board;
+    const std::string bytes = "\0\xFF\r\n\"quoted\", comma;\xEF\xBB\xBF\x1A"s;
+    LogBatch({bytes, "", "no newline", std::string(20000, 'x') + "\n"});
+    EXPECT_EQ(board.fileOnCard(kFile), bytes + "no newline" + std::string(20000, 'x') + "\n");
+}
+
+TEST(Log, GetsARecordInOnePiece) {
+    const SimulatedBoard board(WithMountedCard());
+    LogBatch({"a result record\n"});
+    EXPECT_EQ(board.events().at(board.events().size() - 2),
+              "write " + kLog + " \"a result record\\n\"");
+    EXPECT_EQ(board.events().back(), "close " + kLog + " ok");
+}
+
+TEST(Log, GetsTheRestOfARecordThatTheKernelTookInPart) {
+    SimulatedBoard board;
+    board.cutShort("write", kLog, 3);
+    LogBatch({"first\n", "second\n"});
+    EXPECT_EQ(board.fileOnCard(kFile), "first\nsecond\n");
+}
+
+TEST(Log, OfTwoWritersIsInTheOrderInWhichTheyClose) {
+    const SimulatedBoard board;
+    DataLog samples(kLog);
+    DataLog results(kLog);
+    EXPECT_TRUE(samples.open());
+    EXPECT_TRUE(results.open());
+    EXPECT_TRUE(samples.write("sample 1\n"));
+    EXPECT_TRUE(results.write("result\n"));
+    EXPECT_TRUE(samples.write("sample 2\n"));
+    results.close();
+    samples.close();
+    EXPECT_EQ(board.fileOnCard(kFile), "result\nsample 1\nsample 2\n");
+}
+
+TEST(Log, IsClosedWithItsRecordsAtTheEndOfTheObject) {
+    SimulatedBoard board;
+    {
+        DataLog log(kLog);
+        EXPECT_TRUE(log.open());
+        EXPECT_TRUE(log.write("first\n"));
+    }
+    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(board.kernel().held(), 0U);
+}
+
+TEST(Log, ThatIsNotOpenClosesInSilence) {
+    const SimulatedBoard board;
+    DataLog log(kLog);
+    log.close();
+    EXPECT_FALSE(log.failed());
+    EXPECT_EQ(board.events(), Texts{});
+}
+
+TEST(WritingARecord, LooksForTheCardAndItsMountEachTime) {
+    SimulatedBoard board(WithMountedCard());
+    DataLog log(kLog);
+    EXPECT_TRUE(log.open());
+    for (int record = 0; record < 2; ++record) {
+        board.forget();
+        EXPECT_TRUE(log.write("record\n"));
+        EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
+    }
+}
+
+TEST(WritingARecord, ToALogThatIsNotOpenFails) {
+    SimulatedBoard board(WithMountedCard());
+    DataLog log(kLog);
+    EXPECT_FALSE(log.write("lost\n"));
+    EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
+    EXPECT_EQ(board.fileOnCard(kFile), "");
+}
+
+TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
+    Scenario scenario;
+    scenario.cardPresent = false;
+    SimulatedBoard board(scenario);
+    DataLog log(kLog);
+    EXPECT_FALSE(log.open());
+    board.insertCard();
+    board.forget();
+    EXPECT_TRUE(log.write("first\n"));
+    const Texts mounting = {kCardThere[0], kCardThere[1], kNotListed[0]};
+    EXPECT_EQ(board.events(), InOrder({mounting,
+                                       mounting,
+                                       kMountPointThere,
+                                       kMounted,
+                                       {"stat " + kLog + " ENOENT", "stat " + kLog + " ENOENT"},
+                                       kCardThere,
+                                       kListed,
+                                       {"open " + kLog + " ok"}}));
+    log.close();
+    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+}
+
+TEST(WritingARecord, FailsOnceTheCardCannotBeMounted) {
+    Scenario scenario;
+    scenario.cardPartitioned = false;
+    SimulatedBoard board(scenario);
+    DataLog log(kLog);
+    EXPECT_FALSE(log.open());
+    EXPECT_FALSE(log.write("lost\n"));
+    EXPECT_EQ(board.calls("mount"), 2U);
+    board.card().partitioned = true;
+    EXPECT_TRUE(log.write("first\n"));
+    log.close();
+    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+}
+
+TEST(WritingARecord, FailsWhenTheLogCannotBeOpenedAfterMounting) {
+    SimulatedBoard board;
+    board.failForever("open", kLog, EIO);
+    DataLog log(kLog);
+    EXPECT_FALSE(log.write("lost\n"));
+    EXPECT_TRUE(board.card().mounted());
+}
+
+// A file of the day's name that lies below the mount point hides the missing mount from open; the
+// write mounts the card, opens the open log once more, and that swallows the record.
+TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
+    SimulatedBoard board;
+    std::ofstream(board.kernel().mountPointFolder() + "/" + kFile) << "stray\n";
+    DataLog log(kLog);
+    EXPECT_TRUE(log.open());
+    EXPECT_FALSE(board.card().mounted());
+    EXPECT_TRUE(log.write("swallowed\n"));
+    EXPECT_TRUE(board.card().mounted());
+    EXPECT_TRUE(log.failed());
+    log.close();
+    EXPECT_EQ(board.fileBelowMountPoint(kFile), "stray\n");
+    EXPECT_EQ(board.fileOnCard(kFile), "");
+}
+
+} // namespace
+} // namespace tavrelin
