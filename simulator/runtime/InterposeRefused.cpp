@@ -119,6 +119,24 @@ int statvfs64(const char* path, struct statvfs64* result) noexcept {
     return SIM_REAL(statvfs64)(path, result);
 }
 
+#if __SIZEOF_POINTER__ == 8 // where the C++ library's filesystem part calls them by these names
+int openat(int folder, const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return openat64(folder, path, flags, mode);
+}
+
+int truncate(const char* path, off_t length) noexcept {
+    return truncate64(path, length);
+}
+
+int statvfs(const char* path, struct statvfs* result) noexcept {
+    return statvfs64(path, reinterpret_cast<struct statvfs64*>(result));
+}
+#endif
+
 int umount2(const char* target, int flags) noexcept {
     refuse("umount2", target);
     return SIM_REAL(umount2)(target, flags);
