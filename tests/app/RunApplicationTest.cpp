@@ -38,6 +38,8 @@ class MemoryForDevices {
     explicit MemoryForDevices(int devices) { devicesLeft = devices; }
     MemoryForDevices(const MemoryForDevices&) = delete;
     MemoryForDevices& operator=(const MemoryForDevices&) = delete;
+    MemoryForDevices(MemoryForDevices&&) = delete;
+    MemoryForDevices& operator=(MemoryForDevices&&) = delete;
     ~MemoryForDevices() { devicesLeft = -1; }
 };
 

@@ -1,0 +1,79 @@
+#include "tests/system/InstrumentRun.h"
+
+#include "tests/system/Command.h"
+#include "tests/system/TemporaryFolder.h"
+
+namespace tavrelin {
+
+namespace {
+
+// Seconds of real time after which a run that hangs is given up.
+constexpr const char* kPatience = "100";
+
+std::map<std::string, std::string> FilesIn(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    std::error_code ignored;
+    for (const auto& file : std::filesystem::directory_iterator(folder, ignored)) {
+        files[file.path().filename()] = TextOf(file.path());
+    }
+    return files;
+}
+
+std::string ScenarioFile(const Conditions& conditions, const TemporaryFolder& folder) {
+    if (!conditions.scenario.empty()) {
+        return std::string(TAVRELIN_SOURCE_DIR) + "/tests/system/scenarios/" + conditions.scenario +
+               ".toml";
+    }
+    const std::string file = folder.File("scenario.toml");
+    WriteText(file, conditions.board);
+    return file;
+}
+
+void AddLimit(std::vector<std::string>& command, const char* option, int limit) {
+    if (limit != 0) {
+        command.insert(command.end(), {option, std::to_string(limit)});
+    }
+}
+
+} // namespace
+
+std::string RunResult::Log(const std::string& date) const {
+    const auto found = card.find(date + "_logfile.csv");
+    return found == card.end() ? std::string() : found->second;
+}
+
+RunResult RunInstrument(const Conditions& conditions) {
+    const TemporaryFolder folder;
+    const std::string root = folder.File("root");
+    const std::string events = folder.File("events");
+    const std::string binaries = TAVRELIN_BIN_DIR;
+    std::vector<std::string> command = {binaries + "/simulate",
+                                        "--scenario",
+                                        ScenarioFile(conditions, folder),
+                                        "--seed",
+                                        std::to_string(conditions.seed),
+                                        "--start",
+                                        conditions.start,
+                                        "--io-cost",
+                                        conditions.ioCost,
+                                        "--root",
+                                        root,
+                                        "--events",
+                                        events,
+                                        "--real-time",
+                                        kPatience};
+    AddLimit(command, "--measurements", conditions.measurements);
+    AddLimit(command, "--steps", conditions.steps);
+    AddLimit(command, "--board-time", conditions.boardTime);
+    command.insert(command.end(), {"--", binaries + "/tavrelin"});
+    command.insert(command.end(), conditions.arguments.begin(), conditions.arguments.end());
+    const CommandResult result = RunCommand(command);
+    return {.status = result.status,
+            .console = result.output,
+            .errors = result.error,
+            .events = TextOf(events),
+            .card = FilesIn(root + "/card"),
+            .mountPoint = FilesIn(root + "/rootfs/mnt/sd-card")};
+}
+
+} // namespace tavrelin

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tavrelin {
+
+/// What a run of the shipping program on the simulated board is like. A run ends with the program
+/// or at the first limit; 0 is no limit.
+struct Conditions {
+    std::string scenario = {}; ///< a file in scenarios/, without its ending
+    std::string board = {};    ///< or the scenario's text; neither: the board as it should be
+    std::vector<std::string> arguments = {};
+    int measurements = 0;
+    int steps = 0;
+    int boardTime = 0; ///< seconds
+    std::uint64_t seed = 1;
+    std::string start = "2026-03-07 09:00:00"; ///< of the clock, in UTC
+    std::string ioCost = "none";
+};
+
+/// Exit statuses of `simulate`; see its help.
+inline constexpr int kEndedAsAsked = 0;
+inline constexpr int kDeadlock = 11;
+
+struct RunResult {
+    int status = 0;                                ///< of `simulate`
+    std::string console;                           ///< standard output
+    std::string errors;                            ///< standard error
+    std::string events;                            ///< what happened on the board
+    std::map<std::string, std::string> card;       ///< the card's files by their names
+    std::map<std::string, std::string> mountPoint; ///< those that lie below the card's place
+
+    /// The log of a day; empty when there is none.
+    [[nodiscard]] std::string Log(const std::string& date = "2026-03-07") const;
+
+    bool operator==(const RunResult&) const = default;
+};
+
+RunResult RunInstrument(const Conditions& conditions);
+
+} // namespace tavrelin

@@ -1,0 +1,136 @@
+#include "tests/system/InstrumentRun.h"
+#include "tests/system/LogFile.h"
+#include "tests/system/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrelin {
+namespace {
+
+TEST(NoBoard, PrimesInVainSkipsTheSearchAndGoesOnToCycle) {
+    const RunResult run = RunInstrument({.scenario = "no-board", .boardTime = 60});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_EQ(run.console, "StepperDriverBase: Setting up enable GPIO pin failed\n"
+                           "StepperDriverBase: Setting up direction GPIO pin failed\n"
+                           "Setting current limit GPIO pin(s) to outputs failed\n"
+                           "TAVRELIN,2026-03-07 09:00.00,-0.000,0,0.1.4.47\n"
+                           ",Priming\n"
+                           "MeasurementCycle.cpp, 150, success: 1\n"
+                           "ValvePWM::ValveOn: valve did not successfully turn on\n"
+                           "MeasurementCycle.cpp, 152, success: 0\n"
+                           "StepperDriverMotor::MoveAngle failed!\n"
+                           "not locked yet\n"
+                           "ValvePWM::ValveOff: error turning valve off\n"
+                           "MeasurementCycle.cpp, 158, success: 0\n"
+                           "TAVRELIN,2026-03-07 09:00.00,0.000,0,0.1.4.47\n"
+                           ",Verify Flag (Home Poisition)\n"
+                           "main.cpp, 889: 1, 0\n"
+                           "MeasurementCycle.cpp, 451, Elements: 2\n"
+                           "not locked yet\n"
+                           "ValvePWM::ValveOff: error turning valve off\n"
+                           "MeasurementCycle.cpp, 1096, success: 0\n");
+    EXPECT_EQ(run.errors, "could not open SPI device"
+                          "wrong pwm channel"
+                          "unable to lock a gpio"
+                          "not locked yet\n"
+                          "unable to lock a gpio"
+                          "not locked yet\n"
+                          "unable to lock a gpio"
+                          "unable to lock a gpio"
+                          "unable to lock a gpio"
+                          "not locked yet\n"
+                          "wrong pwm channel"
+                          "not locked yet\n"
+                          "unable to set pwm frequency"
+                          "not locked yet\n");
+}
+
+// Without a card the first step's samples cannot be logged, and the step waits for one.
+TEST(NoBoard, SamplesOnUntilSomebodyStopsIt) {
+    const RunResult run = RunInstrument({.scenario = "no-board", .boardTime = 60});
+    EXPECT_EQ(LinesWith(run.events, " sleep - 250000 us").size(), 240U);
+    EXPECT_TRUE(run.card.empty());
+    EXPECT_TRUE(run.mountPoint.empty());
+}
+
+TEST(NoDevices, RunsWholeMeasurementsOfNothing) {
+    const RunResult run = RunInstrument({.scenario = "no-devices", .measurements = 2});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 34U);
+    // A converter that is not there reads as zeros, which stand for its lowest reading.
+    const std::vector<std::string> results = ResultLines(run.Log());
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_TRUE(EndsWith(results[0], ",,,-1,-1714.82,-1.67772e+07,-1.67772e+07,-1.67772e+07"));
+    EXPECT_TRUE(Contains(run.console, ",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
+}
+
+TEST(FailedPriming, LeavesOutTheSearchAndCyclesAtOnce) {
+    const RunResult run = RunInstrument({.scenario = "pump-refuses-priming", .steps = 1});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_EQ(run.console, "TAVRELIN,2026-03-07 09:00.00,-0.000,0,0.1.4.47\n"
+                           ",Priming\n"
+                           "MeasurementCycle.cpp, 150, success: 1\n"
+                           "MeasurementCycle.cpp, 152, success: 1\n"
+                           "Stepper Driver: PWM enable or chip enable failed\n"
+                           "StepperDriverMotor::MoveAngle failed!\n"
+                           "MeasurementCycle.cpp, 158, success: 1\n"
+                           "TAVRELIN,2026-03-07 09:00.00,0.000,0,0.1.4.47\n"
+                           ",Verify Flag (Home Poisition)\n"
+                           "main.cpp, 889: 1, 0\n"
+                           "MeasurementCycle.cpp, 451, Elements: 2\n"
+                           "MeasurementCycle.cpp, 1096, success: 1\n");
+    EXPECT_EQ(run.errors, "unable to reset pwm duty cycle");
+    EXPECT_FALSE(Contains(run.events, "pioB18"));
+}
+
+// The failed move left the motor locked, and so it stays: the reagent addition waits for it.
+TEST(FailedPriming, BlocksThePumpForGoodWhenItHadLockedTheMotor) {
+    const RunResult run = RunInstrument({.scenario = "pump-refuses-priming", .measurements = 1});
+    EXPECT_EQ(run.status, kDeadlock);
+    EXPECT_TRUE(Contains(run.errors, "waits for a mutex that is held"));
+    EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 11U);
+}
+
+TEST(FailedPriming, LetsMeasurementsRunWithoutReagent) {
+    const RunResult run = RunInstrument({.scenario = "no-pump-direction", .measurements = 1});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_TRUE(Contains(run.console, "StepperDriverMotor::MoveAngle failed!\n"));
+    EXPECT_FALSE(Contains(run.console, "!!!Error"));
+    EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 17U);
+    ASSERT_EQ(ResultLines(run.Log()).size(), 1U);
+    EXPECT_TRUE(EndsWith(ResultLines(run.Log())[0], ",,,0,0,20000,3e+06,3e+06"));
+}
+
+const std::string kPrimed = "MeasurementCycle.cpp, 150, success: 1\n"
+                            "MeasurementCycle.cpp, 152, success: 1\n"
+                            "MeasurementCycle.cpp, 158, success: 1\n";
+
+// Two seconds of priming, then two more until the search gives up.
+TEST(FailedSearch, EndsWithOneErrorLineAndStatusZero) {
+    const RunResult run = RunInstrument({.scenario = "flag-never-seen"});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_EQ(run.console, "TAVRELIN,2026-03-07 09:00.00,-0.000,0,0.1.4.47\n,Priming\n" + kPrimed +
+                               "TAVRELIN,2026-03-07 09:00.04,-0.000,0,0.1.4.47\n"
+                               ",!!!Error: Motor Find Start!!!\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST(FailedSearch, ComesAtOnceWhenThePumpStandsOnTheFlag) {
+    const RunResult run = RunInstrument({.scenario = "pump-on-flag"});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_TRUE(EndsWith(run.console, "TAVRELIN,2026-03-07 09:00.02,-0.000,0,0.1.4.47\n"
+                                      ",!!!Error: Motor Find Start!!!\n"));
+}
+
+// The process ends without releasing the devices; only the search gave its line back.
+TEST(FailedSearch, LeavesTheDevicesAsTheyAre) {
+    const RunResult run = RunInstrument({.scenario = "flag-never-seen"});
+    const std::vector<std::string> released = LinesWith(run.events, "/unexport ");
+    ASSERT_EQ(released.size(), 1U);
+    EXPECT_TRUE(EndsWith(released[0], "write /sys/class/gpio/unexport \"50\""));
+    EXPECT_TRUE(Contains(run.events, "/pwm1/enable \"0\""));
+    EXPECT_FALSE(Contains(run.events, "/pwm0/enable \"0\""));
+}
+
+} // namespace
+} // namespace tavrelin

@@ -1,0 +1,141 @@
+// A call that the simulated board forgets would reach the machine's own devices in silence. So each
+// name of the C library that the program or the C++ library under it may call is one that the board
+// answers, or stands in a list of those that cannot do harm.
+
+#include "tests/system/Command.h"
+#include "tests/system/TemporaryFolder.h"
+#include "tests/system/Text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <link.h>
+#include <set>
+
+namespace tavrelin {
+namespace {
+
+using Names = std::set<std::string>;
+
+const std::string kProgram = std::string(TAVRELIN_BIN_DIR) + "/tavrelin";
+const std::string kSimulatedBoard = std::string(TAVRELIN_BIN_DIR) + "/../lib/libsimulated-board.so";
+
+// The file of a library that this process runs with, as the program does.
+std::string PathOf(const std::string& library) {
+    struct Search {
+        const std::string& library;
+        std::string path;
+    } search{library, ""};
+    ::dl_iterate_phdr(
+        [](dl_phdr_info* info, std::size_t /*size*/, void* data) {
+            auto* looking = static_cast<Search*>(data);
+            if (Contains(info->dlpi_name, "/" + looking->library + ".so")) {
+                looking->path = info->dlpi_name;
+            }
+            return 0;
+        },
+        &search);
+    return search.path;
+}
+
+// Symbols as nm lists them, without their versions.
+Names Symbols(const std::string& file, const char* which) {
+    Names names;
+    for (const std::string& line :
+         LinesOf(RunCommand({"nm", "-D", "--no-demangle", which, file}).output)) {
+        const std::string name = line.substr(line.rfind(' ') + 1);
+        names.insert(name.substr(0, name.find('@')));
+    }
+    return names;
+}
+
+Names CalledBy(const std::string& file) {
+    return Symbols(file, "--undefined-only");
+}
+
+Names DefinedBy(const std::string& file) {
+    return Symbols(file, "--defined-only");
+}
+
+Names Together(Names names, const Names& others) {
+    names.insert(others.begin(), others.end());
+    return names;
+}
+
+// Groups of names, each under comment lines and apart from the next by an empty line.
+std::vector<std::vector<std::string>> HarmlessGroups() {
+    std::vector<std::vector<std::string>> groups(1);
+    for (const std::string& line :
+         LinesOf(TextOf(std::string(TAVRELIN_SOURCE_DIR) + "/tests/system/harmless-symbols.txt"))) {
+        if (line.empty()) {
+            groups.emplace_back();
+        } else if (line.front() != '#') {
+            groups.back().push_back(line);
+        }
+    }
+    return groups;
+}
+
+Names HarmlessNames() {
+    Names names;
+    for (const auto& group : HarmlessGroups()) {
+        names.insert(group.begin(), group.end());
+    }
+    return names;
+}
+
+// Those of the C library's names that are called and that the board does not answer.
+Names PassedThrough() {
+    const Names called = Together(CalledBy(kProgram), CalledBy(PathOf("libstdc++")));
+    const Names library = Together(DefinedBy(PathOf("libc")), DefinedBy(PathOf("libm")));
+    const Names answered = DefinedBy(kSimulatedBoard);
+    Names passed;
+    for (const std::string& name : called) {
+        if (library.contains(name) && !answered.contains(name)) {
+            passed.insert(name);
+        }
+    }
+    return passed;
+}
+
+TEST(Symbols, AreReadFromTheFilesThatCount) {
+    EXPECT_THAT(CalledBy(kProgram), testing::Contains("pthread_create"));
+    EXPECT_THAT(CalledBy(PathOf("libstdc++")), testing::Contains("fopen64"));
+    EXPECT_THAT(DefinedBy(PathOf("libc")), testing::Contains("open64"));
+    EXPECT_THAT(DefinedBy(PathOf("libm")), testing::Contains("log10"));
+    EXPECT_THAT(DefinedBy(kSimulatedBoard), testing::Contains("open64"));
+}
+
+TEST(Symbols, AreAnsweredByTheBoardOrHarmless) {
+    const Names harmless = HarmlessNames();
+    for (const std::string& name : PassedThrough()) {
+        EXPECT_TRUE(harmless.contains(name))
+            << name << " is called, and libsimulated-board.so does not answer it";
+    }
+}
+
+TEST(HarmlessSymbols, AreNotAnsweredByTheBoard) {
+    const Names answered = DefinedBy(kSimulatedBoard);
+    for (const std::string& name : HarmlessNames()) {
+        EXPECT_FALSE(answered.contains(name)) << name;
+    }
+}
+
+TEST(HarmlessSymbols, StandSortedInTheirGroupsAndOnce) {
+    std::size_t count = 0;
+    for (const auto& group : HarmlessGroups()) {
+        EXPECT_TRUE(std::is_sorted(group.begin(), group.end())) << group.front();
+        count += group.size();
+    }
+    EXPECT_EQ(HarmlessNames().size(), count);
+}
+
+TEST(HarmlessSymbols, IncludeThoseOfFilesystemBecauseTheProgramDoesNotUseIt) {
+    for (const std::string& name : CalledBy(kProgram)) {
+        EXPECT_FALSE(Contains(name, "10filesystem")) << name;
+    }
+}
+
+} // namespace
+} // namespace tavrelin
