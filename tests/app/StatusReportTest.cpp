@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
@@ -37,6 +38,10 @@ struct ValueText {
     float value;
     const char* text;
 };
+
+void PrintTo(const ValueText& value, std::ostream* out) {
+    *out << '"' << value.text << '"';
+}
 
 class StatusValue : public StatusReport, public ::testing::WithParamInterface<ValueText> {};
 

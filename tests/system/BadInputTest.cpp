@@ -78,7 +78,7 @@ RunResult RunWithAttribute(const std::string& path, const std::string& text) {
 // An attribute is a page of text at most.
 const std::string kPage(4000, ' ');
 
-class AttributeText : public ::testing::TestWithParam<const char*> {};
+class AttributeText : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(AttributeText, OfAnyKindIsBorne) {
     const std::array<std::string, 6> texts = {

@@ -3,28 +3,47 @@
 #include "tests/system/Text.h"
 
 #include <cstdlib>
-#include <regex>
+#include <regex.h>
 
 namespace tavrelin {
 
 namespace {
 
-const std::regex& SampleRecord() {
-    static const std::regex record(
-        R"(\d{4}-\d\d-\d\d \d\d:\d{1,2}:\d{1,2},(?=.{8,9},) *-?\d+,[A-Z][^,]+,,)",
-        std::regex::optimize);
-    return record;
-}
+// A pattern that a line must match as a whole.
+class LinePattern {
+  public:
+    explicit LinePattern(const std::string& pattern) : compiled_() {
+        const std::string whole = "^" + pattern + "$";
+        if (::regcomp(&compiled_, whole.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
+            std::abort();
+        }
+    }
+    LinePattern(const LinePattern&) = delete;
+    LinePattern& operator=(const LinePattern&) = delete;
+    LinePattern(LinePattern&&) = delete;
+    LinePattern& operator=(LinePattern&&) = delete;
+    ~LinePattern() { ::regfree(&compiled_); }
 
-const std::regex& ResultRecord() {
-    static const std::regex record(
-        R"(\d{4}-\d\d-\d\d \d\d:\d\d\.\d\d,,(,(nan|-?inf|-?\d[0-9.]*(e[+-]\d\d)?)){5})",
-        std::regex::optimize);
-    return record;
+    [[nodiscard]] bool Matches(const std::string& line) const {
+        return ::regexec(&compiled_, line.c_str(), 0, nullptr, 0) == 0;
+    }
+
+  private:
+    regex_t compiled_;
+};
+
+const std::string kDate = "[0-9]{4}-[0-9]{2}-[0-9]{2}";
+const std::string kFigure = "(nan|-?inf|-?[0-9][0-9.]*(e[+-][0-9]{2})?)";
+
+bool IsSample(const std::string& line) {
+    static const LinePattern sample(
+        kDate + " [0-9]{2}:[0-9]{1,2}:[0-9]{1,2}, {0,7}-?[0-9]{1,8},[A-Z][^,]+,,");
+    return sample.Matches(line) && Split(line, ',')[1].size() >= 8;
 }
 
 bool IsResult(const std::string& line) {
-    return std::regex_match(line, ResultRecord());
+    static const LinePattern result(kDate + " [0-9]{2}:[0-9]{2}\\.[0-9]{2},,(," + kFigure + "){5}");
+    return result.Matches(line);
 }
 
 } // namespace
@@ -32,7 +51,7 @@ bool IsResult(const std::string& line) {
 std::vector<std::string> TornLines(const std::string& log) {
     std::vector<std::string> torn;
     for (const std::string& line : LinesOf(log)) {
-        if (!std::regex_match(line, SampleRecord()) && !IsResult(line)) {
+        if (!IsSample(line) && !IsResult(line)) {
             torn.push_back(line);
         }
     }
@@ -71,7 +90,7 @@ std::vector<LoggedResult> ResultsIn(const std::string& log) {
 std::vector<long> ReadingsIn(const std::string& log) {
     std::vector<long> readings;
     for (const std::string& line : LinesOf(log)) {
-        if (!IsResult(line)) {
+        if (IsSample(line)) {
             readings.push_back(std::strtol(Split(line, ',').at(1).c_str(), nullptr, 10));
         }
     }
