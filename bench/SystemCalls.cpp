@@ -10,6 +10,7 @@
 #include "simulator/testing/SimulatedBoard.h"
 #include "storage/DataLog.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <iomanip>
@@ -119,9 +120,9 @@ void CountChannel(Bench& bench) {
 
 void CountConverter(Bench& bench) {
     const SpiDevice device;
-    std::uint16_t words[2] = {0xA080, 0};
-    bench.Count("SPI write", [&] { static_cast<void>(device.Write(words, 2)); });
-    bench.Count("SPI read", [&] { static_cast<void>(device.Read(words, 4)); });
+    std::array<std::uint16_t, 2> words = {0xA080, 0};
+    bench.Count("SPI write", [&] { static_cast<void>(device.Write(words.data(), 2)); });
+    bench.Count("SPI read", [&] { static_cast<void>(device.Read(words.data(), 4)); });
 }
 
 void CountLog(Bench& bench) {
