@@ -14,18 +14,22 @@ target_compile_options(tavrelin_warnings INTERFACE
 target_include_directories(tavrelin_warnings INTERFACE ${CMAKE_SOURCE_DIR})
 
 # What product and tests share: 64-bit file offsets and times (the board is 32-bit, the register page lies
-# above 2 GiB and the instrument outlives January 2038), and the sanitizers. The simulated board takes
-# neither: it defines both kinds of every C library symbol, and instruments nobody but the program under it.
+# above 2 GiB and the instrument outlives January 2038). The simulated board does without: it defines both
+# kinds of every C library symbol.
 add_library(tavrelin_options INTERFACE)
 target_compile_definitions(tavrelin_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_link_libraries(tavrelin_options INTERFACE tavrelin_warnings)
+
+# Sanitizers and coverage watch the product. Tests and simulated board are only linked with their libraries,
+# so that their objects are the same under every preset.
+add_library(tavrelin_instrumented INTERFACE)
 if(TAVRELIN_SANITIZE)
-  target_compile_options(tavrelin_options INTERFACE
+  target_compile_options(tavrelin_instrumented INTERFACE
     -fsanitize=${TAVRELIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tavrelin_options INTERFACE -fsanitize=${TAVRELIN_SANITIZE})
 endif()
 if(TAVRELIN_COVERAGE)
-  target_compile_options(tavrelin_options INTERFACE --coverage)
+  target_compile_options(tavrelin_instrumented INTERFACE --coverage)
   target_link_options(tavrelin_options INTERFACE --coverage)
 endif()
 
@@ -34,5 +38,6 @@ endif()
 function(tavrelin_layer name)
   cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(tavrelin_${name} STATIC ${LAYER_SOURCES})
-  target_link_libraries(tavrelin_${name} PUBLIC tavrelin_options ${LAYER_DEPENDS})
+  target_link_libraries(tavrelin_${name} PUBLIC tavrelin_options ${LAYER_DEPENDS}
+    PRIVATE tavrelin_instrumented)
 endfunction()
