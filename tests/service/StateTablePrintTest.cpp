@@ -1,0 +1,36 @@
+#include "app/Diagnostics.h"
+
+#include "simulator/testing/SimulatedBoard.h"
+#include "tests/devices/CapturedConsole.h"
+#include "tests/service/GoldenText.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrelin {
+namespace {
+
+std::string Printout() {
+    CapturedConsole console;
+    PrintStateTable();
+    EXPECT_EQ(console.error(), "");
+    return console.output();
+}
+
+TEST(StateTablePrintout, ShowsEveryStepTwice) {
+    EXPECT_TRUE(MatchesGoldenText(Printout(), "state-table.txt"));
+}
+
+// It walks through a table of its own.
+TEST(StateTablePrintout, BeginsAtTheFirstStepEveryTime) {
+    const std::string first = Printout();
+    EXPECT_EQ(Printout(), first);
+}
+
+TEST(StateTablePrintout, TouchesNothing) {
+    const sim::SimulatedBoard board;
+    Printout();
+    EXPECT_EQ(board.events(), sim::Texts{});
+}
+
+} // namespace
+} // namespace tavrelin
