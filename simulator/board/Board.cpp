@@ -58,6 +58,12 @@ Nanoseconds Board::nextEvent() const {
     return std::min(planned, shaft.nextFlagChange(now_));
 }
 
+void Board::settle() {
+    if (!agenda_.empty() && agenda_.begin()->first <= now_) {
+        advanceTo(now_);
+    }
+}
+
 void Board::advanceTo(Nanoseconds moment) {
     for (Nanoseconds next = nextEvent(); next <= moment; next = nextEvent()) {
         now_ = std::max(now_, next);

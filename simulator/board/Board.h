@@ -34,6 +34,8 @@ class Board {
     /// Lets time pass, with all that happens on the way in its order; a moment in the past changes
     /// nothing.
     void advanceTo(Nanoseconds moment);
+    /// Has happen what is due at this very moment.
+    void settle();
     /// When something next happens by itself.
     Nanoseconds nextEvent() const;
     /// Has something happen at a moment of board time.

@@ -82,6 +82,7 @@ long Kernel::enter(std::string_view call, std::string_view path) {
         counted = counts_.emplace(std::string(call), 0).first;
     }
     ++counted->second;
+    board_.settle();
     if (costs_) {
         timeline_.work(callCost(call));
     }

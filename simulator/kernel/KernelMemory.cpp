@@ -63,6 +63,10 @@ long Kernel::poll(pollfd* descriptors, std::size_t count, int timeout) {
     if (const long error = enter("poll", file->path()); error != 0) {
         return error;
     }
+    if (cut_) {
+        descriptors[0].revents = POLLERR;
+        return 1;
+    }
     const long ready = waitForEdge(descriptors[0], *attribute->line(), timeout);
     events_.add("poll", file->path(),
                 "for " + std::to_string(timeout) + " ms: " + (ready > 0 ? "edge" : "time-out"));

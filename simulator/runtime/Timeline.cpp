@@ -60,6 +60,7 @@ void Timeline::pollsLine(unsigned line) {
 }
 
 void Timeline::pause(unsigned before, const std::string& reason) {
+    board_.settle(); // else what is due now would end every pause before it begins
     const Nanoseconds span = std::min(firstPause << std::min(before, 6U), longestPause);
     const Nanoseconds until = std::min(now() + span, std::max(board_.nextEvent(), now()));
     if (until > now()) {

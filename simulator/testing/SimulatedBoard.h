@@ -60,7 +60,8 @@ class SimulatedBoard {
               std::uint64_t occurrence = 1);
     void failForever(const std::string& call, const std::string& path, int error,
                      std::uint64_t occurrence = 1);
-    /// The occurrence-th read or write on this path moves only so many bytes.
+    /// The occurrence-th read or write on this path moves only so many bytes; a poll comes back at
+    /// once and tells of an error, of no edge.
     void cutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
                   std::uint64_t occurrence = 1);
     void stopFailing() { simulation_.faults.clear(); }

@@ -74,6 +74,14 @@ TEST_F(GpioEdge, DoesNotCountWhenItCameBeforeTheWait) {
     EXPECT_EQ(board.now(), milliseconds(50));
 }
 
+TEST_F(GpioEdge, DoesNotCountWhenItWasDueBeforeTheWait) {
+    board.elapse(milliseconds(20));
+    LevelAt(milliseconds(10), true);
+    EXPECT_EQ(pin.WaitForEdge(50), kLevelTimeOut);
+    EXPECT_EQ(board.now(), milliseconds(70));
+    EXPECT_EQ(pin.Read(), kLevelHigh);
+}
+
 TEST_F(GpioEdge, IsClearedBeforeTheWaitAndReadAfterIt) {
     board.forget();
     LevelAt(milliseconds(30), true);
@@ -123,6 +131,14 @@ TEST_F(GpioEdge, IsAnErrorWhenNoLevelComesAfterIt) {
     board.cutShort("read", kValue, 0, 2);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
     EXPECT_EQ(board.kernel().held(), 2U);
+    EXPECT_EQ(console.output() + console.error(), "");
+}
+
+TEST_F(GpioEdge, IsAnErrorWhenTheWaitTellsOfNoEdge) {
+    board.cutShort("poll", kValue, 0);
+    EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
+    EXPECT_EQ(board.calls("read"), 1U);
+    EXPECT_EQ(board.kernel().held(), 1U);
     EXPECT_EQ(console.output() + console.error(), "");
 }
 

@@ -54,5 +54,14 @@ TEST(PollingALine, ComesToItsTimeLimitWhenTheValueReadsOtherwise) {
     }
 }
 
+TEST(PollingALine, SeesWhatHappensAtTheVeryStart) {
+    sim::Scenario scenario;
+    scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::setInput, .value = 1, .line = 39}};
+    SimulatedBoard board(scenario);
+    GpioPin pin(1, 7);
+    EXPECT_EQ(pin.Read(), kLevelHigh);
+    EXPECT_EQ(board.now(), 0);
+}
+
 } // namespace
 } // namespace tavrelin
