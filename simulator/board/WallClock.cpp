@@ -23,7 +23,8 @@ std::optional<std::int64_t> WallClock::parse(std::string_view text) {
         return std::nullopt;
     }
     const auto days = std::chrono::sys_days{date}.time_since_epoch().count();
-    return static_cast<std::int64_t>(days) * 86'400 + hour * 3'600 + minute * 60 + second;
+    return static_cast<std::int64_t>(days) * 86'400 + std::int64_t{hour} * 3'600 +
+           std::int64_t{minute} * 60 + second;
 }
 
 } // namespace sim

@@ -16,6 +16,8 @@ class CardFile : public OpenFile {
     CardFile(std::string path, std::string hostPath, bool onCard, CardSlot& card, EventLog& events)
         : OpenFile(std::move(path)), hostPath_(std::move(hostPath)), onCard_(onCard), card_(card),
           events_(events) {}
+    CardFile(const CardFile&) = delete;
+    CardFile& operator=(const CardFile&) = delete;
     ~CardFile() override;
 
     /// Opens the file on this machine; 0 or a negated errno.

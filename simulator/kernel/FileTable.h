@@ -2,6 +2,7 @@
 
 #include "simulator/kernel/OpenFile.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -23,17 +24,10 @@ class FileTable {
 
     template <typename Predicate>
     bool any(Predicate predicate) const {
-        for (const auto& file : files_) {
-            if (file && predicate(*file)) {
-                return true;
-            }
-        }
-        for (const auto& [descriptor, file] : streams_) {
-            if (predicate(*file)) {
-                return true;
-            }
-        }
-        return false;
+        return std::ranges::any_of(files_,
+                                   [&](const auto& file) { return file && predicate(*file); }) ||
+               std::ranges::any_of(streams_,
+                                   [&](const auto& entry) { return predicate(*entry.second); });
     }
 
   private:

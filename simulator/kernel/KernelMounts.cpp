@@ -175,12 +175,12 @@ std::string Kernel::mountTableText() const {
 }
 
 std::string Kernel::writeTools() const {
-    const std::string folder = root_ + "/bin";
+    std::string folder = root_ + "/bin";
     const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + mountTableText() + "TABLE\n";
     real::mkdir(folder.c_str(), 0755);
     const int file = real::open((folder + "/mount").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0755);
     if (file >= 0) {
-        static_cast<void>(!real::write(file, script.data(), script.size()));
+        static_cast<void>(real::write(file, script.data(), script.size()) == 0);
         real::close(file);
     }
     return folder;

@@ -45,14 +45,16 @@ void stayOnThisProcessor() {
     for (const auto& [name, value] : command.environment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
+    std::vector<std::string> texts = command.arguments;
     std::vector<char*> arguments;
-    for (const std::string& argument : command.arguments) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
     }
     arguments.push_back(nullptr);
     execv(command.path.c_str(), arguments.data());
     const int error = errno;
-    static_cast<void>(!write(failurePipe, &error, sizeof error));
+    static_cast<void>(write(failurePipe, &error, sizeof error) == 0);
     _exit(127);
 }
 

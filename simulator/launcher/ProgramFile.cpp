@@ -28,7 +28,7 @@ std::string lookUp(const std::string& name) {
     const char* path = std::getenv("PATH");
     std::stringstream folders(path != nullptr ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');) {
-        const std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
+        std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
         if (runnable(candidate)) {
             return candidate;
         }

@@ -88,7 +88,7 @@ sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& 
 class ProgressLine {
   public:
     explicit ProgressLine(bool wanted)
-        : shown_(wanted && isatty(STDERR_FILENO) && !isatty(STDOUT_FILENO)) {}
+        : shown_(wanted && isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0) {}
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
     ~ProgressLine() {

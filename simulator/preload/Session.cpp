@@ -70,7 +70,7 @@ class Session {
         }
     }
 
-    Footprint footprint() {
+    Footprint footprint() const {
         Footprint taken;
         taken.heapBytes = mallinfo2().uordblks;
         taken.residentBytes = processStatus("VmRSS:") * 1024;

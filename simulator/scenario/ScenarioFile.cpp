@@ -61,7 +61,7 @@ void readCardEvent(TomlTable& table, Scenario& scenario) {
     std::string action;
     table.read("do", action);
     if (action != "insert" && action != "remove") {
-        table.fail("do", "takes \"insert\" or \"remove\"");
+        table.fail("do", R"(takes "insert" or "remove")");
     }
     event.kind = action == "insert" ? WorldEvent::Kind::insertCard : WorldEvent::Kind::removeCard;
     scenario.events.push_back(event);
@@ -147,13 +147,13 @@ void readFault(TomlTable& table, Scenario& scenario) {
     if (table.has("errno") == table.has("bytes")) {
         table.fail("errno", "a fault has either an errno or bytes");
     } else if (table.has("errno") && !errnoNumber(error)) {
-        table.fail("errno", "unknown name \"" + error + "\"; takes one such as \"EACCES\"");
+        table.fail("errno", R"(unknown name ")" + error + R"("; takes one such as "EACCES")");
     }
     fault.error = errnoNumber(error).value_or(0);
     std::string repeat = "once";
     table.read("repeat", repeat);
     if (repeat != "once" && repeat != "forever") {
-        table.fail("repeat", "takes \"once\" or \"forever\"");
+        table.fail("repeat", R"(takes "once" or "forever")");
     }
     fault.forever = repeat == "forever";
     scenario.faults.push_back(fault);
@@ -163,7 +163,7 @@ void readThreads(TomlTable& table, Scenario& scenario) {
     std::string order = "arrival";
     table.read("order", order);
     if (order != "arrival" && order != "seeded") {
-        table.fail("order", "takes \"arrival\" or \"seeded\"");
+        table.fail("order", R"(takes "arrival" or "seeded")");
     }
     scenario.threadOrder = order == "seeded" ? ThreadOrder::seeded : ThreadOrder::arrival;
 }
