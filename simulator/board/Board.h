@@ -26,6 +26,7 @@ class Board {
     Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTime);
     Board(const Board&) = delete;
     Board& operator=(const Board&) = delete;
+    ~Board() = default;
 
     /// Called for everything that happens by itself: what, and the data that goes with it.
     std::function<void(const std::string& what, const std::string& data)> onEvent;

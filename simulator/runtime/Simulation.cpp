@@ -17,7 +17,7 @@ thread_local int depth = 0;
 Simulation::Simulation(const RunOptions& options)
     : faults(options.scenario.faults), board(options.scenario, options.seed, options.startTime),
       scheduler(options.scenario.threadOrder, options.seed ^ 0x5EEDULL),
-      timeline(board, events, scheduler, options.limits.boardTime, options.pace),
+      timeline(board, scheduler, options.limits.boardTime, options.pace),
       kernel(options, board, events, faults, timeline, scheduler),
       console(options.limits.steps, options.limits.measurements) {
     events.now = [this] { return board.now(); };

@@ -15,9 +15,8 @@ constexpr unsigned freeClockLooks = 1000;
 
 } // namespace
 
-Timeline::Timeline(Board& board, EventLog& events, Scheduler& scheduler, Nanoseconds limit,
-                   double pace)
-    : board_(board), events_(events), scheduler_(scheduler), limit_(limit), pace_(pace),
+Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace)
+    : board_(board), scheduler_(scheduler), limit_(limit), pace_(pace),
       realStart_(real::monotonicNanoseconds()) {
     scheduler_.advanceTo = [this](Nanoseconds moment) { advanceTo(moment); };
     scheduler_.now = [this] { return now(); };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "simulator/board/Board.h"
-#include "simulator/kernel/EventLog.h"
 #include "simulator/runtime/Scheduler.h"
 
 #include <functional>
@@ -12,7 +11,7 @@ namespace sim {
 /// Board time as the threads of the program spend it: sleeping, working, polling.
 class Timeline {
   public:
-    Timeline(Board& board, EventLog& events, Scheduler& scheduler, Nanoseconds limit, double pace);
+    Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace);
 
     /// Called once, when the limit in board time is reached.
     std::function<void()> onLimit;
@@ -40,7 +39,6 @@ class Timeline {
     void keepPace() const;
 
     Board& board_;
-    EventLog& events_;
     Scheduler& scheduler_;
     Nanoseconds limit_;
     double pace_;

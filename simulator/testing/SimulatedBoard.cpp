@@ -165,7 +165,7 @@ std::string SimulatedBoard::fileBelowMountPoint(const std::string& name) const {
     return contents(simulation_.kernel.mountPointFolder() + "/" + name);
 }
 
-void SimulatedBoard::writeFileOnCard(const std::string& name, const std::string& text) {
+void SimulatedBoard::writeFileOnCard(const std::string& name, const std::string& text) const {
     std::ofstream(simulation_.kernel.cardFolder() + "/" + name, std::ios::binary) << text;
 }
 

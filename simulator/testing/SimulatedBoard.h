@@ -78,7 +78,7 @@ class SimulatedBoard {
     /// belongs.
     std::string fileBelowMountPoint(const std::string& name) const;
     /// Puts a file on the card.
-    void writeFileOnCard(const std::string& name, const std::string& text);
+    void writeFileOnCard(const std::string& name, const std::string& text) const;
 
     /// Folder on this machine that holds the card's files and the mount point; goes with this
     /// object.
