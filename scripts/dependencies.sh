@@ -6,6 +6,7 @@ build_packages=(
     ninja-build
     libcli11-dev
     libtomlplusplus-dev
+    libasound2-dev
     libgtest-dev
     libgmock-dev
 )
@@ -13,6 +14,7 @@ check_packages=(
     "${build_packages[@]}"
     clang-format
     clang-tidy
+    ccache
 )
 
 missing_packages() {

@@ -1,0 +1,121 @@
+# Sourced by ./check: its stages. Each counts what passed and what failed; none ends the run. The
+# caller sets `top`, is in that folder, and sets `work`, a fresh folder for logs.
+
+passed=0
+failed=0
+export CCACHE_DIR=${CCACHE_DIR-$top/build/ccache} CCACHE_NOHASHDIR=1
+
+# verdict NAME STATUS LOG: a line for one check, with the end of its output when it failed.
+verdict() {
+    if [ "$2" = 0 ]; then
+        passed=$((passed + 1))
+        say "ok      $1"
+    else
+        failed=$((failed + 1))
+        say "FAILED  $1"
+        tail -n 60 "$3"
+    fi
+}
+
+# hold NAME LOG COMMAND...: a check that is one command.
+hold() {
+    local name=$1 log=$work/$2
+    shift 2
+    "$@" >"$log" 2>&1
+    verdict "$name" $? "$log"
+}
+
+# files PATTERN...: the checked-in files of these names.
+files() {
+    local names=() pattern
+    for pattern in "$@"; do
+        names+=(-o -name "$pattern")
+    done
+    find . -path ./build -prune -o -path ./.git -prune -o -type f \( "${names[@]:1}" \) -print | sort
+}
+
+nothing_left_open() {
+    local found
+    found=$(files '*.cpp' '*.h' '*.cmake' CMakeLists.txt |
+        xargs grep -nE '\b(TODO|FIXME|XXX|HACK)\b|NOLINT|DISABLED_|GTEST_SKIP')
+    say "$found"
+    [ -z "$found" ]
+}
+
+check_style() {
+    hold "formatting" format.log xargs -a <(files '*.cpp' '*.h') clang-format --dry-run --Werror
+    hold "nothing left open or switched off" open.log nothing_left_open
+}
+
+# Tests and simulated board compile alike under every preset: with a common cache, once.
+build() {
+    cmake --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build --preset "$1"
+}
+
+# The tests of a preset; CTest gives a line for each and the totals.
+run_tests() {
+    local log=$work/$1-tests.log totals
+    ctest --preset "$1" 2>&1 | tee "$log"
+    totals=$(sed -nE 's/.*tests passed, ([0-9]+) tests failed out of ([0-9]+)/\1 \2/p' "$log")
+    if [ -z "$totals" ]; then
+        failed=$((failed + 1))
+        say "FAILED  tests of $1: none ran"
+        return
+    fi
+    failed=$((failed + ${totals% *}))
+    passed=$((passed + ${totals#* } - ${totals% *}))
+}
+
+build_and_test() {
+    local before=$failed
+    hold "build $1" "$1-build.log" build "$1"
+    [ "$failed" = "$before" ] && run_tests "$1"
+}
+
+check_default() { build_and_test default; }
+check_asan() { build_and_test asan; }
+check_tsan() { build_and_test tsan; }
+
+tidy_file() {
+    local output
+    if output=$(clang-tidy -p build/default --quiet "$1" 2>&1); then
+        printf 'ok      tidy %s\n' "$1"
+    else
+        printf 'FAILED  tidy %s\n%s\n' "$1" "$(grep -A4 -E 'error:|warning:' <<<"$output")"
+    fi
+}
+
+check_tidy() {
+    local log=$work/tidy.log
+    build default >"$work/tidy-build.log" 2>&1
+    export -f tidy_file
+    files '*.cpp' |
+        xargs -P "$(nproc)" -I '{}' bash -c 'tidy_file "$1"' tidy '{}' 2>&1 | tee "$log"
+    passed=$((passed + $(grep -c '^ok ' "$log")))
+    failed=$((failed + $(grep -c '^FAILED ' "$log")))
+}
+
+installs() {
+    cmake --install build/default --prefix "$work/prefix" &&
+        "$work/prefix/bin/tavrelin" --version
+}
+
+packs() {
+    cpack --config build/default/CPackConfig.cmake -B "$work/package" || return
+    local package=("$work"/package/*.deb) contents
+    contents=$(dpkg-deb --contents "${package[0]}") || return
+    say "$contents"
+    grep -q ' ./usr/bin/tavrelin$' <<<"$contents" &&
+        grep -q ' ./usr/lib/systemd/system/tavrelin.service$' <<<"$contents" &&
+        [ "$(dpkg-deb --field "${package[0]}" Version)" = "$(build/default/bin/tavrelin --version)" ]
+}
+
+check_install() {
+    hold "cmake --install puts the program in place" install.log installs
+    hold "the Debian package holds program and service unit" package.log packs
+}
+
+check_bench() {
+    hold "bench" bench.log cmake --build --preset default --target bench
+    cat "$work/bench.log"
+}
