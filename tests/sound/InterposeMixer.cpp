@@ -9,9 +9,6 @@
 using tavrelin::SoundCall;
 using tavrelin::SoundCalls;
 
-// The library's header calls the parameters otherwise.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
-
 extern "C" {
 
 int snd_ctl_open(snd_ctl_t** card, const char* name, int mode) {
@@ -113,5 +110,3 @@ int snd_mixer_selem_set_playback_volume_all(snd_mixer_elem_t* element, long volu
 }
 
 } // extern "C"
-
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -8,9 +8,6 @@
 
 using tavrelin::SoundCall;
 
-// The library's header calls the parameters otherwise.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
-
 extern "C" {
 
 int snd_pcm_open(snd_pcm_t** pcm, const char* name, snd_pcm_stream_t stream, int mode) {
@@ -121,5 +118,3 @@ int snd_pcm_drain(snd_pcm_t* pcm) {
 }
 
 } // extern "C"
-
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)
