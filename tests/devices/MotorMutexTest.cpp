@@ -18,18 +18,20 @@ using sim::Texts;
 // What one MoveAngle at 50 percent writes, from one millisecond to another.
 Texts Move(const std::string& from, const std::string& to, const std::string& reset,
            const std::string& period, const std::string& duty) {
-    Texts writes;
-    for (const std::string& text :
-         {std::string("A4 value 1"), std::string("A5 value 1"), std::string("A6 value 1"),
-          std::string("A2 value 0"), "pwm1 duty_cycle " + reset, "pwm1 period " + period,
-          "pwm1 duty_cycle " + duty, std::string("pwm1 enable 1")}) {
-        writes.push_back(from + " " + text);
-    }
-    for (const char* text :
-         {"pwm1 enable 0", "A2 value 1", "A4 value 0", "A5 value 0", "A6 value 0", "A2 value 0"}) {
-        writes.push_back(to + " " + text);
-    }
-    return writes;
+    return {from + " A4 value 1",
+            from + " A5 value 1",
+            from + " A6 value 1",
+            from + " A2 value 0",
+            from + " pwm1 duty_cycle " + reset,
+            from + " pwm1 period " + period,
+            from + " pwm1 duty_cycle " + duty,
+            from + " pwm1 enable 1",
+            to + " pwm1 enable 0",
+            to + " A2 value 1",
+            to + " A4 value 0",
+            to + " A5 value 0",
+            to + " A6 value 0",
+            to + " A2 value 0"};
 }
 
 TEST(MotorMutex, MakesTheSecondMoverWaitUntilTheFirstHasBraked) {

@@ -13,8 +13,8 @@ namespace tavrelin {
 /// test's own thread waits.
 class Worker {
   public:
-    explicit Worker(std::function<void()> work) : work_(std::move(work)) {
-        started_ = pthread_create(&thread_, nullptr, &Body, this) == 0;
+    explicit Worker(std::function<void()> work)
+        : work_(std::move(work)), started_(pthread_create(&thread_, nullptr, &Body, this) == 0) {
         EXPECT_TRUE(started_);
     }
     Worker(const Worker&) = delete;
@@ -36,7 +36,7 @@ class Worker {
 
     std::function<void()> work_;
     pthread_t thread_{};
-    bool started_ = false;
+    bool started_;
 };
 
 } // namespace tavrelin

@@ -12,7 +12,7 @@ namespace {
 using sim::Scenario;
 using sim::SimulatedBoard;
 using sim::Texts;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string kLog = "/mnt/sd-card/2026-03-07_logfile.csv";
 const std::string kFile = "2026-03-07_logfile.csv";

@@ -16,7 +16,7 @@ namespace {
 using sim::Scenario;
 using sim::SimulatedBoard;
 using sim::Texts;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 constexpr const char* kMountPoint = "/mnt/sd-card";
 
@@ -87,6 +87,18 @@ TEST(MountTable, BearsALineOf5000Characters) {
     EXPECT_TRUE(Listed("/mnt/after"));
     EXPECT_FALSE(Listed("/mnt/late")); // cut off with the rest of its line
     EXPECT_FALSE(Listed(kMountPoint));
+}
+
+TEST(MountTable, HasRoomForEntriesOf4096Characters) {
+    const auto deep = [](std::size_t characters) {
+        return "/dev/sda1 /" + std::string(characters, 'd') + "/mnt/deep ext4 rw 0 0";
+    };
+    {
+        const SimulatedBoard board(WithTable({deep(4000)}));
+        EXPECT_TRUE(Listed("/mnt/deep"));
+    }
+    const SimulatedBoard board(WithTable({deep(4096)}));
+    EXPECT_FALSE(Listed("/mnt/deep"));
 }
 
 TEST(MountTable, BearsRubbish) {
