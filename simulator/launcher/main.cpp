@@ -80,7 +80,9 @@ sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& 
                            {sim::runVariable, encode(request)},
                            {"TZ", "UTC"},
                            sanitizerOptions("ASAN_OPTIONS", "verify_asan_link_order=0"),
-                           sanitizerOptions("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")};
+                           // Threads that a limit stops in their work are no leak.
+                           sanitizerOptions("TSAN_OPTIONS", "ignore_noninstrumented_modules=1:"
+                                                            "report_thread_leaks=0")};
     return command;
 }
 
