@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string>
 #include <unistd.h>
 
@@ -40,6 +41,46 @@ class BoardTools {
     std::string before_;
 };
 
+/// A forked process goes first: its parent waits until it starts a tool or ends, so that what both
+/// print always comes in the same order. Both ends of a pipe; the child's end stands for its start.
+class HeadStart {
+  public:
+    HeadStart() {
+        if (pipe2(ends_, O_CLOEXEC) != 0) {
+            ends_[0] = ends_[1] = -1;
+        }
+    }
+
+    /// In the child: lasts until over() or the process's end.
+    void begin() {
+        close(ends_[0]);
+        own = ends_[1];
+    }
+    /// In the parent, of a child that there is or not: waits for the child's head start to end.
+    void await() {
+        close(ends_[1]);
+        char nothing = 0;
+        while (sim::real::read(ends_[0], &nothing, 1) < 0 && errno == EINTR) {
+        }
+        close(ends_[0]);
+    }
+    /// In whatever process: ends its head start, if it has one.
+    static void over() {
+        close(own);
+        own = -1;
+    }
+
+  private:
+    static void close(int descriptor) {
+        if (descriptor >= 0) {
+            sim::real::close(descriptor);
+        }
+    }
+
+    inline static int own = -1;
+    int ends_[2] = {-1, -1};
+};
+
 } // namespace
 
 extern "C" {
@@ -47,6 +88,7 @@ extern "C" {
 int system(const char* command) {
     Gate gate;
     if (!gate || command == nullptr) {
+        HeadStart::over();
         return SIM_REAL(system)(command);
     }
     if (const long error = gate->kernel.enter("system", ""); error != 0) {
@@ -68,10 +110,13 @@ pid_t fork() noexcept {
         return static_cast<pid_t>(asResult(error));
     }
     gate->events.flush();
+    HeadStart headStart;
     const pid_t child = SIM_REAL(fork)();
     if (child == 0) {
+        headStart.begin();
         gate->leave();
     } else {
+        headStart.await();
         gate->events.add("fork", "-", child > 0 ? "ok" : "failed");
     }
     return child;
