@@ -32,7 +32,7 @@ int Lines::exportLine(std::string_view number) {
         return EBUSY;
     }
     line.exported = true;
-    line.edgePending = true;
+    ++line.exports;
     return 0;
 }
 
@@ -51,7 +51,10 @@ int Lines::setDirection(unsigned number, std::string_view text) {
     text = withoutNewline(text);
     Line& line = at(number);
     if (text == "in") {
-        line.output = false;
+        if (line.output) {
+            line.output = false;
+            line.level = line.outside;
+        }
         changed();
         return 0;
     }
@@ -103,12 +106,13 @@ int Lines::setValue(unsigned number, std::string_view text) {
 
 void Lines::setInput(unsigned number, bool level) {
     Line& line = at(number);
+    line.outside = level;
     if (line.output || line.level == level) {
         return;
     }
     line.level = level;
     if (watches(line.edge, level)) {
-        line.edgePending = true;
+        ++line.edges;
     }
 }
 

@@ -16,7 +16,9 @@ struct Line {
     bool output = false;
     bool level = false; ///< driven level of an output, level at the pin of an input
     Edge edge = Edge::none;
-    bool edgePending = true; ///< poll answers at once before the first read
+    bool outside = false; ///< what the outside puts on the pin
+    unsigned edges = 1;   ///< watched edges so far, counted from 1
+    unsigned exports = 0; ///< how often it was exported
 };
 
 /// The controller's 128 lines: ports A to D of 32 lines, kernel number port * 32 + bit.

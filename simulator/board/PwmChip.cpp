@@ -35,6 +35,7 @@ int PwmChip::exportChannel(std::string_view number) {
         return EBUSY;
     }
     at(channel).exported = true;
+    ++at(channel).exports;
     return 0;
 }
 

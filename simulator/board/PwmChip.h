@@ -14,6 +14,7 @@ struct PwmOutput {
     std::uint32_t period = 0;
     std::uint32_t duty = 0;
     bool enabled = false;
+    unsigned exports = 0; ///< how often it was exported
 
     bool pulsing() const { return enabled && period != 0 && duty != 0; }
 };

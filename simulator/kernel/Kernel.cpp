@@ -1,13 +1,12 @@
 #include "simulator/kernel/Kernel.h"
 
+#include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/CallCosts.h"
 #include "simulator/kernel/TextFile.h"
 #include "simulator/runtime/Real.h"
 #include "simulator/runtime/ThreadSelf.h"
 #include "simulator/scenario/ErrnoNames.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -18,12 +17,6 @@ namespace {
 constexpr std::string_view mountPoint = "/mnt/sd-card";
 constexpr std::string_view spiDevice = "/dev/spidev32765.1";
 constexpr std::string_view memoryDevice = "/dev/mem";
-
-/// A folder itself or anything below it.
-bool within(std::string_view path, std::string_view folder) {
-    return path.substr(0, folder.size()) == folder &&
-           (path.size() == folder.size() || path[folder.size()] == '/');
-}
 
 bool writes(int flags) {
     return (flags & O_ACCMODE) != O_RDONLY;
@@ -36,6 +29,7 @@ bool reads(int flags) {
 class MemoryFile : public OpenFile {
   public:
     using OpenFile::OpenFile;
+    unsigned mode() const override { return S_IFCHR | 0600U; }
 };
 
 int flagsOf(std::string_view mode) {
@@ -65,18 +59,13 @@ Kernel::Kernel(const RunOptions& options, Board& board, EventLog& events, Faults
 }
 
 bool Kernel::owns(std::string_view path) {
-    static constexpr std::array folders{
-        std::string_view{"/sys/class/gpio"}, std::string_view{"/sys/class/pwm"},
-        std::string_view{"/sys/bus/iio"},    std::string_view{"/sys/block/mmcblk0"},
-        std::string_view{"/dev/mem"},        std::string_view{"/dev/spidev32765.1"},
-        std::string_view{"/dev/mmcblk0"},    std::string_view{"/dev/mmcblk0p1"},
-        std::string_view{"/mnt/sd-card"},    std::string_view{"/etc/mtab"},
-    };
-    return std::any_of(folders.begin(), folders.end(),
-                       [&](std::string_view folder) { return within(path, folder); });
+    return isBoardPath(path);
 }
 
 long Kernel::enter(std::string_view call, std::string_view path) {
+    if (!isPlainPath(path)) {
+        unmodelled(std::string(call) + " of " + std::string(path) + ", a path with dots in it");
+    }
     auto counted = counts_.find(call);
     if (counted == counts_.end()) {
         counted = counts_.emplace(std::string(call), 0).first;
@@ -146,28 +135,31 @@ FILE* Kernel::openStream(const char* path, const char* mode) {
 }
 
 long Kernel::openFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
-    if (sysfs_.taken(path)) {
+    long error = 0;
+    if (within(path, "/sys")) {
+        error = openAttribute(path, flags, file);
+    } else if (sysfs_.taken(path)) {
+        error = -ENOENT;
+    } else if (within(path, mountPoint)) {
+        error = openCardFile(path, flags, file);
+    } else if (path == spiDevice || path == memoryDevice) {
+        error = openDevice(path, file);
+    } else {
+        unmodelled("open of " + path);
+    }
+    return error;
+}
+
+long Kernel::openDevice(const std::string& path, std::unique_ptr<OpenFile>& file) {
+    if (!boardPresent_) {
         return -ENOENT;
     }
-    if (within(path, mountPoint)) {
-        return openCardFile(path, flags, file);
+    if (path == spiDevice) {
+        file = std::make_unique<SpiFile>(path, board_, spi_, events_);
+    } else {
+        file = std::make_unique<MemoryFile>(path);
     }
-    if (path == spiDevice || path == memoryDevice) {
-        if (!boardPresent_) {
-            return -ENOENT;
-        }
-        if (path == spiDevice) {
-            file = std::make_unique<SpiFile>(path, board_, spi_, events_);
-        } else {
-            file = std::make_unique<MemoryFile>(path);
-        }
-        return 0;
-    }
-    if (within(path, "/sys")) {
-        return openAttribute(path, flags, file);
-    }
-    unmodelled("open of " + path);
-    return -ENOSYS;
+    return 0;
 }
 
 long Kernel::openAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
@@ -235,7 +227,7 @@ long Kernel::cutShort(std::size_t& size) {
 
 long Kernel::read(int descriptor, void* buffer, std::size_t size) {
     OpenFile* file = files_.find(descriptor);
-    const auto* attribute = dynamic_cast<const TextFile*>(file);
+    auto* attribute = dynamic_cast<TextFile*>(file);
     const bool level = attribute != nullptr && attribute->line().has_value();
     if (const long error = enter("read", file->path()); error != 0) {
         return error;
@@ -252,7 +244,7 @@ long Kernel::read(int descriptor, void* buffer, std::size_t size) {
     if (anew && count >= 0) {
         timeline_.lineRead(*attribute->line(),
                            count > 0 && static_cast<const char*>(buffer)[0] == '1');
-        board_.lines.at(*attribute->line()).edgePending = false;
+        attribute->sawEdges(board_.lines.at(*attribute->line()).edges);
     }
     return count;
 }
@@ -270,7 +262,9 @@ long Kernel::write(int descriptor, const void* data, std::size_t size) {
     if (costs_ && dynamic_cast<const CardFile*>(file) != nullptr) {
         timeline_.work(callCost("card write"));
     }
-    return file->write(data, size);
+    const long count = file->write(data, size);
+    scheduler_.wake(&sysfs_);
+    return count;
 }
 
 long Kernel::seek(int descriptor, std::int64_t offset, int whence) {

@@ -24,6 +24,8 @@ struct statfs64;
 
 namespace sim {
 
+class TextFile;
+
 /// The board's kernel: every call of the C library on a board path or descriptor, with the kernel's
 /// results and side effects. Results are 0 or more, or a negated errno, unless said otherwise.
 class Kernel {
@@ -87,11 +89,12 @@ class Kernel {
 
   private:
     long openFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
+    long openDevice(const std::string& path, std::unique_ptr<OpenFile>& file);
     long openAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long openCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     std::string hostPath(std::string_view path) const;
     long hostStatus(const std::string& path, struct stat64* result) const;
-    long waitForEdge(pollfd& waiting, unsigned line, int timeout);
+    long waitForEdge(pollfd& waiting, const TextFile& value, int timeout);
     long cutShort(std::size_t& size);
     bool cardFilesOpen() const;
 

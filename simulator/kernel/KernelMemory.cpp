@@ -67,26 +67,25 @@ long Kernel::poll(pollfd* descriptors, std::size_t count, int timeout) {
         descriptors[0].revents = POLLERR;
         return 1;
     }
-    const long ready = waitForEdge(descriptors[0], *attribute->line(), timeout);
+    const long ready = waitForEdge(descriptors[0], *attribute, timeout);
     events_.add("poll", file->path(),
                 "for " + std::to_string(timeout) + " ms: " + (ready > 0 ? "edge" : "time-out"));
     return ready;
 }
 
-long Kernel::waitForEdge(pollfd& waiting, unsigned line, int timeout) {
+long Kernel::waitForEdge(pollfd& waiting, const TextFile& value, int timeout) {
+    constexpr int always = POLLIN | POLLOUT | POLLRDNORM | POLLWRNORM;
+    const unsigned line = *value.line();
     const Nanoseconds deadline = timeout < 0 ? never : timeline_.now() + milliseconds(timeout);
     for (;;) {
-        if (board_.lines.at(line).edgePending || !board_.lines.at(line).exported) {
-            waiting.revents = static_cast<short>(waiting.events & (POLLPRI | POLLERR));
-            waiting.revents |= POLLERR;
-            return 1;
-        }
-        if (timeline_.now() >= deadline) {
-            waiting.revents = 0;
-            return 0;
+        const bool fired = value.gone() || value.seenEdges() != board_.lines.at(line).edges;
+        const int ready = fired ? always | POLLPRI | POLLERR : always;
+        waiting.revents = static_cast<short>(ready & (waiting.events | POLLERR));
+        if (waiting.revents != 0 || timeline_.now() >= deadline) {
+            return waiting.revents != 0 ? 1 : 0;
         }
         timeline_.sleepUntil(std::min(deadline, board_.nextEvent()),
-                             "an edge on line " + Lines::name(line));
+                             "an edge on line " + Lines::name(line), &sysfs_);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "simulator/kernel/Kernel.h"
 
+#include "simulator/board/BoardPaths.h"
 #include "simulator/runtime/Real.h"
 #include "simulator/scenario/ErrnoNames.h"
 
@@ -21,6 +22,11 @@ void fill(struct stat64* result, unsigned mode) {
     *result = {};
     result->st_mode = mode;
     result->st_nlink = 1;
+}
+
+/// Every file of a mounted card shows the permissions that the mount gave.
+void asOnVfat(struct stat64& status) {
+    status.st_mode = (status.st_mode & S_IFMT) | 0755U;
 }
 
 } // namespace
@@ -79,14 +85,31 @@ long Kernel::hostStatus(const std::string& path, struct stat64* result) const {
         fill(result, S_IFREG | 0444U);
         return mountTableExists_ ? 0 : -ENOENT;
     }
-    return real::stat(hostPath(path).c_str(), result) == 0 ? 0 : -errno;
+    if (real::stat(hostPath(path).c_str(), result) != 0) {
+        return -errno;
+    }
+    if (board_.card.mounted()) {
+        asOnVfat(*result);
+    }
+    return 0;
 }
 
 long Kernel::descriptorStatus(int descriptor, struct stat64* result) {
     const OpenFile* file = files_.find(descriptor);
-    const long error = enter("fstat", file->path());
-    fill(result, S_IFREG | 0644U);
-    return error;
+    if (const long error = enter("fstat", file->path()); error != 0) {
+        return error;
+    }
+    if (file->hostDescriptor() < 0) {
+        fill(result, file->mode());
+        return 0;
+    }
+    if (real::descriptorStatus(file->hostDescriptor(), result) != 0) {
+        return -errno;
+    }
+    if (static_cast<const CardFile*>(file)->onCard()) {
+        asOnVfat(*result);
+    }
+    return 0;
 }
 
 long Kernel::makeDirectory(const char* path, unsigned mode) {
@@ -94,10 +117,13 @@ long Kernel::makeDirectory(const char* path, unsigned mode) {
     if (error != 0) {
         return error;
     }
-    if (std::string_view(path).substr(0, mountPoint.size()) != mountPoint) {
+    if (!within(path, mountPoint)) {
         unmodelled(std::string("mkdir of ") + path);
     }
-    error = real::mkdir(hostPath(path).c_str(), mode) == 0 ? 0 : -errno;
+    error = board_.card.mounted() ? -board_.card.createFile() : 0;
+    if (error == 0) {
+        error = real::mkdir(hostPath(path).c_str(), mode) == 0 ? 0 : -errno;
+    }
     if (error == 0 && path == mountPoint) {
         board_.card.mountPointExists = true;
     }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace sim {
 
@@ -31,6 +32,8 @@ class OpenFile {
     virtual long control(unsigned long request, void* argument);
     /// The descriptor of the file on this machine that it stands for; negative: none.
     virtual int hostDescriptor() const { return -1; }
+    /// Type and permissions as fstat tells them.
+    virtual unsigned mode() const { return S_IFREG | 0644U; }
 
   private:
     std::string path_;

@@ -37,7 +37,13 @@ std::vector<std::uint8_t> copyOf(const void* data, std::size_t size) {
 
 } // namespace
 
-long SpiFile::checkLength(std::size_t size, unsigned bits) const {
+SpiFile::~SpiFile() {
+    if (--settings_.opens == 0) {
+        settings_.speed = SpiSettings::defaultSpeed;
+    }
+}
+
+long SpiFile::checkLength(std::size_t size, unsigned bits) {
     if (size > largestTransfer) {
         return -EMSGSIZE;
     }
@@ -123,72 +129,13 @@ void SpiFile::exchange(const spi_ioc_transfer& record) {
     }
     events_.add("transfer", path(),
                 hex(out) + " -> " + hex(in) + " " + std::to_string(bits) + " bits " +
-                    std::to_string(record.speed_hz != 0 ? record.speed_hz : speed_) + " Hz" +
-                    (record.delay_usecs != 0 ? " delayed" : "") +
+                    std::to_string(record.speed_hz != 0 ? record.speed_hz : settings_.speed) +
+                    " Hz" + (record.delay_usecs != 0 ? " delayed" : "") +
                     (record.cs_change != 0 ? " deselected" : ""));
     if (received != nullptr) {
         swapWords(in, bits);
         std::memcpy(received, in.data(), in.size());
     }
-}
-
-long SpiFile::setting(unsigned long request, void* argument) {
-    switch (request) {
-    case SPI_IOC_WR_MODE:
-        return setMode(*static_cast<std::uint8_t*>(argument));
-    case SPI_IOC_WR_BITS_PER_WORD:
-        return setBits(*static_cast<std::uint8_t*>(argument));
-    case SPI_IOC_WR_MAX_SPEED_HZ:
-        return setSpeed(*static_cast<std::uint32_t*>(argument));
-    case SPI_IOC_RD_MODE:
-        *static_cast<std::uint8_t*>(argument) = static_cast<std::uint8_t>(settings_.mode);
-        events_.add("ioctl", path(), "SPI_IOC_RD_MODE " + std::to_string(settings_.mode));
-        return 0;
-    case SPI_IOC_RD_BITS_PER_WORD:
-        *static_cast<std::uint8_t*>(argument) = settings_.bitsPerWord;
-        events_.add("ioctl", path(),
-                    "SPI_IOC_RD_BITS_PER_WORD " + std::to_string(settings_.bitsPerWord));
-        return 0;
-    case SPI_IOC_RD_MAX_SPEED_HZ:
-        *static_cast<std::uint32_t*>(argument) = speed_;
-        events_.add("ioctl", path(), "SPI_IOC_RD_MAX_SPEED_HZ " + std::to_string(speed_));
-        return 0;
-    default:
-        return -ENOTTY;
-    }
-}
-
-long SpiFile::setMode(std::uint32_t mode) {
-    const bool known = mode <= (SPI_CPHA | SPI_CPOL | SPI_CS_HIGH | SPI_LSB_FIRST | SPI_NO_CS);
-    events_.add("ioctl", path(),
-                "SPI_IOC_WR_MODE " + std::to_string(mode) + (known ? "" : " EINVAL"));
-    if (!known) {
-        return -EINVAL;
-    }
-    settings_.mode = mode;
-    return 0;
-}
-
-long SpiFile::setBits(std::uint8_t bits) {
-    const unsigned wanted = bits == 0 ? 8 : bits;
-    const bool known = wanted == 8 || wanted == 16;
-    events_.add("ioctl", path(),
-                "SPI_IOC_WR_BITS_PER_WORD " + std::to_string(bits) + (known ? "" : " EINVAL"));
-    if (!known) {
-        return -EINVAL;
-    }
-    settings_.bitsPerWord = static_cast<std::uint8_t>(wanted);
-    return 0;
-}
-
-long SpiFile::setSpeed(std::uint32_t speed) {
-    events_.add("ioctl", path(),
-                "SPI_IOC_WR_MAX_SPEED_HZ " + std::to_string(speed) + (speed != 0 ? "" : " EINVAL"));
-    if (speed == 0) {
-        return -EINVAL;
-    }
-    speed_ = speed;
-    return 0;
 }
 
 } // namespace sim

@@ -14,7 +14,9 @@ namespace sim {
 struct SpiSettings {
     std::uint32_t mode = 0;
     std::uint8_t bitsPerWord = 8;
-    std::uint32_t defaultSpeed = 1'000'000; ///< Hz; a set speed is lost at the last close
+    static constexpr std::uint32_t defaultSpeed = 1'000'000; ///< Hz
+    std::uint32_t speed = defaultSpeed; ///< a set speed is lost at the last close
+    unsigned opens = 0;
 };
 
 /// The converter's spidev device. With 16 bits per word the program's buffer holds words in the
@@ -26,26 +28,34 @@ class SpiFile : public OpenFile {
     static constexpr std::size_t recordAlignment = 64;
 
     SpiFile(std::string path, Board& board, SpiSettings& settings, EventLog& events)
-        : OpenFile(std::move(path)), board_(board), settings_(settings), events_(events),
-          speed_(settings.defaultSpeed) {}
+        : OpenFile(std::move(path)), board_(board), settings_(settings), events_(events) {
+        ++settings_.opens;
+    }
+    SpiFile(const SpiFile&) = delete;
+    SpiFile& operator=(const SpiFile&) = delete;
+    ~SpiFile() override;
 
     long read(void* buffer, std::size_t size) override;
     long write(const void* data, std::size_t size) override;
     long control(unsigned long request, void* argument) override;
+    unsigned mode() const override { return S_IFCHR | 0600U; }
 
   private:
     long message(std::size_t recordBytes, spi_ioc_transfer* records);
     void exchange(const spi_ioc_transfer& record);
     long setting(unsigned long request, void* argument);
-    long setMode(std::uint32_t mode);
+    template <typename Number>
+    long tell(const char* name, std::uint32_t value, void* argument);
+    /// Logs a set request, and gives its result.
+    long asked(const char* name, std::uint32_t value, bool accepted);
+    long setMode(const char* name, std::uint32_t mode);
     long setBits(std::uint8_t bits);
     long setSpeed(std::uint32_t speed);
-    long checkLength(std::size_t size, unsigned bits) const;
+    static long checkLength(std::size_t size, unsigned bits);
 
     Board& board_;
     SpiSettings& settings_;
     EventLog& events_;
-    std::uint32_t speed_;
 };
 
 } // namespace sim

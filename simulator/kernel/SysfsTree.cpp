@@ -1,5 +1,7 @@
 #include "simulator/kernel/SysfsTree.h"
 
+#include <algorithm>
+
 namespace sim {
 namespace {
 
@@ -57,10 +59,12 @@ std::pair<std::string_view, std::string_view> splitAtSlash(std::string_view path
 } // namespace
 
 SysfsNode SysfsTree::find(std::string_view path) const {
-    if (!missing_.empty() && taken(path)) {
-        return missing(true);
-    }
     SysfsNode node = lookUp(path);
+    if (taken(path)) {
+        const bool parentTaken = taken(path.substr(0, path.rfind('/')));
+        return missing(!parentTaken &&
+                       (node.parentExists || node.kind != SysfsNode::Kind::missing));
+    }
     if (replaced_.empty()) {
         return node;
     }
@@ -69,6 +73,11 @@ SysfsNode SysfsTree::find(std::string_view path) const {
         node.show = [text = found->second] { return text; };
     }
     return node;
+}
+
+bool SysfsTree::taken(std::string_view path) const {
+    return std::any_of(missing_.begin(), missing_.end(),
+                       [&](const std::string& folder) { return below(path, folder).has_value(); });
 }
 
 SysfsNode SysfsTree::lookUp(std::string_view path) const {
@@ -114,7 +123,9 @@ SysfsNode SysfsTree::gpio(std::string_view rest) const {
     if (!line || !board_.lines.at(*line).exported) {
         return missing(name.empty());
     }
-    return name.empty() ? directory(true) : gpioAttribute(*line, name);
+    SysfsNode node = name.empty() ? directory(true) : gpioAttribute(*line, name);
+    node.instance = board_.lines.at(*line).exports;
+    return node;
 }
 
 SysfsNode SysfsTree::gpioAttribute(unsigned line, std::string_view name) const {
@@ -161,7 +172,9 @@ SysfsNode SysfsTree::pwm(std::string_view rest) const {
     if (!proper || !board_.pwm.at(channel).exported) {
         return missing(name.empty());
     }
-    return name.empty() ? directory() : pwmAttribute(channel, name);
+    SysfsNode node = name.empty() ? directory() : pwmAttribute(channel, name);
+    node.instance = board_.pwm.at(channel).exports;
+    return node;
 }
 
 SysfsNode SysfsTree::pwmAttribute(unsigned channel, std::string_view name) const {

@@ -23,6 +23,7 @@ struct SysfsNode {
     std::function<int(std::string_view)>
         store;                    ///< empty: cannot be opened for writing; gives an errno
     std::optional<unsigned> line; ///< the line whose level this attribute is
+    unsigned instance = 0;        ///< which export of its line or channel it came with
 };
 
 /// The GPIO, PWM, analog converter and block device attributes of the board as sysfs shows them.
@@ -47,7 +48,8 @@ class SysfsTree {
         missing_.erase(path);
         replaced_.erase(path);
     }
-    bool taken(std::string_view path) const { return missing_.contains(std::string(path)); }
+    /// True for a path that was taken, and for all below it.
+    bool taken(std::string_view path) const;
 
   private:
     SysfsNode lookUp(std::string_view path) const;

@@ -10,7 +10,8 @@
 namespace sim {
 
 bool TextFile::gone() const {
-    return tree_.find(path()).kind == SysfsNode::Kind::missing;
+    const SysfsNode now = tree_.find(path());
+    return now.kind == SysfsNode::Kind::missing || now.instance != node_.instance;
 }
 
 long TextFile::read(void* buffer, std::size_t size) {
@@ -18,8 +19,9 @@ long TextFile::read(void* buffer, std::size_t size) {
         events_.add("read", path(), "ENODEV");
         return -ENODEV;
     }
-    if (offset_ == 0) {
+    if (offset_ == 0 || !shown_) {
         text_ = node_.show();
+        shown_ = true;
         events_.add("read", path(), EventLog::quoted(text_));
     }
     const std::size_t from = std::min(offset_, text_.size());
@@ -30,6 +32,9 @@ long TextFile::read(void* buffer, std::size_t size) {
 }
 
 long TextFile::write(const void* data, std::size_t size) {
+    if (size == 0) {
+        return 0; // no store is made of nothing
+    }
     const std::string text(static_cast<const char*>(data), size);
     const int error = gone() ? ENODEV : node_.store(text);
     events_.add("write", path(),
@@ -38,11 +43,13 @@ long TextFile::write(const void* data, std::size_t size) {
 }
 
 long TextFile::seek(std::int64_t offset, int whence) {
-    if (whence != SEEK_SET || offset < 0) {
+    const std::int64_t target =
+        offset + (whence == SEEK_CUR ? static_cast<std::int64_t>(offset_) : 0);
+    if ((whence != SEEK_SET && whence != SEEK_CUR) || target < 0) {
         return -EINVAL;
     }
-    offset_ = static_cast<std::size_t>(offset);
-    return static_cast<long>(offset);
+    offset_ = static_cast<std::size_t>(target);
+    return static_cast<long>(target);
 }
 
 long DirectoryFile::read(void* /*buffer*/, std::size_t /*size*/) {

@@ -24,15 +24,20 @@ class TextFile : public OpenFile {
     std::optional<unsigned> line() const { return node_.line; }
     /// The next read makes the text anew.
     bool atStart() const { return offset_ == 0; }
+    /// True once what it belongs to was given back, whether or not it was exported again since.
+    bool gone() const;
+    /// How many edges of its line had come when it was last read; none before the first read.
+    unsigned seenEdges() const { return seenEdges_; }
+    void sawEdges(unsigned edges) { seenEdges_ = edges; }
 
   private:
-    bool gone() const;
-
     SysfsNode node_;
     const SysfsTree& tree_;
     EventLog& events_;
     std::string text_;
     std::size_t offset_ = 0;
+    bool shown_ = false;
+    unsigned seenEdges_ = 0;
 };
 
 /// A directory opened for reading: it opens, and reading it fails.
@@ -40,6 +45,7 @@ class DirectoryFile : public OpenFile {
   public:
     using OpenFile::OpenFile;
     long read(void* buffer, std::size_t size) override;
+    unsigned mode() const override { return S_IFDIR | 0755U; }
 };
 
 } // namespace sim

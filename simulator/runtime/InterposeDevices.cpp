@@ -16,6 +16,14 @@ using sim::asResult;
 using sim::Gate;
 using sim::Kernel;
 
+namespace {
+
+const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+} // namespace
+
 extern "C" {
 
 int ioctl(int descriptor, unsigned long request, ...) noexcept {
@@ -66,7 +74,8 @@ int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) 
 int mount(const char* source, const char* target, const char* type, unsigned long flags,
           const void* data) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(asResult(gate->kernel.mount(source, target, type, flags, data)));
+        return static_cast<int>(asResult(
+            gate->kernel.mount(orEmpty(source), orEmpty(target), orEmpty(type), flags, data)));
     }
     return SIM_REAL(mount)(source, target, type, flags, data);
 }

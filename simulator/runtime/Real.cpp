@@ -51,6 +51,10 @@ int lstat(const char* path, struct stat64* result) {
     return SIM_REAL(lstat64)(path, result);
 }
 
+int descriptorStatus(int descriptor, struct stat64* result) {
+    return SIM_REAL(fstat64)(descriptor, result);
+}
+
 int mkdir(const char* path, mode_t mode) {
     return SIM_REAL(mkdir)(path, mode);
 }

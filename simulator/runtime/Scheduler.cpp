@@ -54,20 +54,16 @@ void Scheduler::forget(Thread& thread) {
     std::erase_if(threads_, [&](const auto& held) { return held.get() == &thread; });
 }
 
-void Scheduler::sleepUntil(Thread& self, Nanoseconds moment, std::string reason) {
+void Scheduler::sleepUntil(Thread& self, Nanoseconds moment, std::string reason, const void* key) {
     self.wakeAt = moment;
-    self.waitsFor = nullptr;
+    self.waitsFor = key;
     self.waitReason = std::move(reason);
     waiting_.push_back(&self);
     handOver(self);
 }
 
 void Scheduler::waitFor(Thread& self, const void* key, std::string reason) {
-    self.wakeAt = never;
-    self.waitsFor = key;
-    self.waitReason = std::move(reason);
-    waiting_.push_back(&self);
-    handOver(self);
+    sleepUntil(self, never, std::move(reason), key);
 }
 
 void Scheduler::wake(const void* key) {
@@ -124,7 +120,7 @@ void Scheduler::wakeSleepers() {
     const Nanoseconds moment = now();
     std::vector<Thread*> due;
     for (auto at = waiting_.begin(); at != waiting_.end();) {
-        if ((*at)->waitsFor == nullptr && (*at)->wakeAt <= moment) {
+        if ((*at)->wakeAt <= moment) {
             due.push_back(*at);
             at = waiting_.erase(at);
         } else {

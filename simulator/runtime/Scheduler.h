@@ -50,8 +50,10 @@ class Scheduler {
     /// Drops a thread that ended.
     void forget(Thread& thread);
 
-    /// Lets others run until board time reaches a moment; `never` waits for ever.
-    void sleepUntil(Thread& self, Nanoseconds moment, std::string reason);
+    /// Lets others run until board time reaches a moment or somebody wakes the key; `never` waits
+    /// for ever.
+    void sleepUntil(Thread& self, Nanoseconds moment, std::string reason,
+                    const void* key = nullptr);
     /// Waits until somebody wakes the key.
     void waitFor(Thread& self, const void* key, std::string reason);
     void wake(const void* key);

@@ -22,10 +22,10 @@ Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double
     scheduler_.now = [this] { return now(); };
 }
 
-void Timeline::sleepUntil(Nanoseconds moment, const std::string& reason) {
+void Timeline::sleepUntil(Nanoseconds moment, const std::string& reason, const void* key) {
     equalReads_ = 0;
     if (moment > now()) {
-        scheduler_.sleepUntil(*threadSelf(), moment, reason);
+        scheduler_.sleepUntil(*threadSelf(), moment, reason, key);
     }
 }
 

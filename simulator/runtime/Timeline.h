@@ -20,7 +20,8 @@ class Timeline {
     /// The calling thread works for a span: time passes, nobody else runs.
     void work(Nanoseconds span) { advanceTo(now() + span); }
     /// The calling thread sleeps until a moment; others run.
-    void sleepUntil(Nanoseconds moment, const std::string& reason);
+    /// With a key, also until somebody wakes it.
+    void sleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
 
     /// The calling thread is about to read a line's level once more. After 16 equal reads in a row
     /// each further one costs a growing span of up to 1 ms, cut short where the line may change.

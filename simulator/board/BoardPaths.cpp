@@ -1,0 +1,49 @@
+#include "simulator/board/BoardPaths.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace sim {
+namespace {
+
+constexpr std::array<std::string_view, 10> folders{
+    "/sys/class/gpio",    "/sys/class/pwm", "/sys/bus/iio",   "/sys/block/mmcblk0", "/dev/mem",
+    "/dev/spidev32765.1", "/dev/mmcblk0",   "/dev/mmcblk0p1", "/mnt/sd-card",       "/etc/mtab",
+};
+
+} // namespace
+
+bool within(std::string_view path, std::string_view folder) {
+    return path.substr(0, folder.size()) == folder &&
+           (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+bool isBoardPath(std::string_view path) {
+    if (!isPlainPath(path)) {
+        const std::string plain = std::filesystem::path(path).lexically_normal().string();
+        return isPlainPath(plain) && isBoardPath(plain);
+    }
+    return std::any_of(folders.begin(), folders.end(),
+                       [&](std::string_view folder) { return within(path, folder); });
+}
+
+bool beginsBoardPath(std::string_view beginning) {
+    return isBoardPath(beginning) ||
+           std::any_of(folders.begin(), folders.end(), [&](std::string_view folder) {
+               return folder.substr(0, beginning.size()) == beginning;
+           });
+}
+
+bool isPlainPath(std::string_view path) {
+    for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
+         slash = path.find('/', slash + 1)) {
+        const std::string_view name = path.substr(slash + 1, path.find('/', slash + 1) - slash - 1);
+        if (name == "." || name == ".." || (name.empty() && slash + 1 < path.size())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace sim
