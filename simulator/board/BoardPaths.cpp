@@ -36,11 +36,12 @@ bool beginsBoardPath(std::string_view beginning) {
 }
 
 bool isPlainPath(std::string_view path) {
-    for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
-         slash = path.find('/', slash + 1)) {
-        const std::string_view name = path.substr(slash + 1, path.find('/', slash + 1) - slash - 1);
-        if (name == "." || name == ".." || (name.empty() && slash + 1 < path.size())) {
-            return false;
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        if (path[i] == '/' && (path[i + 1] == '/' || path[i + 1] == '.')) {
+            const std::string_view name = path.substr(i + 1, path.find('/', i + 1) - i - 1);
+            if (name.empty() || name == "." || name == "..") {
+                return false;
+            }
         }
     }
     return true;

@@ -2,6 +2,7 @@
 
 #include "simulator/runtime/Real.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,19 +10,25 @@
 namespace sim {
 namespace {
 
-constexpr std::size_t bufferBytes = 1 << 16;
+/// A path as a word of its own: quoted when it would not be one.
+std::string asWord(const std::string& path) {
+    const bool plain = std::all_of(path.begin(), path.end(), [](char c) {
+        return c > ' ' && c < '\x7F' && c != '"' && c != '\\';
+    });
+    return plain && !path.empty() ? path : EventLog::quoted(path);
+}
 
 } // namespace
 
 EventLog::~EventLog() {
-    endRepeats();
-    flush();
+    finish();
     if (file_ >= 0) {
         real::close(file_);
     }
 }
 
-bool EventLog::writeTo(const std::string& path) {
+bool EventLog::writeTo(const std::string& path, EventBuffer& buffer) {
+    buffer_ = &buffer;
     file_ = real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     return file_ >= 0;
 }
@@ -52,11 +59,8 @@ void EventLog::record(Event event) {
         return;
     }
     endRepeats();
-    pending_ += line(event);
+    put(line(event));
     last_ = std::move(event);
-    if (pending_.size() > bufferBytes) {
-        flush();
-    }
 }
 
 void EventLog::endRepeats() {
@@ -66,7 +70,7 @@ void EventLog::endRepeats() {
     Event again = last_;
     again.at = repeatedAt_;
     again.data += " again " + std::to_string(repeats_) + (repeats_ == 1 ? " time" : " times");
-    pending_ += line(again);
+    put(line(again));
     repeats_ = 0;
 }
 
@@ -76,19 +80,40 @@ void EventLog::abandon() {
     repeats_ = 0;
 }
 
+void EventLog::finish() {
+    endRepeats();
+    flush();
+}
+
 void EventLog::flush() {
-    if (file_ < 0) {
+    if (file_ >= 0) {
+        writeOut({buffer_->text.data(), buffer_->used});
+    }
+}
+
+void EventLog::put(std::string_view text) {
+    if (text.size() > EventBuffer::size - buffer_->used) {
+        flush();
+    }
+    if (text.size() > EventBuffer::size) {
+        writeOut(text);
         return;
     }
-    std::string_view rest = pending_;
-    while (!rest.empty()) {
-        const ssize_t written = real::write(file_, rest.data(), rest.size());
+    std::copy(text.begin(), text.end(), buffer_->text.begin() + buffer_->used);
+    buffer_->used += static_cast<std::uint32_t>(text.size());
+}
+
+void EventLog::writeOut(std::string_view text) {
+    const std::uint64_t size = text.size();
+    while (!text.empty()) {
+        const ssize_t written = real::write(file_, text.data(), text.size());
         if (written <= 0) {
             break;
         }
-        rest.remove_prefix(static_cast<std::size_t>(written));
+        text.remove_prefix(static_cast<std::size_t>(written));
     }
-    pending_.clear();
+    buffer_->used = 0; // first: a run may be stopped between any two of these lines
+    buffer_->offset += size;
 }
 
 std::string EventLog::quoted(std::string_view text) {
@@ -115,7 +140,7 @@ std::string EventLog::quoted(std::string_view text) {
 
 std::string EventLog::line(const Event& event) {
     return std::to_string(event.at / 1'000) + " " + std::to_string(event.thread) + " " +
-           event.operation + " " + event.path + " " + event.data + "\n";
+           event.operation + " " + asWord(event.path) + " " + event.data + "\n";
 }
 
 } // namespace sim

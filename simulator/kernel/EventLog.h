@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/board/Nanoseconds.h"
+#include "simulator/kernel/EventBuffer.h"
 
 #include <functional>
 #include <string>
@@ -31,8 +32,9 @@ class EventLog {
     EventLog& operator=(const EventLog&) = delete;
     ~EventLog();
 
-    /// Writes to a file from now on, replacing it; false when it cannot be opened.
-    bool writeTo(const std::string& path);
+    /// Writes to a file from now on, replacing it, by way of a buffer that lives as long as this
+    /// object; false when the file cannot be opened.
+    bool writeTo(const std::string& path, EventBuffer& buffer);
     /// Keeps the events in memory from now on, repeated reads one by one.
     void keep() { keeping_ = true; }
     const std::vector<Event>& kept() const { return kept_; }
@@ -44,8 +46,10 @@ class EventLog {
     void addWorld(std::string_view operation, std::string_view path, std::string_view data);
     /// Writes nothing more: the file is another process's.
     void abandon();
-    /// Hands all lines to the file.
+    /// Hands all lines to the file, but the end of repeats that may go on.
     void flush();
+    /// Hands everything to the file: there will be no more.
+    void finish();
 
     /// A text in quotes, with \n, \t, \\, \" and \xNN for what does not print.
     static std::string quoted(std::string_view text);
@@ -54,11 +58,13 @@ class EventLog {
   private:
     void record(Event event);
     void endRepeats();
+    void put(std::string_view text);
+    void writeOut(std::string_view text);
 
     int file_ = -1;
     bool keeping_ = false;
     std::vector<Event> kept_;
-    std::string pending_;
+    EventBuffer* buffer_ = nullptr;
     Event last_;
     Nanoseconds repeatedAt_ = 0;
     std::size_t repeats_ = 0;

@@ -39,6 +39,7 @@ class Kernel {
     /// True for a path that belongs to the board.
     static bool owns(std::string_view path);
     bool owns(int descriptor) const { return files_.find(descriptor) != nullptr; }
+    std::string pathOf(int descriptor) const { return files_.find(descriptor)->path(); }
     bool ownsMapping(const void* address) const { return mappings_.contains(address); }
 
     long open(const char* path, int flags, unsigned mode);

@@ -10,6 +10,7 @@
 #include "simulator/scenario/ScenarioFile.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -117,6 +118,16 @@ bool writable(const std::string& path) {
     return path.empty() || std::ofstream(path, std::ios::app).is_open();
 }
 
+/// Appends the events that a program which was stopped could not write itself.
+void saveEvents(const std::string& path, const sim::EventBuffer& rest) {
+    const int file = rest.used == 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (file >= 0) {
+        static_cast<void>(
+            !pwrite(file, rest.text.data(), rest.used, static_cast<off_t>(rest.offset)));
+        close(file);
+    }
+}
+
 int run(const LauncherOptions& options, const std::string& program) {
     const sim::RunRoot root(options.root);
     if (!root.problem().empty()) {
@@ -139,6 +150,7 @@ int run(const LauncherOptions& options, const std::string& program) {
         end = runChild(commandFor(options, program, root.path(), shared.descriptor),
                        [&] { progress.update(*shared.report); });
     }
+    saveEvents(options.run.eventsFile, shared.report->events);
     const sim::Outcome outcome = judge(end, *shared.report, options);
     if (!options.summaryFile.empty()) {
         std::ofstream(options.summaryFile, std::ios::trunc) << summaryText(outcome, *shared.report);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/kernel/EventBuffer.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -27,8 +29,9 @@ struct RunReport {
     std::atomic<std::int64_t> boardTime{0};
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
-    Footprint early; ///< at footprintStep
-    Footprint late;  ///< the last one
+    Footprint early;    ///< at footprintStep
+    Footprint late;     ///< the last one
+    EventBuffer events; ///< what is not yet in the event file
     char text[2048]{};
     char calls[2048]{}; ///< "name count" lines
 };

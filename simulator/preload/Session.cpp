@@ -44,16 +44,18 @@ std::uint32_t openDescriptors() {
 
 class Session {
   public:
-    Session(const RunOptions& options, RunReport& report) : report_(report), simulation_(options) {
+    Session(const RunOptions& options, RunReport& report)
+        : report_(report), simulation_(options, &report.events) {
         simulation_.end = [this](Ending ending, const std::string& text) {
             endEarly(ending, text);
         };
         simulation_.onStep = [this](std::uint64_t step) { noteStep(step); };
+        simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
         report_.armed = 1;
     }
 
     void programExits() {
-        simulation_.flushConsole(stdout);
+        simulation_.showHeld(stdout);
         finish(Ending::exited, "");
     }
 
@@ -61,7 +63,6 @@ class Session {
     void noteStep(std::uint64_t step) {
         report_.steps = step;
         report_.measurements = simulation_.console.measurements();
-        report_.boardTime = simulation_.board.now();
         if (step % RunReport::footprintEvery == RunReport::footprintStep) {
             report_.late = footprint();
             if (step == RunReport::footprintStep) {
@@ -81,7 +82,7 @@ class Session {
     }
 
     void finish(Ending ending, const std::string& text) {
-        simulation_.events.flush();
+        simulation_.events.finish();
         report_.boardTime = simulation_.board.now();
         report_.steps = simulation_.console.steps();
         report_.measurements = simulation_.console.measurements();
@@ -95,6 +96,7 @@ class Session {
     }
 
     [[noreturn]] void endEarly(Ending ending, const std::string& text) {
+        simulation_.showHeld(stdout);
         real::fflush(stdout);
         finish(ending, text);
         // A program built for coverage writes its counts only at an orderly exit.

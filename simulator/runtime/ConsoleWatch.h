@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -12,11 +11,14 @@ namespace sim {
 /// Reads along what the program shows on standard output, as a person would, and counts the steps
 /// that it begins and the measurements that it completes. The last status line of a measurement
 /// repeats the text of the step that it ends.
+///
+/// A status line is two lines of text, and only the second tells whether it announces a step beyond
+/// the limit, which is not part of the run. With a limit on steps it is held back until then.
 class ConsoleWatch {
   public:
     struct Verdict {
-        std::size_t shown = 0; ///< so many bytes of the piece belong to the run
-        bool ends = false;     ///< with them the limit is reached
+        std::string show;                      ///< text to hand on
+        std::optional<std::string_view> limit; ///< which limit is reached with it, if one is
     };
 
     ConsoleWatch(std::optional<std::uint64_t> steps, std::optional<std::uint64_t> measurements)
@@ -25,25 +27,28 @@ class ConsoleWatch {
     /// Called when a step begins, with its running number from 1.
     std::function<void(std::uint64_t)> onStep;
 
-    bool limited() const { return stepLimit_ || measurementLimit_; }
-    /// Takes a piece of output that was shown as a whole.
+    /// Takes a piece of output; what follows a limit in it is dropped.
     Verdict take(std::string_view text);
+    /// Gives up what is held back, for a run that ends otherwise.
+    std::string release();
 
     std::uint64_t steps() const { return steps_; }
     std::uint64_t measurements() const { return measurements_; }
 
   private:
-    enum class Line { ordinary, lastResult, stepBeyondLimit };
+    enum class Line { ordinary, statusBegins, lastResult, stepBeyondLimit };
 
-    Line takeLine(std::string_view line, std::size_t begin);
+    void takePart(std::string_view part, Verdict& verdict);
+    Line takeLine(std::string_view line);
     Line takeMessage(std::string_view message);
+    bool mayBecomeStatus() const;
 
     std::optional<std::uint64_t> stepLimit_;
     std::optional<std::uint64_t> measurementLimit_;
-    std::string partial_;
+    std::string line_; ///< the line under way
+    std::string held_;
     bool inStatus_ = false;
-    std::size_t statusBegin_ = 0; ///< where in partial_ the status line began that is being read
-    bool stepShown_ = false;      ///< the announced step's own line was seen
+    bool stepShown_ = false; ///< the announced step's own line was seen
     std::string announced_;
     std::uint64_t steps_ = 0;
     std::uint64_t measurements_ = 0;

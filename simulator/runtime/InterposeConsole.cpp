@@ -35,13 +35,4 @@ int putc(int character, FILE* stream) {
     return fputc(character, stream);
 }
 
-int fflush(FILE* stream) {
-    if (stream == stdout || stream == nullptr) {
-        if (Gate gate; gate) {
-            gate->flushConsole(stdout);
-        }
-    }
-    return SIM_REAL(fflush)(stream);
-}
-
 } // extern "C"

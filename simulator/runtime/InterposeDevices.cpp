@@ -3,6 +3,7 @@
 #include "simulator/runtime/Real.h"
 #include "simulator/runtime/Simulation.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <mntent.h>
@@ -61,8 +62,17 @@ int munmap(void* address, size_t length) noexcept {
 }
 
 int poll(pollfd* descriptors, nfds_t count, int timeout) {
-    if (Gate gate; gate && count != 0 && gate->kernel.owns(descriptors[0].fd)) {
+    if (Gate gate; gate && std::any_of(descriptors, descriptors + count, [&](const pollfd& one) {
+                       return gate->kernel.owns(one.fd);
+                   })) {
         return static_cast<int>(asResult(gate->kernel.poll(descriptors, count, timeout)));
+    }
+    if (Gate gate; gate && count == 0) {
+        gate->events.add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
+        gate->timeline.sleepUntil(timeout < 0 ? sim::never
+                                              : gate->timeline.now() + sim::milliseconds(timeout),
+                                  "the end of its sleep");
+        return 0;
     }
     return SIM_REAL(poll)(descriptors, count, timeout);
 }

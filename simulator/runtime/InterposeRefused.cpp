@@ -1,5 +1,5 @@
-// Calls that the simulated kernel does not model: on a board path or descriptor they stop the run,
-// elsewhere they go through.
+// Calls on files that the simulated kernel does not model: on a board path or descriptor they stop
+// the run, elsewhere they go through.
 
 #include "simulator/runtime/Real.h"
 #include "simulator/runtime/Simulation.h"
@@ -7,11 +7,13 @@
 #include <cstdarg>
 #include <dirent.h>
 #include <fcntl.h>
-#include <pthread.h>
+#include <poll.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace {
@@ -29,35 +31,89 @@ void refuse(const char* call, const char* path) {
 
 void refuse(const char* call, int descriptor) {
     if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        gate->kernel.unmodelled(std::string(call) + " of descriptor " + std::to_string(descriptor));
+        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.pathOf(descriptor));
     }
 }
 
-void refuseThreads(const char* call) {
-    if (Gate gate; gate) {
-        gate->kernel.unmodelled(std::string(call) +
-                                ": the board schedules threads until they are joined");
-    }
+mode_t modeArgument(int flags, va_list arguments) {
+    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 } // namespace
 
+// Stands in for a call whose first argument is a path or a descriptor.
+#define SIM_REFUSE(result, function, shown, parameters, first, ...)                                \
+    result function parameters noexcept(noexcept(::function(__VA_ARGS__))) {                       \
+        refuse(shown, first);                                                                      \
+        return SIM_REAL(function)(__VA_ARGS__);                                                    \
+    }
+
 extern "C" {
 
-DIR* opendir(const char* path) {
-    refuse("opendir", path);
-    return SIM_REAL(opendir)(path);
-}
+SIM_REFUSE(DIR*, opendir, "opendir", (const char* path), path, path)
+SIM_REFUSE(int, chdir, "chdir", (const char* path), path, path)
+SIM_REFUSE(int, unlink, "unlink", (const char* path), path, path)
+SIM_REFUSE(int, remove, "remove", (const char* path), path, path)
+SIM_REFUSE(int, rmdir, "rmdir", (const char* path), path, path)
+SIM_REFUSE(int, chmod, "chmod", (const char* path, mode_t mode), path, path, mode)
+SIM_REFUSE(int, truncate, "truncate", (const char* path, off_t length), path, path, length)
+SIM_REFUSE(int, truncate64, "truncate", (const char* path, off64_t length), path, path, length)
+SIM_REFUSE(ssize_t, readlink, "readlink", (const char* path, char* buffer, size_t size), path, path,
+           buffer, size)
+SIM_REFUSE(char*, realpath, "realpath", (const char* path, char* resolved), path, path, resolved)
+SIM_REFUSE(int, creat, "creat", (const char* path, mode_t mode), path, path, mode)
+SIM_REFUSE(int, creat64, "creat", (const char* path, mode_t mode), path, path, mode)
+SIM_REFUSE(FILE*, freopen, "freopen", (const char* path, const char* mode, FILE* stream), path,
+           path, mode, stream)
+SIM_REFUSE(FILE*, freopen64, "freopen", (const char* path, const char* mode, FILE* stream), path,
+           path, mode, stream)
+SIM_REFUSE(int, statvfs, "statvfs", (const char* path, struct statvfs* result), path, path, result)
+SIM_REFUSE(int, statvfs64, "statvfs", (const char* path, struct statvfs64* result), path, path,
+           result)
+SIM_REFUSE(int, umount2, "umount2", (const char* target, int flags), target, target, flags)
 
-int unlink(const char* path) noexcept {
-    refuse("unlink", path);
-    return SIM_REAL(unlink)(path);
-}
+SIM_REFUSE(int, fstatat, "fstatat", (int folder, const char* path, struct stat* result, int flags),
+           path, folder, path, result, flags)
+SIM_REFUSE(int, fstatat64, "fstatat",
+           (int folder, const char* path, struct stat64* result, int flags), path, folder, path,
+           result, flags)
+SIM_REFUSE(int, statx, "statx",
+           (int folder, const char* path, int flags, unsigned mask, struct statx* result), path,
+           folder, path, flags, mask, result)
+SIM_REFUSE(int, faccessat, "faccessat", (int folder, const char* path, int mode, int flags), path,
+           folder, path, mode, flags)
+SIM_REFUSE(int, mkdirat, "mkdirat", (int folder, const char* path, mode_t mode), path, folder, path,
+           mode)
+SIM_REFUSE(int, unlinkat, "unlinkat", (int folder, const char* path, int flags), path, folder, path,
+           flags)
+SIM_REFUSE(int, symlink, "symlink", (const char* target, const char* path), path, target, path)
+SIM_REFUSE(int, link, "link", (const char* target, const char* path), path, target, path)
 
-int remove(const char* path) noexcept {
-    refuse("remove", path);
-    return SIM_REAL(remove)(path);
-}
+SIM_REFUSE(DIR*, fdopendir, "fdopendir", (int descriptor), descriptor, descriptor)
+SIM_REFUSE(FILE*, fdopen, "fdopen", (int descriptor, const char* mode), descriptor, descriptor,
+           mode)
+SIM_REFUSE(int, dup, "dup", (int descriptor), descriptor, descriptor)
+SIM_REFUSE(int, dup2, "dup2", (int descriptor, int wanted), descriptor, descriptor, wanted)
+SIM_REFUSE(int, dup3, "dup3", (int descriptor, int wanted, int flags), descriptor, descriptor,
+           wanted, flags)
+SIM_REFUSE(int, flock, "flock", (int descriptor, int operation), descriptor, descriptor, operation)
+SIM_REFUSE(int, fsync, "fsync", (int descriptor), descriptor, descriptor)
+SIM_REFUSE(int, fdatasync, "fdatasync", (int descriptor), descriptor, descriptor)
+SIM_REFUSE(int, ftruncate, "ftruncate", (int descriptor, off_t length), descriptor, descriptor,
+           length)
+SIM_REFUSE(int, ftruncate64, "ftruncate", (int descriptor, off64_t length), descriptor, descriptor,
+           length)
+SIM_REFUSE(ssize_t, pread, "pread", (int descriptor, void* buffer, size_t size, off_t offset),
+           descriptor, descriptor, buffer, size, offset)
+SIM_REFUSE(ssize_t, pread64, "pread", (int descriptor, void* buffer, size_t size, off64_t offset),
+           descriptor, descriptor, buffer, size, offset)
+SIM_REFUSE(ssize_t, pwrite, "pwrite", (int descriptor, const void* data, size_t size, off_t offset),
+           descriptor, descriptor, data, size, offset)
+SIM_REFUSE(ssize_t, pwrite64, "pwrite",
+           (int descriptor, const void* data, size_t size, off64_t offset), descriptor, descriptor,
+           data, size, offset)
+SIM_REFUSE(ssize_t, readv, "readv", (int descriptor, const iovec* pieces, int count), descriptor,
+           descriptor, pieces, count)
 
 int rename(const char* from, const char* to) noexcept {
     refuse("rename", from);
@@ -65,116 +121,47 @@ int rename(const char* from, const char* to) noexcept {
     return SIM_REAL(rename)(from, to);
 }
 
-int rmdir(const char* path) noexcept {
-    refuse("rmdir", path);
-    return SIM_REAL(rmdir)(path);
+int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* mask) {
+    for (nfds_t i = 0; i < count; ++i) {
+        refuse("ppoll", descriptors[i].fd);
+    }
+    return SIM_REAL(ppoll)(descriptors, count, timeout, mask);
 }
 
-int chmod(const char* path, mode_t mode) noexcept {
-    refuse("chmod", path);
-    return SIM_REAL(chmod)(path, mode);
-}
-
-int truncate64(const char* path, off64_t length) noexcept {
-    refuse("truncate", path);
-    return SIM_REAL(truncate64)(path, length);
-}
-
-ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
-    refuse("readlink", path);
-    return SIM_REAL(readlink)(path, buffer, size);
-}
-
-int symlink(const char* target, const char* path) noexcept {
-    refuse("symlink", path);
-    return SIM_REAL(symlink)(target, path);
-}
-
-int creat64(const char* path, mode_t mode) {
-    refuse("creat", path);
-    return SIM_REAL(creat64)(path, mode);
+int openat(int folder, const char* path, int flags, ...) {
+    refuse("openat", path);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeArgument(flags, arguments);
+    va_end(arguments);
+    return SIM_REAL(openat)(folder, path, flags, mode);
 }
 
 int openat64(int folder, const char* path, int flags, ...) {
     refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    const mode_t mode = modeArgument(flags, arguments);
     va_end(arguments);
     return SIM_REAL(openat64)(folder, path, flags, mode);
 }
 
-FILE* freopen64(const char* path, const char* mode, FILE* stream) {
-    refuse("freopen", path);
-    return SIM_REAL(freopen64)(path, mode, stream);
-}
-
-int statx(int folder, const char* path, int flags, unsigned mask, struct statx* result) noexcept {
-    refuse("statx", path);
-    return SIM_REAL(statx)(folder, path, flags, mask, result);
-}
-
-int statvfs64(const char* path, struct statvfs64* result) noexcept {
-    refuse("statvfs", path);
-    return SIM_REAL(statvfs64)(path, result);
-}
-
-#if __SIZEOF_POINTER__ == 8 // where the C++ library's filesystem part calls them by these names
-int openat(int folder, const char* path, int flags, ...) {
+int fcntl(int descriptor, int command, ...) {
+    refuse("fcntl", descriptor);
     va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_start(arguments, command);
+    void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    return openat64(folder, path, flags, mode);
+    return SIM_REAL(fcntl)(descriptor, command, argument);
 }
 
-int truncate(const char* path, off_t length) noexcept {
-    return truncate64(path, length);
-}
-
-int statvfs(const char* path, struct statvfs* result) noexcept {
-    return statvfs64(path, reinterpret_cast<struct statvfs64*>(result));
-}
-#endif
-
-int umount2(const char* target, int flags) noexcept {
-    refuse("umount2", target);
-    return SIM_REAL(umount2)(target, flags);
-}
-
-int dup(int descriptor) noexcept {
-    refuse("dup", descriptor);
-    return SIM_REAL(dup)(descriptor);
-}
-
-int fsync(int descriptor) {
-    refuse("fsync", descriptor);
-    return SIM_REAL(fsync)(descriptor);
-}
-
-ssize_t pread64(int descriptor, void* buffer, size_t size, off64_t offset) {
-    refuse("pread", descriptor);
-    return SIM_REAL(pread64)(descriptor, buffer, size, offset);
-}
-
-ssize_t pwrite64(int descriptor, const void* data, size_t size, off64_t offset) {
-    refuse("pwrite", descriptor);
-    return SIM_REAL(pwrite64)(descriptor, data, size, offset);
-}
-
-int pthread_detach(pthread_t thread) noexcept {
-    refuseThreads("pthread_detach");
-    return SIM_REAL(pthread_detach)(thread);
-}
-
-int pthread_cancel(pthread_t thread) {
-    refuseThreads("pthread_cancel");
-    return SIM_REAL(pthread_cancel)(thread);
-}
-
-int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    refuseThreads("pthread_cond_wait");
-    return SIM_REAL(pthread_cond_wait)(condition, mutex);
+int fcntl64(int descriptor, int command, ...) {
+    refuse("fcntl", descriptor);
+    va_list arguments;
+    va_start(arguments, command);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    return SIM_REAL(fcntl64)(descriptor, command, argument);
 }
 
 } // extern "C"

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <pthread.h>
+#include <string>
 
 namespace {
 
@@ -56,15 +57,35 @@ void* trampoline(void* data) {
     return begin.body(begin.argument);
 }
 
+/// Who locked each mutex that is held, to name them in a deadlock.
+std::map<const pthread_mutex_t*, unsigned>& lockers() {
+    static std::map<const pthread_mutex_t*, unsigned> known;
+    return known;
+}
+
+std::string heldMutex(const pthread_mutex_t* mutex) {
+    const auto locker = lockers().find(mutex);
+    return locker == lockers().end()
+               ? std::string("a mutex that is held")
+               : "a mutex that thread " + std::to_string(locker->second) + " locked";
+}
+
 /// Locks as the C library does, but waits in the scheduler.
 int lockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
     for (;;) {
         const int result = SIM_REAL(pthread_mutex_trylock)(mutex);
         if (result != EBUSY) {
+            lockers()[mutex] = gate.self().number;
             return result;
         }
-        gate->scheduler.waitFor(gate.self(), mutex, "a mutex that is held");
+        gate->scheduler.waitFor(gate.self(), mutex, heldMutex(mutex));
     }
+}
+
+bool isDetached(const pthread_attr_t* attributes) {
+    int state = PTHREAD_CREATE_JOINABLE;
+    return attributes != nullptr && pthread_attr_getdetachstate(attributes, &state) == 0 &&
+           state == PTHREAD_CREATE_DETACHED;
 }
 
 } // namespace
@@ -76,6 +97,9 @@ int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*
     Gate gate;
     if (!gate) {
         return SIM_REAL(pthread_create)(result, attributes, body, argument);
+    }
+    if (isDetached(attributes)) {
+        gate->kernel.unmodelled("pthread_create of a thread that nobody joins");
     }
     if (const long error = gate->kernel.enter("pthread_create", ""); error != 0) {
         return static_cast<int>(-error);
@@ -105,6 +129,9 @@ int pthread_join(pthread_t joined, void** result) {
         return static_cast<int>(-error);
     }
     Scheduler::Thread* thread = found->second;
+    if (thread == &gate.self()) {
+        return EDEADLK;
+    }
     while (!thread->finished) {
         gate->scheduler.waitFor(gate.self(), thread,
                                 "the end of thread " + std::to_string(thread->number));
@@ -121,6 +148,7 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
         if (const long error = gate->kernel.enter("pthread_mutex_init", ""); error != 0) {
             return static_cast<int>(-error);
         }
+        lockers().erase(mutex);
     }
     return SIM_REAL(pthread_mutex_init)(mutex, attributes);
 }
@@ -137,6 +165,7 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
         const long error = gate->kernel.enter("pthread_mutex_unlock", "");
         const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
+        lockers().erase(mutex);
         gate->scheduler.wake(mutex);
         return error != 0 ? static_cast<int>(-error) : result;
     }

@@ -2,6 +2,7 @@
 
 #include "simulator/runtime/Real.h"
 #include "simulator/runtime/Simulation.h"
+#include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>
 #include <ctime>
@@ -24,6 +25,10 @@ Nanoseconds asNanoseconds(const timespec& time) {
     return static_cast<Nanoseconds>(time.tv_sec) * perSecond + time.tv_nsec;
 }
 
+bool isSpan(const timespec& span) {
+    return span.tv_sec >= 0 && span.tv_nsec >= 0 && span.tv_nsec < perSecond;
+}
+
 /// Sleeps on the board; a fault cuts the sleep in half and tells the rest, as a signal does.
 int sleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
     const long error = gate->kernel.enter("nanosleep", "");
@@ -43,9 +48,10 @@ extern "C" {
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
     if (clock != CLOCK_PROCESS_CPUTIME_ID && clock != CLOCK_THREAD_CPUTIME_ID) {
         if (Gate gate; gate) {
-            if (const long error =
+            if (const int error =
                     gate->faults.meet("clock_gettime", "").value_or(sim::Faults::Hit{}).error;
                 error != 0) {
+                gate->events.add("clock_gettime", "-", sim::errnoName(error));
                 return static_cast<int>(asResult(-error));
             }
             gate->timeline.looksAtClock();
@@ -90,6 +96,9 @@ clock_t clock() noexcept {
 
 int nanosleep(const timespec* span, timespec* rest) {
     if (Gate gate; gate) {
+        if (!isSpan(*span)) {
+            return static_cast<int>(asResult(-EINVAL));
+        }
         const int error = sleepOnBoard(gate, asNanoseconds(*span), rest);
         return static_cast<int>(asResult(-error));
     }
@@ -98,6 +107,9 @@ int nanosleep(const timespec* span, timespec* rest) {
 
 int clock_nanosleep(clockid_t clock, int flags, const timespec* span, timespec* rest) {
     if (Gate gate; gate) {
+        if (!isSpan(*span)) {
+            return EINVAL;
+        }
         Nanoseconds length = asNanoseconds(*span);
         if ((flags & TIMER_ABSTIME) != 0) {
             length -= clock == CLOCK_REALTIME ? gate->board.wallTime() : gate->timeline.now();

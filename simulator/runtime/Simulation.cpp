@@ -14,7 +14,7 @@ thread_local int depth = 0;
 
 } // namespace
 
-Simulation::Simulation(const RunOptions& options)
+Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
     : faults(options.scenario.faults), board(options.scenario, options.seed, options.startTime),
       scheduler(options.scenario.threadOrder, options.seed ^ 0x5EEDULL),
       timeline(board, scheduler, options.limits.boardTime, options.pace),
@@ -22,8 +22,14 @@ Simulation::Simulation(const RunOptions& options)
       console(options.limits.steps, options.limits.measurements) {
     events.now = [this] { return board.now(); };
     events.thread = [this] { return scheduler.current(); };
-    if (!options.eventsFile.empty() && !events.writeTo(options.eventsFile)) {
-        std::abort(); // the launcher has opened it before
+    if (!options.eventsFile.empty()) {
+        if (eventBuffer == nullptr) {
+            ownBuffer_ = std::make_unique<EventBuffer>();
+        }
+        if (!events.writeTo(options.eventsFile,
+                            eventBuffer != nullptr ? *eventBuffer : *ownBuffer_)) {
+            std::abort(); // the launcher has opened it before
+        }
     }
     board.onEvent = [this](const std::string& what, const std::string& data) {
         events.addWorld(what, "-", data);
@@ -56,26 +62,17 @@ void Simulation::leave() {
 }
 
 void Simulation::show(const void* data, std::size_t size, FILE* stream) {
-    const std::string_view text(static_cast<const char*>(data), size);
-    if (console.limited()) {
-        shown_ += text;
-    } else {
-        console.take(text);
-        real::fwrite(data, 1, size, stream);
+    const ConsoleWatch::Verdict verdict = console.take({static_cast<const char*>(data), size});
+    real::fwrite(verdict.show.data(), 1, verdict.show.size(), stream);
+    if (verdict.limit) {
+        real::fflush(stream);
+        end(Ending::limitReached, std::string(*verdict.limit));
     }
 }
 
-void Simulation::flushConsole(FILE* stream) {
-    if (!shown_.empty()) {
-        const ConsoleWatch::Verdict verdict = console.take(shown_);
-        real::fwrite(shown_.data(), 1, verdict.shown, stream);
-        shown_.clear();
-        if (verdict.ends) {
-            real::fflush(stream);
-            end(Ending::limitReached, console.measurements() != 0 ? "measurements" : "steps");
-        }
-    }
-    real::fflush(stream);
+void Simulation::showHeld(FILE* stream) {
+    const std::string held = console.release();
+    real::fwrite(held.data(), 1, held.size(), stream);
 }
 
 Gate::Gate() : simulation_(depth == 0 ? Simulation::ofThisThread() : nullptr) {

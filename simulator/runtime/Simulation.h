@@ -10,6 +10,7 @@
 #include "simulator/runtime/Timeline.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace sim {
@@ -21,7 +22,8 @@ enum class Ending { running, exited, limitReached, deadlock, unmodelled };
 /// that descend from it are scheduled by it and see its board. At most one lives at a time.
 class Simulation {
   public:
-    explicit Simulation(const RunOptions& options);
+    /// The lines of an event file pass through the given buffer, or through one of its own.
+    explicit Simulation(const RunOptions& options, EventBuffer* eventBuffer = nullptr);
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
     ~Simulation();
@@ -36,10 +38,11 @@ class Simulation {
 
     /// The calling process, just forked off, takes no further part.
     void leave();
-    /// Takes what the program shows on standard output; it goes on to the stream at the next flush.
+    /// Takes what the program shows on standard output and hands it on to the stream, up to a limit
+    /// on steps or measurements that is reached in it.
     void show(const void* data, std::size_t size, FILE* stream);
-    /// Hands on what was shown, up to a limit on steps or measurements that is reached in it.
-    void flushConsole(FILE* stream);
+    /// Hands on what may have been held back, for a run that ends otherwise.
+    void showHeld(FILE* stream);
 
     EventLog events;
     Faults faults;
@@ -50,7 +53,7 @@ class Simulation {
     ConsoleWatch console;
 
   private:
-    std::string shown_;
+    std::unique_ptr<EventBuffer> ownBuffer_;
 };
 
 /// One call of the program into the simulation. Empty when the calling thread takes no part, or

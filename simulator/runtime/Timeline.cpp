@@ -34,6 +34,9 @@ void Timeline::advanceTo(Nanoseconds moment) {
         return;
     }
     board_.advanceTo(std::min(moment, limit_));
+    if (onAdvance) {
+        onAdvance(now());
+    }
     keepPace();
     if (now() >= limit_) {
         onLimit();

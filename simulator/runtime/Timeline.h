@@ -15,6 +15,8 @@ class Timeline {
 
     /// Called once, when the limit in board time is reached.
     std::function<void()> onLimit;
+    /// Called whenever time has passed.
+    std::function<void(Nanoseconds now)> onAdvance;
 
     Nanoseconds now() const { return board_.now(); }
     /// The calling thread works for a span: time passes, nobody else runs.

@@ -87,7 +87,7 @@ TEST(FailedPriming, LeavesOutTheSearchAndCyclesAtOnce) {
 TEST(FailedPriming, BlocksThePumpForGoodWhenItHadLockedTheMotor) {
     const RunResult run = RunInstrument({.scenario = "pump-refuses-priming", .measurements = 1});
     EXPECT_EQ(run.status, kDeadlock);
-    EXPECT_TRUE(Contains(run.errors, "waits for a mutex that is held"));
+    EXPECT_TRUE(Contains(run.errors, "waits for a mutex that thread 1 locked"));
     EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 11U);
 }
 
