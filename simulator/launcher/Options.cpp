@@ -4,8 +4,11 @@
 #include "simulator/scenario/ScenarioFile.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cmath>
+#include <functional>
 #include <iostream>
+#include <limits>
 
 namespace sim {
 namespace {
@@ -19,6 +22,19 @@ struct RawOptions {
     double realTime = -1.0;
 };
 
+constexpr std::uint64_t mostCount = 1'000'000'000;
+constexpr double leastPace = 1e-6;
+constexpr double mostPace = 1e9;
+
+template <typename Number>
+std::optional<Number> numberOf(const std::string& text) {
+    Number number{};
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc{} && result.ptr == end ? std::optional<Number>{number}
+                                                         : std::nullopt;
+}
+
 std::optional<double> paceOf(const std::string& text) {
     if (text == "max") {
         return 0.0;
@@ -26,21 +42,74 @@ std::optional<double> paceOf(const std::string& text) {
     if (text == "real") {
         return 1.0;
     }
-    char* end = nullptr;
-    const double factor = std::strtod(text.c_str(), &end);
-    const bool number =
-        end != text.c_str() && *end == '\0' && std::isfinite(factor) && factor > 0.0;
-    return number ? std::optional<double>{factor} : std::nullopt;
+    const auto factor = numberOf<double>(text);
+    return factor && *factor >= leastPace && *factor <= mostPace ? factor : std::nullopt;
+}
+
+std::string instead(const std::string& wanted, const std::string& text) {
+    return "takes " + wanted + ", not '" + text + "'";
+}
+
+/// Checks of a value: each gives what would do instead, or nothing when the value is right.
+using Check = std::function<std::string(const std::string&)>;
+
+Check wholeNumber(std::uint64_t least, std::uint64_t most) {
+    return [=](const std::string& text) {
+        const auto number = numberOf<std::uint64_t>(text);
+        return number && *number >= least && *number <= most
+                   ? std::string()
+                   : instead("a whole number from " + std::to_string(least) + " to " +
+                                 std::to_string(most),
+                             text);
+    };
+}
+
+/// least: the shortest span, as a text too.
+Check spanOfSeconds(double least, const std::string& shown) {
+    return [=](const std::string& text) {
+        constexpr double most = 9e9;
+        const auto number = numberOf<double>(text);
+        return number && *number >= least && *number <= most
+                   ? std::string()
+                   : instead("seconds from " + shown + " to 9000000000", text);
+    };
 }
 
 std::string checkPace(const std::string& text) {
-    return paceOf(text) ? "" : "takes max, real or a factor above 0, not '" + text + "'";
+    return paceOf(text) ? "" : instead("max, real or a factor from 0.000001 to 1000000000", text);
 }
 
 std::string checkStart(const std::string& text) {
-    return WallClock::parse(text)
-               ? ""
-               : "takes a time such as \"2026-03-07 09:00:00\", not '" + text + "'";
+    return WallClock::parse(text) ? "" : instead("a time such as \"2026-03-07 09:00:00\"", text);
+}
+
+std::string checkCost(const std::string& text) {
+    return text == "none" || text == "board" ? "" : instead("none or board", text);
+}
+
+std::string checkPath(const std::string& text) {
+    const bool path = !text.empty() && text != "--" && text.find('\n') == std::string::npos;
+    return path ? "" : instead("a path", text);
+}
+
+/// What is wrong with a command line as a whole, in our words.
+std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        for (const std::string& extra : app.remaining()) {
+            if (extra != "--") {
+                return extra + ": no such option";
+            }
+        }
+    }
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        return "no program to run; name it after --";
+    }
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+        const std::string text = error.what();
+        const bool missing = text.find("missing") != std::string::npos;
+        return text.substr(0, text.find(':')) + (missing ? ": needs a value" : ": given twice");
+    }
+    return error.what();
 }
 
 void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
@@ -52,30 +121,33 @@ void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
         "status\n"
         "other than 0, 10 program crashed, 11 deadlock, 12 limit of real time passed, 13 call on "
         "a\n"
-        "board path that the simulation does not model, 14 simulation not armed, 15 cannot start.");
+        "board path that the simulation does not model, 14 simulation not armed, 15 cannot start,\n"
+        "130 and 143 interrupted.");
     app.add_option("--scenario", options.scenarioFile,
                    "What the board is like and what befalls it (TOML); see docs/simulated-board.md")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(checkPath);
     app.add_option("--seed", options.run.seed,
                    "Seed of the detector's noise and of seeded thread order")
         ->type_name("N")
+        ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
         ->capture_default_str();
     app.add_option("--measurements", options.run.limits.measurements,
                    "End after so many measurements")
         ->type_name("N")
-        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
+        ->check(wholeNumber(1, mostCount));
     app.add_option("--steps", options.run.limits.steps, "End after so many steps")
         ->type_name("N")
-        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
+        ->check(wholeNumber(1, mostCount));
     app.add_option("--board-time", raw.boardTime, "End after so many seconds of board time")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1e-6, 9e9));
+        ->check(spanOfSeconds(1e-6, "0.000001"));
     app.add_option(
            "--real-time", raw.realTime,
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
            "else 0)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 9e9));
+        ->check(spanOfSeconds(0.0, "0"));
     app.add_option("--pace", raw.pace, "Board time against real time: max, real or a factor")
         ->type_name("max|real|FACTOR")
         ->capture_default_str()
@@ -89,20 +161,23 @@ void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "--root", options.root,
            "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
            "go with the run")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(checkPath);
     app.add_option(
            "--events", options.run.eventsFile,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
            "operation, path, data")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(checkPath);
     app.add_option("--io-cost", raw.ioCost,
                    "Board time that calls take: none, or what a board needs")
         ->type_name("none|board")
         ->capture_default_str()
-        ->check(CLI::IsMember({"none", "board"}));
+        ->check(checkCost);
     app.add_option("--summary", options.summaryFile,
                    "Write how the run went: its end, board time, steps, calls, memory")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(checkPath);
     app.add_option("PROGRAM", options.program, "The program and its arguments, after --")
         ->required()
         ->type_name("")
@@ -124,7 +199,8 @@ std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exit
         if (help) {
             app.exit(error);
         } else {
-            std::cerr << "simulate: " << error.what() << " (simulate --help tells what would do)\n";
+            std::cerr << "simulate: " << problemOf(app, error)
+                      << " (simulate --help explains every option)\n";
         }
         exitStatus = static_cast<int>(help ? ExitStatus::asAsked : ExitStatus::wrongUse);
         return std::nullopt;

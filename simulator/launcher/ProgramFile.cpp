@@ -60,6 +60,17 @@ Executable readExecutable(const std::string& path) {
     return result;
 }
 
+std::string whyNotFound(const std::string& name) {
+    std::error_code error;
+    if (name.find('/') == std::string::npos) {
+        return ": no such program in PATH";
+    }
+    if (fs::is_directory(name, error)) {
+        return ": a folder; name the program in it";
+    }
+    return fs::exists(name, error) ? ": not executable" : ": no such program";
+}
+
 } // namespace
 
 ProgramFile findProgram(const std::string& name) {
@@ -68,7 +79,7 @@ ProgramFile findProgram(const std::string& name) {
     std::error_code error;
     const fs::path resolved = found.empty() ? fs::path() : fs::canonical(found, error);
     if (found.empty() || error) {
-        program.problem = name + ": no such program";
+        program.problem = name + whyNotFound(name);
         return program;
     }
     const Executable own = readExecutable("/proc/self/exe");

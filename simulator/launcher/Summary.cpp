@@ -10,11 +10,11 @@ namespace sim {
 namespace {
 
 std::string moment(const RunReport& report) {
-    char text[64];
-    std::snprintf(text, sizeof text, "in step %llu, at %.3f s of board time",
-                  static_cast<unsigned long long>(report.steps.load()),
+    char time[48];
+    std::snprintf(time, sizeof time, ", at %.3f s of board time",
                   static_cast<double>(report.boardTime.load()) / 1e9);
-    return text;
+    const std::uint64_t steps = report.steps;
+    return (steps == 0 ? "before the first step" : "in step " + std::to_string(steps)) + time;
 }
 
 Outcome outcome(ExitStatus status, const std::string& word, const std::string& line) {
@@ -38,7 +38,8 @@ Outcome judgeExit(int status, const RunReport& report) {
     }
     if (status != 0) {
         return outcome(ExitStatus::programFailed, "program failed",
-                       "the program ended with status " + std::to_string(status));
+                       "the program ended with status " + std::to_string(status) + " " +
+                           moment(report));
     }
     return {ExitStatus::asAsked, "", "program ended"};
 }
@@ -64,7 +65,7 @@ Outcome judge(const ChildEnd& end, const RunReport& report, const LauncherOption
         std::snprintf(limit, sizeof limit, "%g", options.realTime);
         return outcome(ExitStatus::realTimeLimit, "real time limit",
                        std::string("limit of ") + limit + " s of real time passed " +
-                           moment(report));
+                           moment(report) + " (--real-time sets it)");
     }
     case ChildEnd::Kind::interrupted:
         return {static_cast<ExitStatus>(128 + end.value), "simulate: interrupted", "interrupted"};

@@ -53,6 +53,19 @@ struct SharedReport {
     RunReport* report = nullptr;
 };
 
+/// A descriptor that the program inherits and reads the text from; negative when there is none.
+int descriptorOf(const std::optional<std::string>& text) {
+    const int file = text ? memfd_create("scenario", 0) : -1;
+    if (file >= 0) {
+        const auto size = static_cast<ssize_t>(text->size());
+        if (write(file, text->data(), text->size()) != size || lseek(file, 0, SEEK_SET) != 0) {
+            close(file);
+            return -1;
+        }
+    }
+    return file;
+}
+
 /// Adds to a variable of options in the form that the sanitizers read, after what the user set.
 std::pair<std::string, std::string> sanitizerOptions(const char* name, const std::string& added) {
     const char* present = std::getenv(name);
@@ -60,14 +73,12 @@ std::pair<std::string, std::string> sanitizerOptions(const char* name, const std
 }
 
 sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& program,
-                             const std::string& root, int reportDescriptor) {
+                             const std::string& root, int report, int scenario) {
     sim::RunRequest request;
     request.program = program;
-    request.reportDescriptor = reportDescriptor;
+    request.reportDescriptor = report;
+    request.scenarioDescriptor = scenario;
     std::error_code error;
-    if (!options.scenarioFile.empty()) {
-        request.scenarioFile = fs::absolute(options.scenarioFile, error);
-    }
     request.options = options.run;
     request.options.root = root;
     if (!options.run.eventsFile.empty()) {
@@ -128,26 +139,40 @@ void saveEvents(const std::string& path, const sim::EventBuffer& rest) {
     }
 }
 
-int run(const LauncherOptions& options, const std::string& program) {
+/// What is wrong with the files that the run is to write; empty when nothing is.
+std::string outputProblem(const LauncherOptions& options) {
+    std::error_code ignored;
+    for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
+                                       std::pair{"--summary", options.summaryFile}}) {
+        if (!writable(path)) {
+            return std::string(option) + " " + path +
+                   ": cannot be written to; takes a file in a folder that is there";
+        }
+    }
+    return fs::equivalent(options.run.eventsFile, options.summaryFile, ignored)
+               ? "--summary " + options.summaryFile +
+                     ": holds the events already; takes another file"
+               : "";
+}
+
+int run(const LauncherOptions& options, const std::optional<std::string>& scenario,
+        const std::string& program) {
     const sim::RunRoot root(options.root);
     if (!root.problem().empty()) {
         return refuse(ExitStatus::cannotStart, root.problem());
     }
-    for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
-                                       std::pair{"--summary", options.summaryFile}}) {
-        if (!writable(path)) {
-            return refuse(ExitStatus::cannotStart,
-                          std::string(option) + " " + path + ": cannot be written to");
-        }
+    if (const std::string problem = outputProblem(options); !problem.empty()) {
+        return refuse(ExitStatus::cannotStart, problem);
     }
     const SharedReport shared;
-    if (shared.report == nullptr) {
+    const int scenarioText = descriptorOf(scenario);
+    if (shared.report == nullptr || (scenario && scenarioText < 0)) {
         return refuse(ExitStatus::cannotStart, "no memory to share with the program");
     }
     sim::ChildEnd end;
     {
         ProgressLine progress(options.run.pace == 0.0);
-        end = runChild(commandFor(options, program, root.path(), shared.descriptor),
+        end = runChild(commandFor(options, program, root.path(), shared.descriptor, scenarioText),
                        [&] { progress.update(*shared.report); });
     }
     saveEvents(options.run.eventsFile, shared.report->events);
@@ -169,9 +194,15 @@ int main(int argc, char** argv) {
     if (!options) {
         return status;
     }
+    std::optional<std::string> scenario;
     if (!options->scenarioFile.empty()) {
-        const auto read = sim::readScenarioFile(options->scenarioFile);
+        const auto read = sim::readScenarioText(options->scenarioFile);
         if (const auto* error = std::get_if<sim::ScenarioError>(&read)) {
+            return refuse(ExitStatus::badScenario, error->text);
+        }
+        scenario = std::get<std::string>(read);
+        const auto parsed = sim::parseScenario(*scenario, options->scenarioFile);
+        if (const auto* error = std::get_if<sim::ScenarioError>(&parsed)) {
             return refuse(ExitStatus::badScenario, error->text);
         }
     }
@@ -184,5 +215,5 @@ int main(int argc, char** argv) {
         return refuse(program.path.empty() ? ExitStatus::cannotStart : ExitStatus::notArmed,
                       program.problem);
     }
-    return run(*options, program.path);
+    return run(*options, scenario, program.path);
 }

@@ -50,7 +50,7 @@ std::string encode(const RunRequest& request) {
     };
     add("program", request.program);
     add("report", std::to_string(request.reportDescriptor));
-    add("scenario", request.scenarioFile);
+    add("scenario", std::to_string(request.scenarioDescriptor));
     add("seed", std::to_string(options.seed));
     add("start", std::to_string(options.startTime));
     add("root", options.root);
@@ -72,17 +72,18 @@ std::string encode(const RunRequest& request) {
 std::optional<RunRequest> decodeRunRequest(std::string_view text) {
     const Fields fields = split(text);
     const auto report = number<int>(fields, "report");
+    const auto scenario = number<int>(fields, "scenario");
     const auto seed = number<std::uint64_t>(fields, "seed");
     const auto start = number<std::int64_t>(fields, "start");
     const auto pace = number<double>(fields, "pace");
     const auto boardTime = number<Nanoseconds>(fields, "board-time");
-    if (!report || !seed || !start || !pace || !boardTime) {
+    if (!report || !scenario || !seed || !start || !pace || !boardTime) {
         return std::nullopt;
     }
     RunRequest request;
     request.program = textOf(fields, "program");
     request.reportDescriptor = *report;
-    request.scenarioFile = textOf(fields, "scenario");
+    request.scenarioDescriptor = *scenario;
     request.options.seed = *seed;
     request.options.startTime = *start;
     request.options.root = textOf(fields, "root");

@@ -13,7 +13,7 @@ namespace sim {
 struct RunRequest {
     std::string program; ///< resolved path of the one program to arm in
     int reportDescriptor = -1;
-    std::string scenarioFile; ///< empty: the default scenario
+    int scenarioDescriptor = -1; ///< of the scenario's text; negative: the default scenario
     RunOptions options;       ///< all but the scenario
 };
 

@@ -126,6 +126,23 @@ RunReport* mapReport(int descriptor) {
     return page == MAP_FAILED ? nullptr : static_cast<RunReport*>(page);
 }
 
+/// The scenario that the launcher has checked already.
+std::optional<Scenario> scenarioFrom(int descriptor) {
+    if (descriptor < 0) {
+        return Scenario{};
+    }
+    std::string text;
+    char piece[4096];
+    for (ssize_t count = real::read(descriptor, piece, sizeof piece); count > 0;
+         count = real::read(descriptor, piece, sizeof piece)) {
+        text.append(piece, static_cast<std::size_t>(count));
+    }
+    real::close(descriptor);
+    auto read = parseScenario(text, "scenario");
+    auto* scenario = std::get_if<Scenario>(&read);
+    return scenario != nullptr ? std::optional<Scenario>(std::move(*scenario)) : std::nullopt;
+}
+
 __attribute__((constructor)) void armInTheNamedProgram() {
     const char* text = std::getenv(runVariable);
     if (text == nullptr) {
@@ -139,17 +156,11 @@ __attribute__((constructor)) void armInTheNamedProgram() {
     unsetenv(runVariable);
     unsetenv("LD_PRELOAD");
     RunReport* report = mapReport(request->reportDescriptor);
-    if (report == nullptr) {
-        return;
+    auto scenario = scenarioFrom(request->scenarioDescriptor);
+    if (report == nullptr || !scenario) {
+        _exit(EXIT_FAILURE); // rather than touch this machine's own devices
     }
-    if (!request->scenarioFile.empty()) {
-        auto read = readScenarioFile(request->scenarioFile);
-        if (const auto* scenario = std::get_if<Scenario>(&read)) {
-            request->options.scenario = *scenario;
-        } else {
-            return;
-        }
-    }
+    request->options.scenario = std::move(*scenario);
     session = new Session(request->options, *report);
 }
 

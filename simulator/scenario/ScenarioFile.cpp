@@ -1,12 +1,13 @@
 #include "simulator/scenario/ScenarioFile.h"
 
+#include "simulator/board/BoardPaths.h"
 #include "simulator/board/Lines.h"
 #include "simulator/board/PwmChip.h"
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/scenario/FaultTable.h"
 #include "simulator/scenario/TomlTable.h"
 
 #include <algorithm>
-#include <array>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -14,34 +15,6 @@ namespace sim {
 namespace {
 
 constexpr double longestRun = 1e9; // seconds, some thirty years
-
-constexpr std::array<std::string_view, 27> faultCalls{"access",
-                                                      "clock_gettime",
-                                                      "close",
-                                                      "endmntent",
-                                                      "fork",
-                                                      "ioctl",
-                                                      "kill",
-                                                      "lseek",
-                                                      "lstat",
-                                                      "mkdir",
-                                                      "mmap",
-                                                      "mount",
-                                                      "nanosleep",
-                                                      "open",
-                                                      "poll",
-                                                      "pthread_create",
-                                                      "pthread_join",
-                                                      "pthread_mutex_init",
-                                                      "pthread_mutex_lock",
-                                                      "pthread_mutex_unlock",
-                                                      "read",
-                                                      "setmntent",
-                                                      "stat",
-                                                      "statfs",
-                                                      "system",
-                                                      "umount",
-                                                      "write"};
 
 void readSample(TomlTable& table, Scenario& scenario) {
     table.readNumbers("absorbance", scenario.absorbances, -2.0, 6.0);
@@ -76,6 +49,11 @@ void readCard(TomlTable& table, Scenario& scenario) {
     table.read("read_only", scenario.cardReadOnly);
     table.read("mount_point", scenario.mountPointExists);
     table.readInteger("free_bytes", scenario.cardFreeBytes, 0, 1LL << 50);
+    if (scenario.cardMounted && !(scenario.cardPresent && scenario.cardPartitioned &&
+                                  scenario.cardFat && scenario.mountPointExists)) {
+        table.fail("mounted", "a mounted card is present, has a partition with a FAT file system, "
+                              "and a mount point");
+    }
     table.tables("event", [&](TomlTable& event) { readCardEvent(event, scenario); });
 }
 
@@ -125,40 +103,6 @@ void readLines(TomlTable& table, Scenario& scenario) {
     });
 }
 
-void readFault(TomlTable& table, Scenario& scenario) {
-    Fault fault;
-    table.require("call");
-    table.read("call", fault.call);
-    table.read("path", fault.path);
-    table.readInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
-    if (!isFaultCall(fault.call)) {
-        table.fail("call", "unknown call; known: " + faultCallNames());
-    }
-    std::string error;
-    table.read("errno", error);
-    if (table.has("bytes")) {
-        std::int64_t bytes = 0;
-        table.readInteger("bytes", bytes, 0, 1'000'000);
-        fault.bytes = static_cast<std::uint64_t>(bytes);
-        if (fault.call != "read" && fault.call != "write") {
-            table.fail("bytes", "goes with the calls read and write only");
-        }
-    }
-    if (table.has("errno") == table.has("bytes")) {
-        table.fail("errno", "a fault has either an errno or bytes");
-    } else if (table.has("errno") && !errnoNumber(error)) {
-        table.fail("errno", R"(unknown name ")" + error + R"("; takes one such as "EACCES")");
-    }
-    fault.error = errnoNumber(error).value_or(0);
-    std::string repeat = "once";
-    table.read("repeat", repeat);
-    if (repeat != "once" && repeat != "forever") {
-        table.fail("repeat", R"(takes "once" or "forever")");
-    }
-    fault.forever = repeat == "forever";
-    scenario.faults.push_back(fault);
-}
-
 void readThreads(TomlTable& table, Scenario& scenario) {
     std::string order = "arrival";
     table.read("order", order);
@@ -202,10 +146,21 @@ void readAdc(TomlTable& table, Scenario& scenario) {
     });
 }
 
+void checkBoardPath(TomlTable& table, std::string_view key, const std::string& path) {
+    if (!isBoardPath(path)) {
+        table.fail(key, "\"" + path +
+                            "\" is no path of the board; takes one such as "
+                            "\"/sys/class/gpio/pioB18/value\"");
+    }
+}
+
 void readBoard(TomlTable& table, Scenario& scenario) {
     table.read("present", scenario.boardPresent);
     std::vector<std::string> missing;
     table.readStrings("missing", missing);
+    for (const std::string& path : missing) {
+        checkBoardPath(table, "missing", path);
+    }
     scenario.missing.insert(missing.begin(), missing.end());
 }
 
@@ -233,6 +188,7 @@ void readAll(TomlTable& top, Scenario& scenario) {
     });
     top.table("attributes", [&](TomlTable& table) {
         table.texts([&](const std::string& path, const std::string& text) {
+            checkBoardPath(table, path, path);
             scenario.attributes[path] = text;
         });
     });
@@ -241,18 +197,6 @@ void readAll(TomlTable& top, Scenario& scenario) {
 }
 
 } // namespace
-
-bool isFaultCall(std::string_view call) {
-    return std::find(faultCalls.begin(), faultCalls.end(), call) != faultCalls.end();
-}
-
-std::string faultCallNames() {
-    std::string names;
-    for (const std::string_view call : faultCalls) {
-        names += (names.empty() ? "" : ", ") + std::string(call);
-    }
-    return names;
-}
 
 std::variant<Scenario, ScenarioError> parseScenario(std::string_view toml,
                                                     const std::string& name) {
@@ -274,17 +218,13 @@ std::variant<Scenario, ScenarioError> parseScenario(std::string_view toml,
     return scenario;
 }
 
-std::variant<Scenario, ScenarioError> readScenarioFile(const std::string& path) {
+std::variant<std::string, ScenarioError> readScenarioText(const std::string& path) {
+    std::error_code ignored;
     std::ifstream file(path);
-    if (!file) {
-        return ScenarioError{path + ": cannot be read"};
+    if (!file || std::filesystem::is_directory(path, ignored)) {
+        return ScenarioError{path + ": cannot be read; takes a file in TOML"};
     }
-    std::stringstream text;
-    text << file.rdbuf();
-    if (file.bad()) {
-        return ScenarioError{path + ": cannot be read"};
-    }
-    return parseScenario(text.str(), path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 } // namespace sim

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "simulator/scenario/Scenario.h"
+#include "simulator/scenario/TomlTable.h"
+
+#include <string>
+
+namespace sim {
+
+/// Reads one [[fault]] table.
+void readFault(TomlTable& table, Scenario& scenario);
+
+/// The calls that a fault can be set on, separated by ", ".
+std::string faultCallNames();
+
+} // namespace sim

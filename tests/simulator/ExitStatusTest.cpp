@@ -1,0 +1,170 @@
+// What `simulate` tells of a program that goes wrong: a status of its own and one clear line.
+
+#include "tests/simulator/Launcher.h"
+
+#include "tests/system/TemporaryFolder.h"
+#include "tests/system/Text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <gtest/gtest.h>
+
+namespace tavrelin {
+namespace {
+
+struct Trouble {
+    Words words;
+    int status;
+    std::string line; ///< that stands alone on standard error, between "simulate: " and its newline
+    Words options{};
+};
+
+void PrintTo(const Trouble& trouble, std::ostream* out) {
+    *out << trouble.words.front();
+}
+
+class ExitStatus : public testing::TestWithParam<Trouble> {};
+
+TEST_P(ExitStatus, ComesWithOneLine) {
+    const Trouble& trouble = GetParam();
+    const CommandResult run = simulateTrouble(trouble.words, trouble.options);
+    EXPECT_EQ(run.status, trouble.status);
+    EXPECT_EQ(run.error, "simulate: " + trouble.line + "\n");
+    EXPECT_EQ(run.output, "");
+}
+
+/// A trouble's words as the name of its test.
+std::string nameOf(const testing::TestParamInfo<Trouble>& trouble) {
+    std::string name;
+    for (const std::string& word : trouble.param.words) {
+        name += (name.empty() ? "" : "_") + word;
+    }
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    return name;
+}
+
+const std::string atTheStart = "before the first step, at 0.000 s of board time";
+
+INSTANTIATE_TEST_SUITE_P(
+    Crash, ExitStatus,
+    testing::Values(Trouble{{"segfault"}, 10, "the program crashed (SIGSEGV) " + atTheStart},
+                    Trouble{{"abort"}, 10, "the program crashed (SIGABRT) " + atTheStart},
+                    Trouble{{"crash-after-export", "7"},
+                            10,
+                            "the program crashed (SIGSEGV) before the first step, at 1.500 s of "
+                            "board time"}),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Deadlock, ExitStatus,
+    testing::Values(
+        Trouble{{"two-mutexes"},
+                11,
+                "deadlock before the first step, at 0.020 s of board time: thread 2 waits for a "
+                "mutex that thread 1 locked; thread 1 waits for a mutex that thread 2 locked"},
+        Trouble{{"one-mutex-twice"},
+                11,
+                "deadlock " + atTheStart + ": thread 1 waits for a mutex that thread 1 locked"},
+        Trouble{{"edge-that-never-comes", "7"},
+                11,
+                "deadlock " + atTheStart + ": thread 1 waits for an edge on line A7"}),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(RealTime, ExitStatus,
+                         testing::Values(Trouble{{"spin"},
+                                                 12,
+                                                 "limit of 0.1 s of real time passed " +
+                                                     atTheStart + " (--real-time sets it)",
+                                                 {"--real-time", "0.1"}}),
+                         nameOf);
+
+const std::string notModelled = "the simulated board does not model ";
+
+INSTANTIATE_TEST_SUITE_P(
+    Unmodelled, ExitStatus,
+    testing::Values(
+        Trouble{{"open-folder", "/sys/class/gpio"},
+                13,
+                notModelled + "opendir of /sys/class/gpio (" + atTheStart + ")"},
+        Trouble{{"open-file", "/sys/class/../class/gpio/export"},
+                13,
+                notModelled + "open of /sys/class/../class/gpio/export, a path with dots in it (" +
+                    atTheStart + ")"},
+        Trouble{{"open-file", "/dev/mmcblk0"},
+                13,
+                notModelled + "open of /dev/mmcblk0 (" + atTheStart + ")"},
+        Trouble{{"read-by-the-library", "/sys/class/pwm/pwmchip0/npwm"},
+                13,
+                notModelled + "fgets of /sys/class/pwm/pwmchip0/npwm (" + atTheStart + ")"},
+        Trouble{{"become-another", "true"},
+                13,
+                notModelled +
+                    "execlp of true, which would not run on the board; name the program itself (" +
+                    atTheStart + ")"},
+        Trouble{{"leave-a-thread"},
+                13,
+                notModelled +
+                    "pthread_detach, because the board schedules threads that are joined, and "
+                    "waits on mutexes and joins only (" +
+                    atTheStart + ")"}),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(Failure, ExitStatus,
+                         testing::Values(Trouble{
+                             {"status", "3"}, 4, "the program ended with status 3 " + atTheStart}),
+                         nameOf);
+
+TEST(ExitStatusOfARun, IsZeroWhenTheProgramEndsWell) {
+    const CommandResult run = simulateTrouble({"status", "0"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.error, "");
+}
+
+TEST(ExitStatusOfARun, TellsAStaticProgramBeforeItRuns) {
+    const std::string program = testProgram("static-troublemaker");
+    const CommandResult run = simulate({}, {program, "speak"});
+    EXPECT_EQ(run.status, 14);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.error, "simulate: " + program +
+                             ": statically linked, the simulated board cannot stand under it\n");
+}
+
+TEST(ExitStatusOfARun, TellsAScriptBeforeItRuns) {
+    const TemporaryFolder folder;
+    const std::string script = folder.File("script");
+    WriteText(script, "#!/bin/sh\necho ran\n");
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    const CommandResult run = simulate({}, {script});
+    EXPECT_EQ(run.status, 14);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.error, "simulate: " + script +
+                             ": not an ELF program; name the program itself, not a script around "
+                             "it\n");
+}
+
+TEST(ExitStatusOfARun, TellsAProgramThatIsNotThere) {
+    const TemporaryFolder folder;
+    WriteText(folder.File("text"), "no program");
+    const auto lineFor = [](const std::string& program) {
+        const CommandResult run = simulate({}, {program});
+        EXPECT_EQ(run.status, 15);
+        return run.error;
+    };
+    EXPECT_EQ(lineFor("no-such-program-anywhere"),
+              "simulate: no-such-program-anywhere: no such program in PATH\n");
+    EXPECT_EQ(lineFor("/nowhere/at-all"), "simulate: /nowhere/at-all: no such program\n");
+    EXPECT_EQ(lineFor(folder.File("text")),
+              "simulate: " + folder.File("text") + ": not executable\n");
+    EXPECT_EQ(lineFor("/usr/bin"), "simulate: /usr/bin: a folder; name the program in it\n");
+}
+
+TEST(ExitStatusOfARun, LooksProgramsUpAsAShellDoes) {
+    EXPECT_EQ(simulate({}, {"true"}).status, 0);
+    const CommandResult failed = simulate({}, {"false"});
+    EXPECT_EQ(failed.status, 4);
+    EXPECT_EQ(failed.error, "simulate: the program ended with status 1 " + atTheStart + "\n");
+}
+
+} // namespace
+} // namespace tavrelin

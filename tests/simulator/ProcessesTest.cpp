@@ -1,0 +1,126 @@
+// What the program and its processes see: its own streams unchanged, the board under it alone, and
+// the launcher's signals.
+
+#include "tests/simulator/Launcher.h"
+
+#include "tests/system/TemporaryFolder.h"
+#include "tests/system/Text.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tavrelin {
+namespace {
+
+TEST(Streams, PassUnchanged) {
+    const std::string command = "printf 'a\\nb\\n' | " + binary("simulate") + " --steps 3 -- " +
+                                testProgram("troublemaker") + " speak";
+    const CommandResult run = RunCommand({"sh", "-c", command});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, "first, second\nheard a\nheard b\nT");
+    EXPECT_EQ(run.error, "complaint\n");
+}
+
+TEST(Streams, KeepTheirOrderOnOneTerminal) {
+    const std::string command =
+        binary("simulate") + " -- " + testProgram("troublemaker") + " speak 2>&1 </dev/null";
+    const CommandResult run = RunCommand({"sh", "-c", command});
+    EXPECT_TRUE(Contains(run.output, "complaint\n"));
+    EXPECT_TRUE(Contains(run.output, "first, second\n"));
+}
+
+TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {
+    ASSERT_NE(::access("/sys/class/pwm/pwmchip0/npwm", F_OK), 0) << "a machine with such a device";
+    const CommandResult run = simulateTrouble({"look-around", "/sys/class/pwm/pwmchip0/npwm"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, "board yes\n"
+                          "shell no\n"
+                          "fork no\n"
+                          "exec no\n"
+                          "preloaded no\n");
+}
+
+TEST(Board, IsInertInOtherPrograms) {
+    const std::string library = std::string(TAVRELIN_BIN_DIR) + "/../lib/libsimulated-board.so";
+    const Words preloaded{"env", "LD_PRELOAD=" + library};
+    const auto lookAround = [&](Words command) {
+        command.insert(command.begin(), preloaded.begin(), preloaded.end());
+        return RunCommand(command).output;
+    };
+    const std::string path = "/sys/class/pwm/pwmchip0/npwm";
+    EXPECT_EQ(lookAround({"sh", "-c", "test -e " + path + " || echo none"}), "none\n");
+    const std::string other = "TAVRELIN_SIMULATION=program=/bin/other\nreport=9\nscenario=-1\n"
+                              "seed=1\nstart=0\npace=0\nboard-time=9\n";
+    EXPECT_EQ(lookAround({other, "sh", "-c", "test -e " + path + " || echo none"}), "none\n");
+    EXPECT_EQ(lookAround({"TAVRELIN_SIMULATION=rubbish", "echo", "works"}), "works\n");
+}
+
+/// A run of a program that spins for ever, from its start to its end.
+class SpinningRun {
+  public:
+    SpinningRun() {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        launcher_ = ::fork();
+        if (launcher_ == 0) {
+            ::dup2(ends[1], STDOUT_FILENO);
+            ::dup2(::open(errors_.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+            ::execl(binary("simulate").c_str(), "simulate", "--", troublemaker_.c_str(),
+                    "spin-ready", static_cast<char*>(nullptr));
+            ::_exit(127);
+        }
+        ::close(ends[1]);
+        std::array<char, 32> text{};
+        EXPECT_GT(::read(ends[0], text.data(), text.size() - 1), 0);
+        ::close(ends[0]);
+        program_ = std::atoi(text.data());
+    }
+    SpinningRun(const SpinningRun&) = delete;
+    SpinningRun& operator=(const SpinningRun&) = delete;
+    ~SpinningRun() {
+        if (launcher_ > 0) {
+            ::kill(launcher_, SIGKILL);
+            ::waitpid(launcher_, nullptr, 0);
+        }
+    }
+    pid_t program() const { return program_; }
+    std::string errors() const { return TextOf(errors_); }
+    /// Sends a signal to the launcher and gives its exit status, or minus the signal it died of.
+    int stop(int signal) {
+        int status = 0;
+        ::kill(launcher_, signal);
+        ::waitpid(launcher_, &status, 0);
+        launcher_ = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+  private:
+    TemporaryFolder folder_;
+    std::string errors_ = folder_.File("errors");
+    std::string troublemaker_ = testProgram("troublemaker");
+    pid_t launcher_ = 0;
+    pid_t program_ = 0;
+};
+
+bool isGone(pid_t process) {
+    return ::kill(process, 0) == -1 && errno == ESRCH;
+}
+
+TEST(Interruption, EndsTheProgramWithTheLauncher) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        SpinningRun run;
+        ASSERT_GT(run.program(), 0);
+        EXPECT_FALSE(isGone(run.program()));
+        EXPECT_EQ(run.stop(signal), 128 + signal);
+        EXPECT_TRUE(isGone(run.program()));
+        EXPECT_EQ(run.errors(), "simulate: interrupted\n");
+    }
+}
+
+} // namespace
+} // namespace tavrelin
