@@ -27,8 +27,8 @@ class CodecTest : public testing::Test {
 
 /// A call of the sound library that fails or answers oddly.
 struct OddAnswer {
-    const char* call;
-    long result;
+    const char* call = "";
+    long result = 0;
     unsigned occurrence = 1;
 };
 

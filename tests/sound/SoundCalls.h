@@ -36,7 +36,7 @@ class SoundCalls {
     // For the stand-ins of the library's calls.
     static SoundCalls* Watching();
     std::optional<long> Meet(const std::string& call, const std::string& arguments);
-    std::optional<int> SwitchOf(int channel) const;
+    [[nodiscard]] std::optional<int> SwitchOf(int channel) const;
     void Acquired() { ++unreleased_; }
     void Released() { --unreleased_; }
 

@@ -1,13 +1,9 @@
 #include "tests/sound/TestCard.h"
 
 #include <alsa/asoundlib.h>
-#include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace tavrelin {
 
@@ -16,14 +12,6 @@ namespace {
 constexpr const char* kPlugins =
     "ctl_type.tavrelin_mixer { lib \"" TAVRELIN_MIXER_PLUGIN "\" }\n"
     "pcm_type.tavrelin_capture { lib \"" TAVRELIN_CAPTURE_PLUGIN "\" }\n";
-
-std::string NewFolder() {
-    std::string pattern = testing::TempDir() + "/tavrelin-sound-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("no folder for a test's sound card: " + pattern);
-    }
-    return pattern;
-}
 
 std::string Contents(const std::string& path) {
     const std::ifstream file(path, std::ios::binary);
@@ -34,20 +22,17 @@ std::string Contents(const std::string& path) {
 
 } // namespace
 
-TestCard::TestCard() : folder_(NewFolder()), capture_(Path("played")) {
-    setenv("ALSA_CONFIG_PATH", Path("sound.conf").c_str(), 1);
+TestCard::TestCard()
+    : configuration_("ALSA_CONFIG_PATH", Path("sound.conf")), capture_(Path("played")) {
     SetMixer(MixerText("0 0", "20 20"));
     Configure();
 }
 
 TestCard::~TestCard() {
     snd_config_update_free_global();
-    unsetenv("ALSA_CONFIG_PATH");
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
-void TestCard::SetMixer(const std::string& controls) {
+void TestCard::SetMixer(const std::string& controls) const {
     std::ofstream(Path("mixer")) << controls;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/sound/TestFolder.h"
+
 #include <string>
 
 namespace tavrelin {
@@ -20,7 +22,7 @@ class TestCard {
     ~TestCard();
 
     /// The mixer's controls, as plugins/MixerState.h has them.
-    void SetMixer(const std::string& controls);
+    void SetMixer(const std::string& controls) const;
     [[nodiscard]] std::string Mixer() const;
 
     /// Options of the playback device, as plugins/CapturePlugin.cpp tells them.
@@ -34,12 +36,13 @@ class TestCard {
     void TakeAwayPlayback();
 
     /// A file in this card's folder.
-    [[nodiscard]] std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+    [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path(name); }
 
   private:
     void Configure() const;
 
-    std::string folder_;
+    TestFolder folder_;
+    Environment configuration_;
     std::string capture_;
     std::string options_;
     bool hasMixer_ = true;
