@@ -1,30 +1,51 @@
 #include "simulator/board/WallClock.h"
 
+#include <charconv>
 #include <chrono>
-#include <cstdio>
-#include <string>
+#include <string_view>
 
 namespace sim {
+namespace {
+
+constexpr std::string_view form = "0000-00-00 00:00:00"; // 0 stands for any digit
+
+bool hasForm(std::string_view text) {
+    if (text.size() != form.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const bool digit = text[i] >= '0' && text[i] <= '9';
+        if (form[i] == '0' ? !digit : text[i] != form[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int numberAt(std::string_view text, std::size_t begin, std::size_t length) {
+    int number = 0;
+    std::from_chars(text.data() + begin, text.data() + begin + length, number);
+    return number;
+}
+
+} // namespace
 
 std::optional<std::int64_t> WallClock::parse(std::string_view text) {
-    int year = 0;
-    unsigned month = 0;
-    unsigned day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    int end = 0;
-    const std::string copy(text);
-    const int fields = std::sscanf(copy.c_str(), "%4d-%2u-%2u %2d:%2d:%2d%n", &year, &month, &day,
-                                   &hour, &minute, &second, &end);
-    const auto date = std::chrono::year{year} / std::chrono::month{month} / std::chrono::day{day};
-    if (fields != 6 || copy.size() != 19 || end != 19 || !date.ok() || hour < 0 || hour > 23 ||
-        minute < 0 || minute > 59 || second < 0 || second > 59 || year < 1970) {
+    if (!hasForm(text)) {
         return std::nullopt;
     }
-    const auto days = std::chrono::sys_days{date}.time_since_epoch().count();
-    return static_cast<std::int64_t>(days) * 86'400 + std::int64_t{hour} * 3'600 +
-           std::int64_t{minute} * 60 + second;
+    const auto date = std::chrono::year{numberAt(text, 0, 4)} /
+                      std::chrono::month{static_cast<unsigned>(numberAt(text, 5, 2))} /
+                      std::chrono::day{static_cast<unsigned>(numberAt(text, 8, 2))};
+    const std::int64_t hour = numberAt(text, 11, 2);
+    const std::int64_t minute = numberAt(text, 14, 2);
+    const std::int64_t second = numberAt(text, 17, 2);
+    if (!date.ok() || date.year() < std::chrono::year{1970} || hour > 23 || minute > 59 ||
+        second > 59) {
+        return std::nullopt;
+    }
+    const std::int64_t days = std::chrono::sys_days{date}.time_since_epoch().count();
+    return days * 86'400 + hour * 3'600 + minute * 60 + second;
 }
 
 } // namespace sim
