@@ -1,0 +1,57 @@
+// When no thread can ever run again, the scheduler names what each waits for.
+
+#include "simulator/runtime/Scheduler.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrelin {
+namespace {
+
+using sim::Scheduler;
+
+struct Deadlock {
+    std::string text;
+};
+
+/// A scheduler without threads behind it: its hand-overs end in a deadlock, which is thrown.
+class NothingRuns : public testing::Test {
+  protected:
+    NothingRuns() {
+        scheduler.now = [this] { return now; };
+        scheduler.advanceTo = [this](sim::Nanoseconds moment) { now = moment; };
+        scheduler.deadlock = [](const std::string& text) { throw Deadlock{text}; };
+    }
+
+    Scheduler scheduler{sim::ThreadOrder::arrival, 1};
+    sim::Nanoseconds now = 0;
+};
+
+TEST_F(NothingRuns, TheOnlyThreadIsNamed) {
+    Scheduler::Thread& main = scheduler.adoptMainThread();
+    try {
+        scheduler.waitFor(main, &main, "a bus");
+        FAIL() << "it waits for ever";
+    } catch (const Deadlock& deadlock) {
+        EXPECT_EQ(deadlock.text, "thread 1 waits for a bus");
+    }
+}
+
+TEST_F(NothingRuns, ASleeperWakesBeforeItIsADeadlock) {
+    Scheduler::Thread& main = scheduler.adoptMainThread();
+    scheduler.sleepUntil(main, 500, "its sleep");
+    EXPECT_EQ(now, 500);
+    EXPECT_THROW(scheduler.sleepUntil(main, sim::never, "the end of time"), Deadlock);
+}
+
+TEST_F(NothingRuns, AnEndedThreadLeavesTheOthersNamed) {
+    scheduler.adoptMainThread();
+    Scheduler::Thread& other = scheduler.create();
+    EXPECT_EQ(other.number, 2U);
+    EXPECT_EQ(scheduler.alive(), 2U);
+    scheduler.forget(other);
+    EXPECT_EQ(scheduler.alive(), 1U);
+    EXPECT_EQ(scheduler.create().number, 3U) << "numbers are not given again";
+}
+
+} // namespace
+} // namespace tavrelin
