@@ -5,11 +5,14 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 #include "tests/devices/CapturedConsole.h"
-#include "tests/service/StandInTools.h"
+#include "tests/sound/TestFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 namespace tavrelin {
 namespace {
@@ -74,8 +77,10 @@ TEST(MountedByShell, IsFalseWithoutAShell) {
 
 // The one raw status that is 1 is that of a shell which was hung up, whatever the count.
 TEST(MountedByShell, IsTrueWhenTheShellIsHungUp) {
-    const StandInTools tools;
-    tools.Add("grep", "kill -HUP $PPID");
+    const TestFolder tools;
+    const Environment path("PATH", tools.path() + ":" + std::getenv("PATH"));
+    std::ofstream(tools.Path("grep")) << "#!/bin/sh\nkill -HUP $PPID\n";
+    std::filesystem::permissions(tools.Path("grep"), std::filesystem::perms::owner_all);
     const SimulatedBoard board(WithCard(false));
     CapturedConsole console;
     EXPECT_TRUE(is_mmc_partition_mounted_by_shell());

@@ -1,0 +1,90 @@
+#include "app/Diagnostics.h"
+
+#include "tests/sound/SpeakerTest.h"
+
+#include <cerrno>
+
+namespace tavrelin {
+namespace {
+
+using sim::Texts;
+
+constexpr const char* kUnmute = "[amixer][set][-q][Output Mixer HiFi][unmute]";
+constexpr const char* kFullVolume = "[amixer][set][-q][Master][100%,100%]";
+constexpr const char* kPlay = "[aplay][-q][alarm.wav]";
+
+/// A board whose sound tools tell how they are called.
+class Alarm : public SpeakerTest {};
+
+TEST_F(Alarm, WithoutASpeakerIsRefusedAndTouchesNothing) {
+    EXPECT_FALSE(SoundAlarm(nullptr));
+    EXPECT_EQ(tools.OtherCalls(), "");
+    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.calls("system") + board.calls("fork"), 0U);
+    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.error(), "");
+}
+
+TEST_F(Alarm, UnmutesTurnsUpAndPlaysWithoutWaitingForTheEnd) {
+    Speaker speaker;
+    EXPECT_TRUE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    EXPECT_EQ(tools.NextCall(), kPlay); // and plays on until the test lets it finish
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
+    EXPECT_EQ(console.error(), "");
+}
+
+TEST_F(Alarm, RepeatsTheFileBackToBack) {
+    Speaker speaker;
+    EXPECT_TRUE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    for (int repetition = 0; repetition < 3; ++repetition) {
+        EXPECT_EQ(tools.NextCall(), kPlay);
+        tools.FinishPlaying();
+    }
+}
+
+TEST_F(Alarm, DoesNotMindWhatTheMixerSays) {
+    tools.FailMixer(1);
+    Speaker speaker;
+    EXPECT_TRUE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    EXPECT_EQ(tools.NextCall(), kPlay);
+}
+
+TEST_F(Alarm, PlaysThoughNoShellCouldBeRunForTheMixer) {
+    board.fail("system", "", EAGAIN, 1);
+    board.fail("system", "", EAGAIN, 2);
+    Speaker speaker;
+    EXPECT_TRUE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kPlay);
+}
+
+TEST_F(Alarm, FailsWhenThePlayerCannotBeStarted) {
+    board.fail("fork", "", EAGAIN);
+    Speaker speaker;
+    EXPECT_FALSE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.error(), "Speaker: error in play fork\n");
+}
+
+TEST_F(Alarm, ThatSoundsIsNotStartedAgain) {
+    Speaker speaker;
+    EXPECT_TRUE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    EXPECT_EQ(tools.NextCall(), kPlay);
+    EXPECT_FALSE(SoundAlarm(&speaker));
+    EXPECT_EQ(tools.NextCall(), kUnmute);
+    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    EXPECT_EQ(console.error(), "Speaker: already in play\n");
+    EXPECT_EQ(board.calls("fork"), 1U);
+}
+
+} // namespace
+} // namespace tavrelin

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tests/system/Command.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tavrelin {
+
+using Words = std::vector<std::string>;
+
+/// The words after `tavrelin-service`, run on this machine itself.
+CommandResult CallService(const Words& words);
+
+/// The same on a simulated board, and what it left behind.
+struct SimulatedCall {
+    CommandResult result; ///< the program's own
+    std::string events;
+    std::string summary;
+    std::map<std::string, std::string> card; ///< the card's files by their names
+};
+
+/// `board` is the scenario's text; empty: the board as it should be.
+SimulatedCall SimulateService(const Words& words, const std::string& board = "");
+
+/// What a person sees who types the words: the command, standard output, standard error with "! "
+/// before each line, and a status other than 0. Process numbers are told by whose they are.
+std::string Transcript(const Words& words, const CommandResult& result);
+
+/// The transcript of a call on a simulated board.
+std::string SimulatedTranscript(const Words& words, const std::string& board = "");
+
+} // namespace tavrelin
