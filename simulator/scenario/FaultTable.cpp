@@ -63,8 +63,9 @@ void readCall(TomlTable& table, Fault& fault) {
         table.fail("path", "the call " + fault.call + " has no path");
     } else if (call->paths == Paths::board && !fault.path.empty()) {
         const bool open = fault.path.back() == '*';
-        if (open ? !beginsBoardPath(fault.path.substr(0, fault.path.size() - 1))
-                 : !isBoardPath(fault.path)) {
+        const bool known = open ? beginsBoardPath(fault.path.substr(0, fault.path.size() - 1))
+                                : isBoardPath(fault.path);
+        if (!known || !isPlainPath(fault.path)) {
             table.fail("path", "no path of the board; takes one such as \"/sys/class/gpio/export\" "
                                "or, for all that begin so, \"/sys/class/gpio/*\"");
         }

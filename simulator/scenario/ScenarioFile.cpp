@@ -140,14 +140,17 @@ void readAdc(TomlTable& table, Scenario& scenario) {
         int input = 0;
         double volts = 0.0;
         entry.require("number");
+        entry.require("volts");
         entry.readInteger("number", input, 0, 11);
         entry.read("volts", volts, -1e6, 1e6);
         scenario.adcInputs[input] = volts;
     });
 }
 
-void checkBoardPath(TomlTable& table, std::string_view key, const std::string& path) {
-    if (!isBoardPath(path)) {
+/// folder: where on the board the path lies.
+void checkBoardPath(TomlTable& table, std::string_view key, const std::string& path,
+                    std::string_view folder) {
+    if (!isPlainPath(path) || !isBoardPath(path) || !within(path, folder)) {
         table.fail(key, "\"" + path +
                             "\" is no path of the board; takes one such as "
                             "\"/sys/class/gpio/pioB18/value\"");
@@ -159,7 +162,7 @@ void readBoard(TomlTable& table, Scenario& scenario) {
     std::vector<std::string> missing;
     table.readStrings("missing", missing);
     for (const std::string& path : missing) {
-        checkBoardPath(table, "missing", path);
+        checkBoardPath(table, "missing", path, "");
     }
     scenario.missing.insert(missing.begin(), missing.end());
 }
@@ -188,7 +191,7 @@ void readAll(TomlTable& top, Scenario& scenario) {
     });
     top.table("attributes", [&](TomlTable& table) {
         table.texts([&](const std::string& path, const std::string& text) {
-            checkBoardPath(table, path, path);
+            checkBoardPath(table, path, path, "/sys");
             scenario.attributes[path] = text;
         });
     });

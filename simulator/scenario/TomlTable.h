@@ -63,7 +63,7 @@ class TomlTable {
     /// Every key with its text.
     void texts(const std::function<void(const std::string& key, const std::string& text)>& read);
 
-    bool has(std::string_view key) const { return table_.contains(key); }
+    bool has(std::string_view key) { return take(key) != nullptr; }
     void require(std::string_view key);
     /// Notes an error at a key, or at the table when the key is not there.
     void fail(std::string_view key, std::string_view what);
