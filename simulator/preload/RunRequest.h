@@ -14,7 +14,7 @@ struct RunRequest {
     std::string program; ///< resolved path of the one program to arm in
     int reportDescriptor = -1;
     int scenarioDescriptor = -1; ///< of the scenario's text; negative: the default scenario
-    RunOptions options;       ///< all but the scenario
+    RunOptions options;          ///< all but the scenario
 };
 
 std::string encode(const RunRequest& request);
