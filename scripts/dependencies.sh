@@ -15,6 +15,7 @@ check_packages=(
     clang-format
     clang-tidy
     ccache
+    alsa-utils
 )
 
 missing_packages() {
