@@ -9,13 +9,6 @@
 #include <sstream>
 #include <unistd.h>
 
-/// The thread sanitizer sees what the C library does for the simulation, which stands in the same
-/// executable as the code under test, but not how the simulation hands threads over.
-extern "C" const char* __tsan_default_suppressions();
-const char* __tsan_default_suppressions() {
-    return "race:sim::\n";
-}
-
 namespace sim {
 namespace {
 
