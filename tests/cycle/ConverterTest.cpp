@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
@@ -64,6 +65,10 @@ struct Command {
     int channel;
     const char* onTheWire;
 };
+
+void PrintTo(const Command& command, std::ostream* out) {
+    *out << "channel " << command.channel;
+}
 
 class ConverterCommand : public testing::TestWithParam<Command> {};
 

@@ -6,12 +6,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
 
 using sim::milliseconds;
-using sim::Nanoseconds;
 using sim::Scenario;
 using sim::SimulatedBoard;
 using sim::Texts;
@@ -40,6 +40,10 @@ struct Sampling {
     std::uint32_t duration; ///< ms
     int readings;
 };
+
+void PrintTo(const Sampling& sampling, std::ostream* out) {
+    *out << sampling.duration << " ms";
+}
 
 class MonitorFor : public testing::TestWithParam<Sampling> {};
 

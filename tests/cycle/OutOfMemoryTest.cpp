@@ -10,18 +10,15 @@
 
 namespace {
 
-/// Allocations of devices until one is refused; negative: none is.
-int allowedAllocations = -1;
+/// Allocations of devices until the one that is refused; negative: none is.
+int allocationsToRefusal = -1;
 
 } // namespace
 
 // In place of the C++ library's own, which does the same without refusing anything.
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    if (allowedAllocations == 0) {
+    if (allocationsToRefusal >= 0 && allocationsToRefusal-- == 0) {
         return nullptr;
-    }
-    if (allowedAllocations > 0) {
-        --allowedAllocations;
     }
     try {
         return ::operator new(size);
@@ -38,7 +35,7 @@ using sim::Texts;
 
 class ShortOfMemory : public testing::TestWithParam<int> {
   protected:
-    ~ShortOfMemory() override { allowedAllocations = -1; }
+    ~ShortOfMemory() override { allocationsToRefusal = -1; }
 
     SimulatedBoard board;
     MeasurementCycle cycle;
@@ -46,7 +43,7 @@ class ShortOfMemory : public testing::TestWithParam<int> {
 
 TEST_P(ShortOfMemory, InitCreatesNoDeviceAfterTheFirstThatCannotBe) {
     const int created = GetParam();
-    allowedAllocations = created;
+    allocationsToRefusal = created;
     EXPECT_FALSE(cycle.Init());
     EXPECT_EQ(cycle.externalAdc() != nullptr, created > 0);
     EXPECT_EQ(cycle.led() != nullptr, created > 1);
@@ -61,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(AfterDevices, ShortOfMemory, testing::Values(0, 1, 2, 3
 class PrimeShortOfMemory : public ShortOfMemory {};
 
 TEST_P(PrimeShortOfMemory, PrimeRefusesWithoutPumpOrValve) {
-    allowedAllocations = GetParam();
+    allocationsToRefusal = GetParam();
     ASSERT_FALSE(cycle.Init());
     board.forget();
     testing::internal::CaptureStdout();
@@ -76,7 +73,7 @@ TEST_P(PrimeShortOfMemory, PrimeRefusesWithoutPumpOrValve) {
 INSTANTIATE_TEST_SUITE_P(AfterDevices, PrimeShortOfMemory, testing::Values(2, 3));
 
 TEST_F(PrimeShortOfMemory, InitSucceedsWithMemoryForFiveDevices) {
-    allowedAllocations = 5;
+    allocationsToRefusal = 5;
     EXPECT_TRUE(cycle.Init());
 }
 

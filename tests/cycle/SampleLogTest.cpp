@@ -12,9 +12,7 @@ namespace tavrelin {
 namespace {
 
 using sim::milliseconds;
-using sim::RunOptions;
 using sim::Scenario;
-using sim::SimulatedBoard;
 using sim::Texts;
 
 /// Runs a step that samples, by itself, on the thread of the test.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 namespace tavrelin {
@@ -63,6 +64,10 @@ struct RevolutionLimit {
     std::uint32_t speed;
     int milliseconds;
 };
+
+void PrintTo(const RevolutionLimit& limit, std::ostream* out) {
+    *out << limit.speed << " degrees per second";
+}
 
 class SensorHeldOnFlag : public SensorHeld, public testing::WithParamInterface<RevolutionLimit> {};
 

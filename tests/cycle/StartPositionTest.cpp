@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
@@ -116,6 +117,10 @@ struct Pulse {
     const char* period;
     const char* duty;
 };
+
+void PrintTo(const Pulse& pulse, std::ostream* out) {
+    *out << pulse.speed << " degrees per second";
+}
 
 class SearchPulse : public StartPosition, public testing::WithParamInterface<Pulse> {};
 

@@ -16,7 +16,7 @@ constexpr bool X = true;
 constexpr bool o = false;
 
 // Every worker, in the order in which they are started: reagent delivery, which has nothing to turn
-// here, LED, valve, stirring, monitoring. The monitoring ends before the stirring does.
+// here, LED, valve, stirring, monitoring.
 const Step kFullStep = {
     .speed = 200, .duration = 340, .led = true, .stirring = true, .sampling = true};
 constexpr std::uint64_t kReagentStart = 1;
@@ -28,7 +28,6 @@ constexpr std::uint64_t kMonitoringStart = 5;
 class StepFailures : public testing::Test {
   protected:
     void RefuseStart(std::uint64_t start) { board.fail("pthread_create", "", EAGAIN, start); }
-    void RefuseJoin(std::uint64_t join) { board.fail("pthread_join", "", EINVAL, join); }
 
     Instrument instrument;
     SimulatedBoard& board = instrument.board;
@@ -121,58 +120,6 @@ TEST_F(StepFailures, AnswerForTheValveAlsoWhenMonitoringIsNotStarted) {
     const StepOutcome outcome = instrument.Run({.led = true, .sampling = true});
     EXPECT_TRUE(outcome.success) << "its join overrides the failed start";
     EXPECT_EQ(outcome.slots, (Slots{X, X, o, o, X, X}));
-}
-
-// Joins: stirring, valve, monitoring, LED, reagent delivery.
-
-TEST_F(StepFailures, OfTheStirringJoinAreOverruledByLaterJoins) {
-    RefuseJoin(1);
-    Step step = kFullStep;
-    step.duration = 0; // it must be at its end before its request goes
-    const StepOutcome outcome = instrument.Run(step);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{o, X, X, X, X, X}));
-    EXPECT_EQ(CountOf(board, ": join "), 4);
-}
-
-TEST_F(StepFailures, OfTheValveJoinAreOverruledByLaterJoins) {
-    RefuseJoin(2);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, o}));
-}
-
-TEST_F(StepFailures, OfTheMonitoringJoinLeaveTheSuccessAndStillGiveAnAverage) {
-    RefuseStart(1); // the LED's, whose join would overrule
-    RefuseJoin(3);
-    Step step = kFullStep;
-    step.speed = 0;
-    step.description = "Dark Count Measurement";
-    const StepOutcome outcome = instrument.Run(step);
-    EXPECT_TRUE(outcome.success) << "the valve's join";
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, o, X, X}));
-    EXPECT_EQ(instrument.cycle.DarkCount(), 3000000.0F) << "the LED is lit";
-}
-
-TEST_F(StepFailures, OfTheLedJoinFailAStepThatEndsWithIt) {
-    RefuseJoin(2); // after the valve's
-    const StepOutcome outcome = instrument.Run({});
-    EXPECT_FALSE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, X, X, X}));
-}
-
-TEST_F(StepFailures, OfTheLedJoinAreOverruledByTheReagentJoin) {
-    RefuseJoin(4);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, X, X, X}));
-}
-
-TEST_F(StepFailures, OfTheReagentJoinFailTheStep) {
-    RefuseJoin(5);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_FALSE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, o, X, X, X, X}));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
@@ -47,6 +48,10 @@ struct LengthCase {
     bool restingSuccess;
 };
 
+void PrintTo(const LengthCase& flags, std::ostream* out) {
+    *out << flags.length << " flags";
+}
+
 constexpr bool X = true;
 constexpr bool o = false;
 
@@ -79,8 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LengthCase{3, {X, X, X, X, o, o}, X, {X, X, X, X, o, o}, X},
                     LengthCase{4, {X, X, X, X, X, o}, X, {X, X, X, X, X, o}, X},
                     LengthCase{5, {X, X, X, X, X, o}, X, {X, X, X, X, X, o}, X},
-                    LengthCase{6, {X, X, X, X, X, X}, X, {X, X, X, X, X, X}, X}),
-    [](const auto& test) { return std::to_string(test.param.length); });
+                    LengthCase{6, {X, X, X, X, X, X}, X, {X, X, X, X, X, X}, X}));
 
 TEST(StepResults, OfLengthTwoFailAStepThatEndsWithTheLed) {
     Instrument instrument;

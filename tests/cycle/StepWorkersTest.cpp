@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <ostream>
 #include <pthread.h>
 
 namespace tavrelin {
@@ -106,15 +107,22 @@ TEST(SrvdFlag, ChangesNothingInAStep) {
     EXPECT_EQ(HappeningsOfAStep(true), HappeningsOfAStep(false));
 }
 
-using Entry = void* (*)(void*);
+struct Worker {
+    const char* name;
+    void* (*entry)(void*);
+};
 
-class WorkerWithoutRequest : public testing::TestWithParam<Entry> {};
+void PrintTo(const Worker& worker, std::ostream* out) {
+    *out << worker.name;
+}
+
+class WorkerWithoutRequest : public testing::TestWithParam<Worker> {};
 
 TEST_P(WorkerWithoutRequest, EndsAtOnceWithAnAddress) {
     SimulatedBoard board;
     pthread_t thread{};
     void* exitValue = nullptr;
-    ASSERT_EQ(pthread_create(&thread, nullptr, GetParam(), nullptr), 0);
+    ASSERT_EQ(pthread_create(&thread, nullptr, GetParam().entry, nullptr), 0);
     ASSERT_EQ(pthread_join(thread, &exitValue), 0);
     EXPECT_NE(exitValue, nullptr);
     EXPECT_EQ(Happenings(board), (Texts{"thread 1: thread-start - 2", "thread 2: thread-end - -",
@@ -123,8 +131,10 @@ TEST_P(WorkerWithoutRequest, EndsAtOnceWithAnAddress) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AllFive, WorkerWithoutRequest,
-                         testing::Values(doLEDThread, doValveThread, doStirringThread,
-                                         doReagentDeliveryThread, doADCMonitorThread));
+                         testing::Values(Worker{"LED", doLEDThread}, Worker{"valve", doValveThread},
+                                         Worker{"stirring", doStirringThread},
+                                         Worker{"reagent delivery", doReagentDeliveryThread},
+                                         Worker{"monitoring", doADCMonitorThread}));
 
 } // namespace
 } // namespace tavrelin
