@@ -116,6 +116,10 @@ struct FailingWrite {
     const char* output;
 };
 
+void PrintTo(const FailingWrite& write, std::ostream* out) {
+    *out << write.line << " opened " << write.occurrence << " times";
+}
+
 class DemultiplexerReadFailing : public DemultiplexerReadVoltage,
                                  public testing::WithParamInterface<FailingWrite> {};
 
@@ -144,10 +148,7 @@ INSTANTIATE_TEST_SUITE_P(
         // The first opening of the switch's value is the look at its level.
         FailingWrite{"D18", 2, {"C27 value 1", "C28 value 1", "C31 value 1"}, kSwitchFailed},
         FailingWrite{
-            "D18", 3, {"C27 value 1", "C28 value 1", "C31 value 1", "D18 value 1"}, kResetFailed}),
-    [](const auto& test) {
-        return test.param.line + ("_" + std::to_string(test.param.occurrence));
-    });
+            "D18", 3, {"C27 value 1", "C28 value 1", "C31 value 1", "D18 value 1"}, kResetFailed}));
 
 TEST_F(DemultiplexerReadVoltage, KeepsTheSwitchWhenTheVoltageCannotBeRead) {
     board.takeAway(kCounts);

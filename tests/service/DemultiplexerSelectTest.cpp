@@ -99,6 +99,10 @@ struct FailingLine {
     Texts before;
 };
 
+void PrintTo(const FailingLine& failing, std::ostream* out) {
+    *out << failing.line;
+}
+
 class DemultiplexerSelectFailing : public DemultiplexerAtWork,
                                    public testing::WithParamInterface<FailingLine> {};
 
@@ -114,8 +118,7 @@ TEST_P(DemultiplexerSelectFailing, StopsThere) {
 INSTANTIATE_TEST_SUITE_P(, DemultiplexerSelectFailing,
                          testing::Values(FailingLine{"C27", {}},
                                          FailingLine{"C28", {"C27 value 1"}},
-                                         FailingLine{"C31", {"C27 value 1", "C28 value 0"}}),
-                         [](const auto& test) { return test.param.line; });
+                                         FailingLine{"C31", {"C27 value 1", "C28 value 0"}}));
 
 TEST_F(DemultiplexerSelect, FailsWhenTheSwitchCannotBeWritten) {
     FailToOpen("D18", "value", 2); // after its level was read
