@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace {
@@ -113,6 +114,8 @@ pid_t fork() noexcept {
     HeadStart headStart;
     const pid_t child = SIM_REAL(fork)();
     if (child == 0) {
+        // A run that is stopped leaves nobody behind.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         headStart.begin();
         gate->leave();
     } else {
