@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -16,6 +19,8 @@
 
 namespace tavrelin {
 namespace {
+
+constexpr unsigned kPatience = 30; // seconds of real time
 
 /// A mixer that does nothing and a player that does what the test says, found before the machine's.
 /// No process outlives a test.
@@ -39,6 +44,17 @@ class ServiceAlarm : public testing::Test {
     static pid_t PlayerOf(const std::string& output) {
         const std::size_t at = output.find("Child pid = ");
         return at == std::string::npos ? -1 : std::atoi(output.c_str() + at + 12);
+    }
+
+    // For a process that has lost its parent and so has become a child of the test.
+    static bool DiesSoon(pid_t process) {
+        struct sigaction interrupt {};
+        interrupt.sa_handler = [](int) {};
+        ::sigaction(SIGALRM, &interrupt, nullptr);
+        ::alarm(kPatience);
+        const bool dead = ::waitpid(process, nullptr, 0) == process;
+        ::alarm(0);
+        return dead;
     }
 
     Offspring offspring;
@@ -80,6 +96,14 @@ TEST_F(ServiceAlarm, LeavesNoChildBehind) {
     EXPECT_TRUE(Offspring::IsGone(player));
 }
 
+// Not even one that nobody stops: the simulation ends the program in the middle of its wait.
+TEST_F(ServiceAlarm, LeavesNoChildBehindWhenItsRunIsStopped) {
+    const CommandResult result = RunCommand({TAVRELIN_BIN_DIR "/simulate", "--board-time", "1",
+                                             "--", TAVRELIN_BIN_DIR "/tavrelin-service", "alarm"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(DiesSoon(PlayerOf(result.output)));
+}
+
 TEST_F(ServiceAlarm, StartsTheWaitOnlyWhenAPlayerWasStarted) {
     const SimulatedCall call =
         SimulateService({"alarm"}, "[[fault]]\ncall = \"fork\"\nerrno = \"EAGAIN\"\n");
@@ -100,7 +124,7 @@ TEST_P(ServiceAlarmStopped, EndsTheChildAndThenItself) {
         RunCommand({"sh", "-c",
                     "echo $$ >'" + program +
                         "'; exec '" TAVRELIN_BIN_DIR "/tavrelin-service' alarm --for 60"});
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(kPatience));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.error, "");
     const pid_t player = PlayerOf(result.output);
