@@ -2,8 +2,8 @@
 
 #include "app/AbsorbanceCalculator.h"
 #include "app/ChlorineCalculator.h"
-#include "platform/Console.h"
-#include "storage/NumberText.h"
+#include "base/Console.h"
+#include "base/NumberText.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "app/ResultRecord.h"
 
-#include "storage/LocalTime.h"
-#include "storage/NumberText.h"
+#include "base/LocalTime.h"
+#include "base/NumberText.h"
 
 namespace tavrelin {
 

@@ -4,10 +4,10 @@
 #include "app/ChlorineCalculator.h"
 #include "app/ResultRecord.h"
 #include "app/StatusReport.h"
+#include "base/Console.h"
+#include "base/LocalTime.h"
 #include "cycle/StepExecution.h"
-#include "platform/Console.h"
 #include "storage/DataLog.h"
-#include "storage/LocalTime.h"
 
 #include <array>
 #include <cstdlib>

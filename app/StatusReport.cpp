@@ -1,10 +1,10 @@
 #include "app/StatusReport.h"
 
-#include "app/CardAccess.h"
 #include "app/Version.h"
-#include "platform/Console.h"
-#include "storage/LocalTime.h"
-#include "storage/NumberText.h"
+#include "base/Console.h"
+#include "base/LocalTime.h"
+#include "base/NumberText.h"
+#include "storage/CardAccess.h"
 
 namespace tavrelin {
 

@@ -1,6 +1,6 @@
 #include "app/RunApplication.h"
 #include "app/Version.h"
-#include "platform/Console.h"
+#include "base/Console.h"
 
 #include <string>
 

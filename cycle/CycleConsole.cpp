@@ -1,6 +1,6 @@
 #include "cycle/CycleConsole.h"
 
-#include "platform/Console.h"
+#include "base/Console.h"
 
 namespace tavrelin {
 

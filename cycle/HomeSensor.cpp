@@ -1,7 +1,7 @@
 #include "cycle/HomeSensor.h"
 
+#include "base/Trace.h"
 #include "devices/Wiring.h"
-#include "storage/Trace.h"
 
 namespace tavrelin {
 

@@ -1,10 +1,10 @@
 #include "cycle/OpticalMonitor.h"
 
-#include "cycle/Converter.h"
-#include "platform/SaturatingCast.h"
+#include "base/LocalTime.h"
+#include "base/NumberText.h"
+#include "base/SaturatingCast.h"
+#include "devices/Converter.h"
 #include "storage/DataLog.h"
-#include "storage/LocalTime.h"
-#include "storage/NumberText.h"
 
 #include <ctime>
 

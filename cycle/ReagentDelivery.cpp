@@ -1,9 +1,9 @@
 #include "cycle/ReagentDelivery.h"
 
+#include "base/SaturatingCast.h"
+#include "base/Trace.h"
 #include "cycle/StartPosition.h"
 #include "devices/Wiring.h"
-#include "platform/SaturatingCast.h"
-#include "storage/Trace.h"
 
 #include <algorithm>
 #include <limits>

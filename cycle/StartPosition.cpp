@@ -1,9 +1,9 @@
 #include "cycle/StartPosition.h"
 
+#include "base/SaturatingCast.h"
+#include "base/Trace.h"
 #include "cycle/HomeSensor.h"
 #include "devices/Wiring.h"
-#include "platform/SaturatingCast.h"
-#include "storage/Trace.h"
 
 #include <ctime>
 #include <optional>

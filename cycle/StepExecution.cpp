@@ -1,12 +1,12 @@
 #include "cycle/StepExecution.h"
 
+#include "base/Trace.h"
 #include "cycle/CycleConsole.h"
 #include "cycle/MeasurementCycle.h"
 #include "cycle/MeasurementState.h"
 #include "cycle/StartedWorkers.h"
 #include "cycle/StepRequest.h"
 #include "cycle/StepWorkers.h"
-#include "storage/Trace.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #include "devices/Codec.h"
 
+#include "base/Console.h"
 #include "devices/MixerElement.h"
 #include "devices/SoundCard.h"
 #include "devices/TonePlayback.h"
-#include "platform/Console.h"
 
 #include <alsa/asoundlib.h>
 

@@ -1,8 +1,8 @@
 #include "devices/Demultiplexer.h"
 
+#include "base/Console.h"
 #include "devices/ADC.h"
 #include "devices/IndicatorWiring.h"
-#include "platform/Console.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "devices/Speaker.h"
 
-#include "platform/Console.h"
+#include "base/Console.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

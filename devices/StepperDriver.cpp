@@ -1,7 +1,7 @@
 #include "devices/StepperDriver.h"
 
-#include "platform/Console.h"
-#include "platform/Sleep.h"
+#include "base/Console.h"
+#include "base/Sleep.h"
 
 #include <pthread.h>
 

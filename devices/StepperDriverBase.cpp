@@ -1,6 +1,6 @@
 #include "devices/StepperDriverBase.h"
 
-#include "platform/Console.h"
+#include "base/Console.h"
 
 namespace tavrelin {
 

@@ -1,7 +1,7 @@
 #include "devices/StepperDriverMotor.h"
 
+#include "base/Console.h"
 #include "devices/Wiring.h"
-#include "platform/Console.h"
 
 namespace tavrelin {
 

@@ -1,6 +1,6 @@
 #include "devices/ToneGenerator.h"
 
-#include "platform/SaturatingCast.h"
+#include "base/SaturatingCast.h"
 
 #include <cmath>
 

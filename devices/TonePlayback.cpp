@@ -1,8 +1,8 @@
 #include "devices/TonePlayback.h"
 
+#include "base/Console.h"
 #include "devices/SoundCard.h"
 #include "devices/ToneGenerator.h"
-#include "platform/Console.h"
 
 #include <alsa/asoundlib.h>
 

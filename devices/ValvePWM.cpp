@@ -1,6 +1,6 @@
 #include "devices/ValvePWM.h"
 
-#include "platform/Console.h"
+#include "base/Console.h"
 
 namespace tavrelin {
 

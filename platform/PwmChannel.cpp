@@ -1,7 +1,7 @@
 #include "platform/PwmChannel.h"
 
+#include "base/SaturatingCast.h"
 #include "platform/AttributeFile.h"
-#include "platform/SaturatingCast.h"
 
 #include <algorithm>
 #include <iostream>

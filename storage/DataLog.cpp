@@ -1,10 +1,10 @@
 #include "storage/DataLog.h"
 
+#include "base/LocalTime.h"
+#include "base/Trace.h"
 #include "storage/CardSettings.h"
 #include "storage/FileStatus.h"
-#include "storage/LocalTime.h"
 #include "storage/MountQuery.h"
-#include "storage/Trace.h"
 
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -19,6 +19,10 @@ constexpr const char* kModule = "DataLog";
 constexpr std::size_t kTooShortName = 5;
 
 } // namespace
+
+std::string DayLogPath(const std::string& date) {
+    return std::string(card::kMountPoint) + "/" + date + "_logfile.csv";
+}
 
 DataLog::DataLog() : DataLog(DayLogPath(DateText())) {}
 

@@ -5,6 +5,9 @@
 
 namespace tavrelin {
 
+/// Full path of a day's log on the SD card: /mnt/sd-card/2026-03-07_logfile.csv.
+std::string DayLogPath(const std::string& date);
+
 /// The day's log file on the SD card, for one batch of whole records: construct with the file's
 /// name, open, write, close. Mounts the card when it is needed, and looks at card and mount table
 /// anew at every step. Prints nothing, retries nothing, locks nothing: each writer has an object of

@@ -1,6 +1,6 @@
 #include "simulator/kernel/CardFile.h"
 
-#include "simulator/runtime/Real.h"
+#include "simulator/libc/Real.h"
 #include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "simulator/kernel/EventLog.h"
 
-#include "simulator/runtime/Real.h"
+#include "simulator/libc/Real.h"
 
 #include <algorithm>
 #include <cstdio>

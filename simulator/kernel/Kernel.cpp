@@ -3,9 +3,9 @@
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/CallCosts.h"
 #include "simulator/kernel/TextFile.h"
-#include "simulator/runtime/Real.h"
-#include "simulator/runtime/ThreadSelf.h"
+#include "simulator/libc/Real.h"
 #include "simulator/scenario/ErrnoNames.h"
+#include "simulator/time/ThreadSelf.h"
 
 #include <cerrno>
 #include <cstring>

@@ -7,8 +7,8 @@
 #include "simulator/kernel/FileTable.h"
 #include "simulator/kernel/SpiFile.h"
 #include "simulator/kernel/SysfsTree.h"
-#include "simulator/runtime/RunOptions.h"
-#include "simulator/runtime/Timeline.h"
+#include "simulator/run/RunOptions.h"
+#include "simulator/time/Timeline.h"
 
 #include <cstdio>
 #include <functional>

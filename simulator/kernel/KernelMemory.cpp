@@ -1,9 +1,9 @@
 #include "simulator/kernel/Kernel.h"
 
 #include "simulator/kernel/TextFile.h"
-#include "simulator/runtime/Real.h"
-#include "simulator/runtime/ThreadSelf.h"
+#include "simulator/libc/Real.h"
 #include "simulator/scenario/ErrnoNames.h"
+#include "simulator/time/ThreadSelf.h"
 
 #include <algorithm>
 #include <cerrno>

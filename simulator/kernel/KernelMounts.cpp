@@ -1,7 +1,7 @@
 #include "simulator/kernel/Kernel.h"
 
 #include "simulator/board/BoardPaths.h"
-#include "simulator/runtime/Real.h"
+#include "simulator/libc/Real.h"
 #include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>

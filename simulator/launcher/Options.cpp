@@ -1,6 +1,6 @@
 #include "simulator/launcher/Options.h"
 
-#include "simulator/runtime/RunOptions.h"
+#include "simulator/run/RunOptions.h"
 #include "simulator/scenario/ScenarioFile.h"
 
 #include <CLI/CLI.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/runtime/RunOptions.h"
+#include "simulator/run/RunOptions.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #include "simulator/launcher/Summary.h"
 
-#include "simulator/runtime/Simulation.h"
+#include "simulator/run/Simulation.h"
 
 #include <cstdio>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
-#include "simulator/preload/RunReport.h"
+#include "simulator/run/RunReport.h"
 
 #include <string>
 

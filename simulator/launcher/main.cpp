@@ -5,8 +5,8 @@
 #include "simulator/launcher/ProgramFile.h"
 #include "simulator/launcher/RunRoot.h"
 #include "simulator/launcher/Summary.h"
-#include "simulator/preload/RunReport.h"
-#include "simulator/preload/RunRequest.h"
+#include "simulator/run/RunReport.h"
+#include "simulator/run/RunRequest.h"
 #include "simulator/scenario/ScenarioFile.h"
 
 #include <cstdlib>

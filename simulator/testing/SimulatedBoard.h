@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/runtime/Simulation.h"
+#include "simulator/run/Simulation.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "app/CalculatorSelfTest.h"
 
-#include "tests/app/ConsoleOf.h"
+#include "tests/support/ConsoleOf.h"
 
 namespace tavrelin {
 namespace {

@@ -1,7 +1,7 @@
 #include "app/ResultRecord.h"
 
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/app/BoardClock.h"
+#include "tests/support/BoardClock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "app/RunApplication.h"
 
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/app/ConsoleOf.h"
+#include "tests/support/ConsoleOf.h"
 
 #include <gtest/gtest.h>
 

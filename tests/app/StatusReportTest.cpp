@@ -1,8 +1,8 @@
 #include "app/StatusReport.h"
 
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/app/BoardClock.h"
-#include "tests/app/ConsoleOf.h"
+#include "tests/support/BoardClock.h"
+#include "tests/support/ConsoleOf.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What a process holds before its first reading and its first delivery. Each test runs its body in
 // a process of its own, because other tests leave their traces in this one.
 
-#include "cycle/Converter.h"
+#include "devices/Converter.h"
 
 #include "tests/cycle/Instrument.h"
 

@@ -3,6 +3,9 @@
 #include "cycle/MeasurementCycle.h"
 
 #include "simulator/testing/SimulatedBoard.h"
+#include "tests/support/BoardClock.h"
+#include "tests/support/ConverterWords.h"
+#include "tests/support/Happenings.h"
 
 #include <array>
 #include <cstdint>
@@ -56,27 +59,8 @@ class Instrument {
     [[nodiscard]] std::string Log() const { return board.fileOnCard("2026-03-07_logfile.csv"); }
 };
 
-/// What the code under test made happen, in its order, with short names for the paths: "thread 2:
-/// write pwm0/enable "1"". Things that happen by themselves are told of the board.
-sim::Texts Happenings(const sim::SimulatedBoard& board);
-
-/// The same without what only looks: status of files, mount table.
-sim::Texts Deeds(const sim::SimulatedBoard& board);
-
 /// Only what was written to lines, channels and converter: "pwm0/enable 1", "B15/value 0", "spi
 /// SPI_IOC_WR_MODE 0".
 sim::Texts Writes(const sim::SimulatedBoard& board);
-
-/// Number of entries of Happenings that hold the text.
-int CountOf(const sim::SimulatedBoard& board, const std::string& text);
-
-/// Seconds since 1970 of "YYYY-MM-DD hh:mm:ss", as the start of a board's run.
-sim::RunOptions StartingAt(const std::string& wallTime);
-
-/// Raw words for the converter to answer with: the ones that stand for these readings.
-std::vector<std::uint32_t> WordsFor(const std::vector<std::int32_t>& readings);
-
-/// The word that says that there is no new result: the command, sent back.
-inline constexpr std::uint32_t kNothingNew = 0xA0800000;
 
 } // namespace tavrelin

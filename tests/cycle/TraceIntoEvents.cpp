@@ -1,9 +1,9 @@
 // The trace hook with a body of its own: puts every call among the events of the simulated board,
 // so that a test sees where it stands between them.
 
-#include "storage/Trace.h"
+#include "base/Trace.h"
 
-#include "simulator/runtime/Simulation.h"
+#include "simulator/run/Simulation.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
-#include "tests/devices/BoardWrites.h"
-#include "tests/devices/CapturedConsole.h"
 #include "tests/devices/Drivers.h"
-#include "tests/devices/Worker.h"
+#include "tests/support/BoardWrites.h"
+#include "tests/support/CapturedConsole.h"
+#include "tests/support/Worker.h"
 
-#include "platform/Sleep.h"
+#include "base/Sleep.h"
 
 #include <cerrno>
 

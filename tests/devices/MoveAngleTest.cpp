@@ -1,6 +1,6 @@
-#include "tests/devices/BoardWrites.h"
-#include "tests/devices/CapturedConsole.h"
 #include "tests/devices/Drivers.h"
+#include "tests/support/BoardWrites.h"
+#include "tests/support/CapturedConsole.h"
 
 #include <cerrno>
 #include <limits>

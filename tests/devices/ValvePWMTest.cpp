@@ -1,7 +1,7 @@
 #include "devices/ValvePWM.h"
 
-#include "tests/devices/BoardWrites.h"
-#include "tests/devices/CapturedConsole.h"
+#include "tests/support/BoardWrites.h"
+#include "tests/support/CapturedConsole.h"
 
 #include <cerrno>
 #include <vector>

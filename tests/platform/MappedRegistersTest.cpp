@@ -2,7 +2,7 @@
 
 #include "platform/GpioPin.h"
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/devices/CapturedConsole.h"
+#include "tests/support/CapturedConsole.h"
 
 #include <gtest/gtest.h>
 

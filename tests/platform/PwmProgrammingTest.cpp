@@ -1,7 +1,7 @@
 #include "platform/PwmChannel.h"
 
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/devices/CapturedConsole.h"
+#include "tests/support/CapturedConsole.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "app/Diagnostics.h"
+#include "service/Diagnostics.h"
 
-#include "tests/sound/SpeakerTest.h"
+#include "tests/devices/sound/SpeakerTest.h"
 
 #include <cerrno>
 

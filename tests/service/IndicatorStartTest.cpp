@@ -1,8 +1,8 @@
-#include "app/Diagnostics.h"
+#include "service/Diagnostics.h"
 
 #include "devices/RemoteIndicator.h"
-#include "tests/service/FrontEnd.h"
-#include "tests/service/IndicatorWrites.h"
+#include "tests/devices/FrontEnd.h"
+#include "tests/devices/IndicatorWrites.h"
 
 #include <cerrno>
 

@@ -1,11 +1,11 @@
 // The alarm of tavrelin-service, the one command that starts a child and waits.
 
-#include "tests/service/GoldenText.h"
 #include "tests/service/ServiceRun.h"
-#include "tests/sound/Fifo.h"
-#include "tests/sound/Offspring.h"
-#include "tests/sound/TestFolder.h"
-#include "tests/system/TemporaryFolder.h"
+#include "tests/support/Fifo.h"
+#include "tests/support/GoldenFile.h"
+#include "tests/support/Offspring.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -63,11 +63,11 @@ class ServiceAlarm : public testing::Test {
 };
 
 TEST_F(ServiceAlarm, TellsWhichProcessesThereAre) {
-    EXPECT_TRUE(MatchesGoldenText(
+    EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"alarm"}) + SimulatedTranscript({"alarm", "--for", "3600"}) +
             "\nNo child can be started:\n" +
             SimulatedTranscript({"alarm"}, "[[fault]]\ncall = \"fork\"\nerrno = \"EAGAIN\"\n"),
-        "alarm.txt"));
+        "service/golden/alarm.txt"));
 }
 
 TEST_F(ServiceAlarm, CallsTheToolsInOrder) {

@@ -1,9 +1,9 @@
 // Every command of tavrelin-service on the simulated board, as a person sees it.
 
-#include "tests/service/GoldenText.h"
 #include "tests/service/ServiceRun.h"
-#include "tests/sound/TestCard.h"
-#include "tests/system/Text.h"
+#include "tests/support/GoldenFile.h"
+#include "tests/support/TestCard.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -16,12 +16,12 @@ constexpr const char* kLog = "2026-03-07_logfile.csv";
 TEST(ServiceStateTable, PrintsWhatTheRoutinePrints) {
     const CommandResult result = SimulateService({"state-table"}).result;
     EXPECT_EQ(result.status, 0);
-    EXPECT_TRUE(MatchesGoldenText(result.output, "state-table.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(result.output, "service/golden/state-table.txt"));
     EXPECT_EQ(result.error, "");
 }
 
 TEST(ServiceStorage, ListsWhatIsMounted) {
-    EXPECT_TRUE(MatchesGoldenText(SimulatedTranscript({"storage"}, kCardMounted) +
+    EXPECT_TRUE(MatchesGoldenFile(SimulatedTranscript({"storage"}, kCardMounted) +
                                       "\nOne of three is refused:\n" +
                                       SimulatedTranscript({"storage"}, R"([mount_table]
 lines = ["/dev/sda1 /mnt/a ext4 rw 0 0", "/dev/sda2 /mnt/b ext4 rw 0 0", "/dev/sda3 /mnt/c ext4 rw 0 0"]
@@ -40,14 +40,14 @@ mounted = true
 [mount_table]
 lines = ["(missing) /run ext4 rw 0 0"]
 )") + "\nNo table:\n" + SimulatedTranscript({"storage"}, "[mount_table]\npresent = false\n"),
-                                  "storage.txt"));
+                                  "service/golden/storage.txt"));
 }
 
 TEST(ServiceReadAdc, PrintsTheVoltageOrSaysWhyNot) {
     const std::string inputs = "[adc]\nscale = \"0.805664062\"\n"
                                "[[adc.input]]\nnumber = 0\nvolts = 1.6113\n"
                                "[[adc.input]]\nnumber = 11\nvolts = -0.25\n";
-    EXPECT_TRUE(MatchesGoldenText(
+    EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"read-adc", "0"}, inputs) +
             SimulatedTranscript({"read-adc", "11"}, inputs) +
             SimulatedTranscript({"read-adc", "6"}, inputs) + "\nNo such channel:\n" +
@@ -65,13 +65,13 @@ TEST(ServiceReadAdc, PrintsTheVoltageOrSaysWhyNot) {
             "\nRubbish for counts:\n" +
             SimulatedTranscript({"read-adc", "6"}, "[attributes]\n\"/sys/bus/iio/devices/"
                                                    "iio:device0/in_voltage6_raw\" = \"rubbish\"\n"),
-        "read-adc.txt"));
+        "service/golden/read-adc.txt"));
 }
 
 TEST(ServiceIndicator, ShowsAnyCode) {
     const std::string dead = "[[fault]]\ncall = \"open\"\nerrno = \"EACCES\"\nrepeat = "
                              "\"forever\"\npath = \"/sys/class/gpio/pioD20/";
-    EXPECT_TRUE(MatchesGoldenText(
+    EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"indicator", "1"}) + SimulatedTranscript({"indicator", "10"}) +
             SimulatedTranscript({"indicator", "11"}) +
             SimulatedTranscript({"indicator", "4294967295"}) +
@@ -80,7 +80,7 @@ TEST(ServiceIndicator, ShowsAnyCode) {
             SimulatedTranscript({"indicator", "1"}, dead + "value\"\n") +
             "\nA line that an earlier run left behind does:\n" +
             SimulatedTranscript({"indicator", "1"}, "[lines]\nexported = [\"D20\"]\n"),
-        "indicator.txt"));
+        "service/golden/indicator.txt"));
 }
 
 // What was written last to the six lines, in the order in which it was.
@@ -102,7 +102,7 @@ TEST(ServiceCableLength, PrintsTheLengthOrWhatFailed) {
     const auto cable = [](const std::string& length, const std::string& lamp) {
         return "[indicator]\ncable_length = " + length + "\nlamp_voltage = " + lamp + "\n";
     };
-    EXPECT_TRUE(MatchesGoldenText(
+    EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"cable-length"}) +
             SimulatedTranscript({"cable-length"}, cable("123.456", "4.0")) +
             SimulatedTranscript({"cable-length"}, cable("1000.0", "12.0")) + "\nNo lamp:\n" +
@@ -114,12 +114,12 @@ TEST(ServiceCableLength, PrintsTheLengthOrWhatFailed) {
             SimulatedTranscript({"cable-length"},
                                 "[board]\nmissing = [\"/sys/bus/iio/devices/iio:device0/\"]\n") +
             SimulatedTranscript({"cable-length"}, "[board]\npresent = false\n"),
-        "cable-length.txt"));
+        "service/golden/cable-length.txt"));
 }
 
 TEST(ServiceTone, ReportsEachPeriodAndPlaysThemAll) {
     const TestCard card;
-    EXPECT_TRUE(MatchesGoldenText(SimulatedTranscript({"tone"}), "tone.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(SimulatedTranscript({"tone"}), "service/golden/tone.txt"));
     EXPECT_EQ(card.Played().size(), 703U * 128U * 4U);
 }
 
@@ -133,12 +133,12 @@ TEST(ServiceTone, FailsWithoutAPlaybackDevice) {
 
 TEST(ServiceLogMessage, TellsWhatWasAcceptedAndWhatWaits) {
     const std::string longest(29, 'x');
-    EXPECT_TRUE(MatchesGoldenText(
+    EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"log-message", "valve opened", "", longest}, kCardMounted) +
             "\nToo long; the others are taken:\n" +
             SimulatedTranscript({"log-message", longest + "y", "short"}, kCardMounted) +
             "\nNo card mounted:\n" + SimulatedTranscript({"log-message", "valve opened"}),
-        "log-message.txt"));
+        "service/golden/log-message.txt"));
 }
 
 Words Messages(std::size_t count) {

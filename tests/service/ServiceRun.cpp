@@ -1,7 +1,7 @@
 #include "tests/service/ServiceRun.h"
 
-#include "tests/system/TemporaryFolder.h"
-#include "tests/system/Text.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Text.h"
 
 #include <cstdlib>
 #include <filesystem>

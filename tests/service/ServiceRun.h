@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/system/Command.h"
+#include "tests/support/Command.h"
 
 #include <map>
 #include <string>

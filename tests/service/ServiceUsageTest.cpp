@@ -1,8 +1,8 @@
 // What tavrelin-service says about itself, and to somebody who uses it wrongly. It runs on this
 // machine itself, where nothing of this touches anything.
 
-#include "tests/service/GoldenText.h"
 #include "tests/service/ServiceRun.h"
+#include "tests/support/GoldenFile.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ TEST(ServiceHelp, TellsTheCommandsAndWhatEachDoes) {
     for (const std::string& command : kCommands) {
         transcript += "\n" + Transcript({command, "--help"}, CallService({command, "--help"}));
     }
-    EXPECT_TRUE(MatchesGoldenText(transcript, "help.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(transcript, "service/golden/help.txt"));
 }
 
 TEST(ServiceHelp, NamesEveryCommand) {

@@ -1,8 +1,8 @@
-#include "app/Diagnostics.h"
+#include "service/Diagnostics.h"
 
 #include "simulator/testing/SimulatedBoard.h"
-#include "tests/devices/CapturedConsole.h"
-#include "tests/service/GoldenText.h"
+#include "tests/support/CapturedConsole.h"
+#include "tests/support/GoldenFile.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ std::string Printout() {
 }
 
 TEST(StateTablePrintout, ShowsEveryStepTwice) {
-    EXPECT_TRUE(MatchesGoldenText(Printout(), "state-table.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(Printout(), "service/golden/state-table.txt"));
 }
 
 // It walks through a table of its own.

@@ -1,6 +1,6 @@
 // Reading along on the console: steps, measurements and limits, whatever the pieces are.
 
-#include "simulator/runtime/ConsoleWatch.h"
+#include "simulator/run/ConsoleWatch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // When no thread can ever run again, the scheduler names what each waits for.
 
-#include "simulator/runtime/Scheduler.h"
+#include "simulator/time/Scheduler.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "simulator/scenario/FaultTable.h"
 #include "simulator/scenario/ScenarioFile.h"
 
-#include "tests/system/TemporaryFolder.h"
-#include "tests/system/Text.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Text.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

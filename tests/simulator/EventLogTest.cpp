@@ -4,7 +4,7 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
-#include "tests/system/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/system/TemporaryFolder.h"
-#include "tests/system/Text.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Text.h"
 
 #include <algorithm>
 #include <cctype>

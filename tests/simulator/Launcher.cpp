@@ -1,6 +1,6 @@
 #include "tests/simulator/Launcher.h"
 
-#include "tests/system/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tavrelin {
 

@@ -3,7 +3,7 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/system/Text.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 

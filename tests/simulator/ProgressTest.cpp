@@ -2,7 +2,7 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/system/Text.h"
+#include "tests/support/Text.h"
 
 #include <array>
 #include <fcntl.h>

@@ -2,7 +2,7 @@
 
 #include "simulator/scenario/ScenarioFile.h"
 
-#include "tests/system/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "storage/Trace.h"
+#include "base/Trace.h"
 
 #include "storage/DataLog.h"
 #include "tests/storage/CardEvents.h"

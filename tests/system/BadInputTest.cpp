@@ -1,8 +1,8 @@
 // The board's answers are rubbish: the instrument neither crashes nor waits longer than it must.
 
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Cards that are missing, full, locked, pulled or slow. What reaches a log is whole records.
 
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Light, sample, reagent and stirring all have a part in a result: what fails shows in it.
 
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

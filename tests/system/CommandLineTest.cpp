@@ -1,5 +1,5 @@
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Same program, scenario and seed: the same bytes, whatever the machine does besides.
 
-#include "tests/system/Command.h"
-#include "tests/system/GoldenFile.h"
+#include "tests/support/Command.h"
+#include "tests/support/GoldenFile.h"
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tests/system/EventLog.h"
 
-#include "tests/system/Text.h"
+#include "tests/support/Text.h"
 
 #include <cstddef>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // One whole measurement from switching on, held against golden files that a person can read.
 
+#include "tests/support/GoldenFile.h"
 #include "tests/system/EventLog.h"
-#include "tests/system/GoldenFile.h"
 #include "tests/system/InstrumentRun.h"
 
 #include <cstddef>
@@ -38,11 +38,11 @@ TEST(FirstDifference, TellsLineAndBothTexts) {
 TEST(Golden, ConsoleFromStartToTheEndOfTheFirstMeasurement) {
     EXPECT_EQ(FirstMeasurement().status, kEndedAsAsked);
     EXPECT_EQ(FirstMeasurement().errors, "");
-    EXPECT_TRUE(MatchesGoldenFile(FirstMeasurement().console, "console.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(FirstMeasurement().console, "system/golden/console.txt"));
 }
 
 TEST(Golden, LogOfTheDay) {
-    EXPECT_TRUE(MatchesGoldenFile(FirstMeasurement().Log(), "log.csv"));
+    EXPECT_TRUE(MatchesGoldenFile(FirstMeasurement().Log(), "system/golden/log.csv"));
     EXPECT_EQ(FirstMeasurement().card.size(), 1U);
     EXPECT_TRUE(FirstMeasurement().mountPoint.empty());
 }
@@ -58,22 +58,24 @@ TEST(GoldenEvents, InitPrimeAndSearchThenSeventeenSteps) {
 }
 
 TEST(GoldenEvents, Init) {
-    EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(0)), "events-init.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(0)), "system/golden/events-init.txt"));
 }
 
 TEST(GoldenEvents, Prime) {
-    EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(1)), "events-prime.txt"));
+    EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(1)), "system/golden/events-prime.txt"));
 }
 
 TEST(GoldenEvents, Search) {
-    EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(2)), "events-search.txt"));
+    EXPECT_TRUE(
+        MatchesGoldenFile(SectionText(Sections().at(2)), "system/golden/events-search.txt"));
 }
 
 class GoldenEventsOfStep : public ::testing::TestWithParam<std::size_t> {};
 
 TEST_P(GoldenEventsOfStep, InOrderAndTime) {
     std::ostringstream name;
-    name << "events-step-" << std::setw(2) << std::setfill('0') << GetParam() << ".txt";
+    name << "system/golden/events-step-" << std::setw(2) << std::setfill('0') << GetParam()
+         << ".txt";
     EXPECT_TRUE(MatchesGoldenFile(SectionText(Sections().at(kInitPrimeSearch + GetParam() - 1)),
                                   name.str()));
 }

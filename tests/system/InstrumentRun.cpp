@@ -1,7 +1,7 @@
 #include "tests/system/InstrumentRun.h"
 
-#include "tests/system/Command.h"
-#include "tests/system/TemporaryFolder.h"
+#include "tests/support/Command.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tavrelin {
 

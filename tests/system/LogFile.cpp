@@ -1,6 +1,6 @@
 #include "tests/system/LogFile.h"
 
-#include "tests/system/Text.h"
+#include "tests/support/Text.h"
 
 #include <cstdlib>
 #include <regex.h>

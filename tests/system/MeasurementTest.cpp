@@ -1,6 +1,6 @@
+#include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
-#include "tests/system/Text.h"
 
 #include <gtest/gtest.h>
 

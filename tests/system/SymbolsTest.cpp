@@ -2,9 +2,9 @@
 // name of the C library that the program or the C++ library under it may call is one that the board
 // answers, or stands in a list of those that cannot do harm.
 
-#include "tests/system/Command.h"
-#include "tests/system/TemporaryFolder.h"
-#include "tests/system/Text.h"
+#include "tests/support/Command.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

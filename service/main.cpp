@@ -1,0 +1,118 @@
+#include "base/Console.h"
+#include "service/Commands.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace tavrelin;
+using namespace tavrelin::service;
+
+constexpr std::string_view kHelp = "--help";
+
+struct Command {
+    std::string_view name;
+    std::string_view arguments;
+    std::string_view summary;
+    std::string_view details;
+    int (*run)(const Arguments& arguments);
+};
+
+constexpr std::array<Command, 8> kCommands = {{
+    {"state-table", "", "Print the steps of a measurement",
+     "Prints every step with its settings. Goes through the table twice, to show that it wraps.",
+     StateTableCommand},
+    {"alarm", "[--for SECONDS]", "Sound the alarm",
+     "Switches the output on at full volume and repeats alarm.wav of the working directory with\n"
+     "amixer and aplay for SECONDS, 1 to 3600 (3 unless given), or until it is interrupted; what\n"
+     "the player has begun it plays to the end. Takes no other file: its name would go to a shell\n"
+     "as it stands. Status 0 says that a player was started, not that a sound was heard: the\n"
+     "tools' own complaints are on standard error.",
+     AlarmCommand},
+    {"indicator", "CODE", "Show a colour on the remote indicator",
+     "Sets the indicator's lines up and shows colour CODE: 0 idle, 1 to 10 colours, above that\n"
+     "all lines low. The lines keep their levels when the command ends.",
+     IndicatorCommand},
+    {"cable-length", "", "Measure the length of the remote indicator's cable",
+     "Shows the test colour, reads the two voltages, prints the length and shows the idle colour.",
+     CableLengthCommand},
+    {"storage", "", "List the mounted file systems with their space",
+     "Prints total, free and available bytes of each; leaves out what cannot be examined.",
+     StorageCommand},
+    {"read-adc", "CHANNEL", "Read a voltage of the board's own converter",
+     "Prints the voltage of CHANNEL, 0 to 11.", ReadAdcCommand},
+    {"tone", "", "Play the rising test tone",
+     "Plays some 5 s on the default device of the sound library, at the volume that is set, and\n"
+     "reports each period.",
+     ToneCommand},
+    {"log-message", "TEXT...", "Hand messages to the buffered log",
+     "Each TEXT of at most 29 characters is kept as it is, without a newline, while the card is\n"
+     "mounted. The 240th writes all 240 to the day's log. Fewer are dropped when the command "
+     "ends,\n"
+     "because they wait in its memory only: it says how many did.",
+     LogMessageCommand},
+}};
+
+std::string Invocation(const Command& command) {
+    std::string text(command.name);
+    if (!command.arguments.empty()) {
+        text += " " + std::string(command.arguments);
+    }
+    return text;
+}
+
+int PrintHelp() {
+    constexpr std::size_t summaryColumn = 24;
+    std::string text = "Usage: tavrelin-service COMMAND [ARGUMENTS]\n\n"
+                       "Calls one routine of the instrument.\n\n";
+    for (const Command& command : kCommands) {
+        std::string invocation = Invocation(command);
+        invocation.resize(std::max(invocation.size() + 1, summaryColumn), ' ');
+        text += "  " + invocation + std::string(command.summary) + "\n";
+    }
+    text += "\ntavrelin-service COMMAND --help says more about a command.\n"
+            "Exit status: 0 when the routine succeeded, 1 when it failed, 2 for wrong usage.";
+    PrintLineAndFlush(text);
+    return kDone;
+}
+
+int PrintHelp(const Command& command) {
+    PrintLineAndFlush("Usage: tavrelin-service " + Invocation(command) + "\n\n" +
+                      std::string(command.details));
+    return kDone;
+}
+
+int RunCommand(const Command& command, const Arguments& arguments) {
+    if (!arguments.empty() && arguments.front() == kHelp) {
+        return PrintHelp(command);
+    }
+    return command.run(arguments);
+}
+
+int Refuse(const std::string& what) {
+    std::cerr << "tavrelin-service: " + what + "; see tavrelin-service --help\n";
+    return kWrongUsage;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    if (argc < 2) {
+        return Refuse("needs a command");
+    }
+    const std::string name = argv[1];
+    if (name == kHelp) {
+        return PrintHelp();
+    }
+    const auto* const command =
+        std::find_if(kCommands.begin(), kCommands.end(),
+                     [&name](const Command& candidate) { return candidate.name == name; });
+    if (command == kCommands.end()) {
+        return Refuse("no command '" + name + "'");
+    }
+    return RunCommand(*command, Arguments(argv + 2, argv + argc));
+}

@@ -1,0 +1,38 @@
+// Reads along what the program shows on standard output; nothing in it is changed.
+
+#include "simulator/libc/Real.h"
+#include "simulator/run/Simulation.h"
+
+#include <unistd.h>
+
+using sim::Gate;
+
+extern "C" {
+
+size_t fwrite(const void* data, size_t size, size_t count, FILE* stream) {
+    if (stream == stdout) {
+        if (Gate gate; gate) {
+            gate->show(data, size * count, stream);
+            return count;
+        }
+    }
+    return SIM_REAL(fwrite)(data, size, count, stream);
+}
+
+int fputc(int character, FILE* stream) {
+    if (stream == stdout) {
+        if (Gate gate; gate) {
+            const char byte = static_cast<char>(character);
+            gate->show(&byte, 1, stream);
+            return static_cast<unsigned char>(byte);
+        }
+    }
+    return SIM_REAL(fputc)(character, stream);
+}
+
+#undef putc
+int putc(int character, FILE* stream) {
+    return fputc(character, stream);
+}
+
+} // extern "C"

@@ -1,0 +1,142 @@
+// Stands in for the C library's calls on devices and mounts.
+
+#include "simulator/libc/Real.h"
+#include "simulator/run/Simulation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <mntent.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/statfs.h>
+
+using sim::asResult;
+using sim::Gate;
+using sim::Kernel;
+
+namespace {
+
+const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+} // namespace
+
+extern "C" {
+
+int ioctl(int descriptor, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+        return static_cast<int>(asResult(gate->kernel.control(descriptor, request, argument)));
+    }
+    return SIM_REAL(ioctl)(descriptor, request, argument);
+}
+
+void* mmap64(void* hint, size_t length, int protection, int flags, int descriptor,
+             off64_t offset) noexcept {
+    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+        void* address = nullptr;
+        const bool shared = (flags & MAP_SHARED) != 0;
+        const long result = gate->kernel.map(descriptor, length, shared, offset, &address);
+        return asResult(result) < 0 ? MAP_FAILED : address;
+    }
+    return SIM_REAL(mmap64)(hint, length, protection, flags, descriptor, offset);
+}
+
+void* mmap(void* hint, size_t length, int protection, int flags, int descriptor,
+           off_t offset) noexcept {
+    return mmap64(hint, length, protection, flags, descriptor, offset);
+}
+
+int munmap(void* address, size_t length) noexcept {
+    if (Gate gate; gate && gate->kernel.ownsMapping(address)) {
+        return static_cast<int>(asResult(gate->kernel.unmap(address)));
+    }
+    return SIM_REAL(munmap)(address, length);
+}
+
+int poll(pollfd* descriptors, nfds_t count, int timeout) {
+    if (Gate gate; gate && std::any_of(descriptors, descriptors + count, [&](const pollfd& one) {
+                       return gate->kernel.owns(one.fd);
+                   })) {
+        return static_cast<int>(asResult(gate->kernel.poll(descriptors, count, timeout)));
+    }
+    if (Gate gate; gate && count == 0) {
+        gate->events.add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
+        gate->timeline.sleepUntil(timeout < 0 ? sim::never
+                                              : gate->timeline.now() + sim::milliseconds(timeout),
+                                  "the end of its sleep");
+        return 0;
+    }
+    return SIM_REAL(poll)(descriptors, count, timeout);
+}
+
+int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) {
+    return poll(descriptors, count, timeout);
+}
+
+int mount(const char* source, const char* target, const char* type, unsigned long flags,
+          const void* data) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(
+            gate->kernel.mount(orEmpty(source), orEmpty(target), orEmpty(type), flags, data)));
+    }
+    return SIM_REAL(mount)(source, target, type, flags, data);
+}
+
+int umount(const char* target) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(gate->kernel.unmount(target)));
+    }
+    return SIM_REAL(umount)(target);
+}
+
+FILE* setmntent(const char* path, const char* mode) {
+    if (Kernel::owns(path)) {
+        if (Gate gate; gate) {
+            return gate->kernel.openMountTable(path);
+        }
+    }
+    return SIM_REAL(setmntent)(path, mode);
+}
+
+// A field "(missing)" of the simulated table stands for one that the C library gives no text for.
+mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept {
+    mntent* found = SIM_REAL(getmntent_r)(table, entry, buffer, size);
+    if (Gate gate; gate && found != nullptr && gate->kernel.ownsMountTable(table)) {
+        for (char** field : {&found->mnt_fsname, &found->mnt_dir}) {
+            if (std::string_view(*field) == "(missing)") {
+                *field = nullptr;
+            }
+        }
+    }
+    return found;
+}
+
+int statfs64(const char* path, struct statfs64* result) noexcept {
+    if (Gate gate; gate) {
+        return static_cast<int>(asResult(gate->kernel.fileSystemStatus(path, result)));
+    }
+    return SIM_REAL(statfs64)(path, result);
+}
+
+#if __SIZEOF_POINTER__ == 8 // where the two records are one and the same
+int statfs(const char* path, struct statfs* result) noexcept {
+    return statfs64(path, reinterpret_cast<struct statfs64*>(result));
+}
+#endif
+
+int endmntent(FILE* table) {
+    if (Gate gate; gate) {
+        gate->kernel.closeMountTable(table);
+    }
+    return SIM_REAL(endmntent)(table);
+}
+
+} // extern "C"

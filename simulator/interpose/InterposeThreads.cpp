@@ -1,0 +1,175 @@
+// Stands in for the C library's threads and mutexes: one thread runs at a time, in the scheduler's
+// order.
+
+#include "simulator/libc/Real.h"
+#include "simulator/run/Simulation.h"
+#include "simulator/time/ThreadSelf.h"
+
+#include <cerrno>
+#include <map>
+#include <memory>
+#include <pthread.h>
+#include <string>
+
+namespace {
+
+using sim::Gate;
+using sim::Scheduler;
+using sim::Simulation;
+
+/// What a new thread needs to begin.
+struct Beginning {
+    Simulation* simulation;
+    Scheduler::Thread* thread;
+    void* (*body)(void*);
+    void* argument;
+};
+
+std::map<pthread_t, Scheduler::Thread*>& threads() {
+    static std::map<pthread_t, Scheduler::Thread*> known;
+    return known;
+}
+
+/// Runs when a thread ends, whether it returns or calls pthread_exit.
+void atThreadEnd(void* data) {
+    auto* simulation = static_cast<Simulation*>(data);
+    Scheduler::Thread* self = sim::threadSelf();
+    simulation->events.add("thread-end", "-");
+    sim::setThreadSelf(nullptr);
+    simulation->scheduler.finish(*self);
+}
+
+pthread_key_t endKey() {
+    static const pthread_key_t key = [] {
+        pthread_key_t made = 0;
+        pthread_key_create(&made, atThreadEnd);
+        return made;
+    }();
+    return key;
+}
+
+void* trampoline(void* data) {
+    const std::unique_ptr<Beginning> beginning(static_cast<Beginning*>(data));
+    const Beginning begin = *beginning;
+    begin.simulation->scheduler.begin(*begin.thread);
+    sim::setThreadSelf(begin.thread);
+    pthread_setspecific(endKey(), begin.simulation);
+    return begin.body(begin.argument);
+}
+
+/// Who locked each mutex that is held, to name them in a deadlock.
+std::map<const pthread_mutex_t*, unsigned>& lockers() {
+    static std::map<const pthread_mutex_t*, unsigned> known;
+    return known;
+}
+
+std::string heldMutex(const pthread_mutex_t* mutex) {
+    const auto locker = lockers().find(mutex);
+    return locker == lockers().end()
+               ? std::string("a mutex that is held")
+               : "a mutex that thread " + std::to_string(locker->second) + " locked";
+}
+
+/// Locks as the C library does, but waits in the scheduler.
+int lockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
+    for (;;) {
+        const int result = SIM_REAL(pthread_mutex_trylock)(mutex);
+        if (result != EBUSY) {
+            lockers()[mutex] = gate.self().number;
+            return result;
+        }
+        gate->scheduler.waitFor(gate.self(), mutex, heldMutex(mutex));
+    }
+}
+
+bool isDetached(const pthread_attr_t* attributes) {
+    int state = PTHREAD_CREATE_JOINABLE;
+    return attributes != nullptr && pthread_attr_getdetachstate(attributes, &state) == 0 &&
+           state == PTHREAD_CREATE_DETACHED;
+}
+
+} // namespace
+
+extern "C" {
+
+int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*body)(void*),
+                   void* argument) noexcept {
+    Gate gate;
+    if (!gate) {
+        return SIM_REAL(pthread_create)(result, attributes, body, argument);
+    }
+    if (isDetached(attributes)) {
+        gate->kernel.unmodelled("pthread_create of a thread that nobody joins");
+    }
+    if (const long error = gate->kernel.enter("pthread_create", ""); error != 0) {
+        return static_cast<int>(-error);
+    }
+    endKey();
+    Scheduler::Thread& thread = gate->scheduler.create();
+    auto beginning =
+        std::make_unique<Beginning>(Beginning{Simulation::ofThisThread(), &thread, body, argument});
+    const int error = SIM_REAL(pthread_create)(result, attributes, trampoline, beginning.get());
+    if (error != 0) {
+        gate->scheduler.forget(thread);
+        return error;
+    }
+    static_cast<void>(beginning.release()); // the new thread's now
+    threads()[*result] = &thread;
+    gate->events.add("thread-start", "-", std::to_string(thread.number));
+    return 0;
+}
+
+int pthread_join(pthread_t joined, void** result) {
+    Gate gate;
+    const auto found = gate ? threads().find(joined) : threads().end();
+    if (!gate || found == threads().end()) {
+        return SIM_REAL(pthread_join)(joined, result);
+    }
+    if (const long error = gate->kernel.enter("pthread_join", ""); error != 0) {
+        return static_cast<int>(-error);
+    }
+    Scheduler::Thread* thread = found->second;
+    if (thread == &gate.self()) {
+        return EDEADLK;
+    }
+    while (!thread->finished) {
+        gate->scheduler.waitFor(gate.self(), thread,
+                                "the end of thread " + std::to_string(thread->number));
+    }
+    const int error = SIM_REAL(pthread_join)(joined, result);
+    gate->events.add("join", "-", std::to_string(thread->number));
+    threads().erase(found);
+    gate->scheduler.forget(*thread);
+    return error;
+}
+
+int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
+    if (Gate gate; gate) {
+        if (const long error = gate->kernel.enter("pthread_mutex_init", ""); error != 0) {
+            return static_cast<int>(-error);
+        }
+        lockers().erase(mutex);
+    }
+    return SIM_REAL(pthread_mutex_init)(mutex, attributes);
+}
+
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+    if (Gate gate; gate) {
+        const long error = gate->kernel.enter("pthread_mutex_lock", "");
+        return error != 0 ? static_cast<int>(-error) : lockOnBoard(gate, mutex);
+    }
+    return SIM_REAL(pthread_mutex_lock)(mutex);
+}
+
+int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
+    if (Gate gate; gate) {
+        const long error = gate->kernel.enter("pthread_mutex_unlock", "");
+        const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
+        lockers().erase(mutex);
+        gate->scheduler.wake(mutex);
+        return error != 0 ? static_cast<int>(-error) : result;
+    }
+    return SIM_REAL(pthread_mutex_unlock)(mutex);
+}
+
+} // extern "C"

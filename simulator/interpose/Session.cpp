@@ -1,0 +1,174 @@
+// The preloaded library's life in a program: it arms itself before main in the one program that the
+// launcher names, stays inert in every other, and tells the launcher how the run went.
+
+#include "simulator/libc/Real.h"
+#include "simulator/run/RunReport.h"
+#include "simulator/run/RunRequest.h"
+#include "simulator/run/Simulation.h"
+#include "simulator/scenario/ScenarioFile.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <malloc.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+
+/// A number from a line such as "Threads:	3" of /proc/self/status; 0 when there is none.
+std::uint64_t processStatus(const char* label) {
+    std::unique_ptr<FILE, int (*)(FILE*)> file(real::fopen("/proc/self/status", "re"), std::fclose);
+    char line[256];
+    while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
+        if (std::strncmp(line, label, std::strlen(label)) == 0) {
+            return std::strtoull(line + std::strlen(label), nullptr, 10);
+        }
+    }
+    return 0;
+}
+
+std::uint32_t openDescriptors() {
+    std::uint32_t count = 0;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        struct stat64 ignored {};
+        count += SIM_REAL(fstat64)(descriptor, &ignored) == 0 ? 1U : 0U;
+    }
+    return count;
+}
+
+class Session {
+  public:
+    Session(const RunOptions& options, RunReport& report)
+        : report_(report), simulation_(options, &report.events) {
+        simulation_.end = [this](Ending ending, const std::string& text) {
+            endEarly(ending, text);
+        };
+        simulation_.onStep = [this](std::uint64_t step) { noteStep(step); };
+        simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
+        report_.armed = 1;
+    }
+
+    void programExits() {
+        simulation_.showHeld(stdout);
+        finish(Ending::exited, "");
+    }
+
+  private:
+    void noteStep(std::uint64_t step) {
+        report_.steps = step;
+        report_.measurements = simulation_.console.measurements();
+        if (step % RunReport::footprintEvery == RunReport::footprintStep) {
+            report_.late = footprint();
+            if (step == RunReport::footprintStep) {
+                report_.early = report_.late;
+            }
+        }
+    }
+
+    Footprint footprint() const {
+        Footprint taken;
+        taken.heapBytes = mallinfo2().uordblks;
+        taken.residentBytes = processStatus("VmRSS:") * 1024;
+        taken.threads = static_cast<std::uint32_t>(processStatus("Threads:"));
+        taken.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.held());
+        taken.hostDescriptors = openDescriptors();
+        return taken;
+    }
+
+    void finish(Ending ending, const std::string& text) {
+        simulation_.events.finish();
+        report_.boardTime = simulation_.board.now();
+        report_.steps = simulation_.console.steps();
+        report_.measurements = simulation_.console.measurements();
+        std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
+        std::string calls;
+        for (const auto& [name, count] : simulation_.kernel.callCounts()) {
+            calls += name + " " + std::to_string(count) + "\n";
+        }
+        std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
+        report_.ending = static_cast<std::uint32_t>(ending);
+    }
+
+    [[noreturn]] void endEarly(Ending ending, const std::string& text) {
+        simulation_.showHeld(stdout);
+        real::fflush(stdout);
+        finish(ending, text);
+        // A program built for coverage writes its counts only at an orderly exit.
+        if (auto* dump = reinterpret_cast<void (*)()>(dlsym(RTLD_DEFAULT, "__gcov_dump"))) {
+            dump();
+        }
+        _exit(0);
+    }
+
+    RunReport& report_;
+    Simulation simulation_;
+};
+
+// Never destroyed: the program's threads and exit handlers may call in until the process is gone.
+Session* session = nullptr;
+
+std::string ownProgram() {
+    char path[4096];
+    const ssize_t length = SIM_REAL(readlink)("/proc/self/exe", path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+RunReport* mapReport(int descriptor) {
+    void* page = SIM_REAL(mmap64)(nullptr, sizeof(RunReport), PROT_READ | PROT_WRITE, MAP_SHARED,
+                                  descriptor, 0);
+    real::close(descriptor);
+    return page == MAP_FAILED ? nullptr : static_cast<RunReport*>(page);
+}
+
+/// The scenario that the launcher has checked already.
+std::optional<Scenario> scenarioFrom(int descriptor) {
+    if (descriptor < 0) {
+        return Scenario{};
+    }
+    std::string text;
+    char piece[4096];
+    for (ssize_t count = real::read(descriptor, piece, sizeof piece); count > 0;
+         count = real::read(descriptor, piece, sizeof piece)) {
+        text.append(piece, static_cast<std::size_t>(count));
+    }
+    real::close(descriptor);
+    auto read = parseScenario(text, "scenario");
+    auto* scenario = std::get_if<Scenario>(&read);
+    return scenario != nullptr ? std::optional<Scenario>(std::move(*scenario)) : std::nullopt;
+}
+
+__attribute__((constructor)) void armInTheNamedProgram() {
+    const char* text = std::getenv(runVariable);
+    if (text == nullptr) {
+        return;
+    }
+    auto request = decodeRunRequest(text);
+    if (!request || request->program != ownProgram()) {
+        return;
+    }
+    // What the program starts in turn is none of ours.
+    unsetenv(runVariable);
+    unsetenv("LD_PRELOAD");
+    RunReport* report = mapReport(request->reportDescriptor);
+    auto scenario = scenarioFrom(request->scenarioDescriptor);
+    if (report == nullptr || !scenario) {
+        _exit(EXIT_FAILURE); // rather than touch this machine's own devices
+    }
+    request->options.scenario = std::move(*scenario);
+    session = new Session(request->options, *report);
+}
+
+__attribute__((destructor)) void tellTheEnd() {
+    if (session != nullptr && Simulation::ofThisThread() != nullptr) {
+        session->programExits();
+    }
+}
+
+} // namespace
+} // namespace sim

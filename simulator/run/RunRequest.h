@@ -1,0 +1,24 @@
+#pragma once
+
+#include "simulator/run/RunOptions.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sim {
+
+/// What the launcher tells the preloaded library: one "key=value" line each in one environment
+/// variable.
+struct RunRequest {
+    std::string program; ///< resolved path of the one program to arm in
+    int reportDescriptor = -1;
+    int scenarioDescriptor = -1; ///< of the scenario's text; negative: the default scenario
+    RunOptions options;          ///< all but the scenario
+};
+
+std::string encode(const RunRequest& request);
+/// Nothing when the text is not one that encode made.
+std::optional<RunRequest> decodeRunRequest(std::string_view text);
+
+} // namespace sim

@@ -1,0 +1,154 @@
+#include "simulator/time/Scheduler.h"
+
+#include <algorithm>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+
+/// Handing over is one futex word per thread: 0 wait, 1 go.
+void awaitGo(std::atomic<std::uint32_t>& word) {
+    while (word.load(std::memory_order_acquire) == 0) {
+        syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
+    }
+    word.store(0, std::memory_order_relaxed);
+}
+
+void giveGo(std::atomic<std::uint32_t>& word) {
+    word.store(1, std::memory_order_release);
+    syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+/// One chance in so many that the seed takes the processor away at an operation.
+constexpr std::uint64_t chanceOneIn = 4;
+
+} // namespace
+
+Scheduler::Thread& Scheduler::adoptMainThread() {
+    Thread& thread = create();
+    ready_.pop_back();
+    current_ = &thread;
+    return thread;
+}
+
+Scheduler::Thread& Scheduler::create() {
+    threads_.push_back(std::make_unique<Thread>(++created_));
+    ready_.push_back(threads_.back().get());
+    return *threads_.back();
+}
+
+void Scheduler::begin(Thread& self) {
+    awaitGo(self.go);
+}
+
+void Scheduler::finish(Thread& self) {
+    self.finished = true;
+    wake(&self);
+    run(next());
+}
+
+void Scheduler::forget(Thread& thread) {
+    std::erase(ready_, &thread);
+    std::erase_if(threads_, [&](const auto& held) { return held.get() == &thread; });
+}
+
+void Scheduler::sleepUntil(Thread& self, Nanoseconds moment, std::string reason, const void* key) {
+    self.wakeAt = moment;
+    self.waitsFor = key;
+    self.waitReason = std::move(reason);
+    waiting_.push_back(&self);
+    handOver(self);
+}
+
+void Scheduler::waitFor(Thread& self, const void* key, std::string reason) {
+    sleepUntil(self, never, std::move(reason), key);
+}
+
+void Scheduler::wake(const void* key) {
+    for (auto at = waiting_.begin(); at != waiting_.end();) {
+        if ((*at)->waitsFor == key) {
+            ready_.push_back(*at);
+            at = waiting_.erase(at);
+        } else {
+            ++at;
+        }
+    }
+}
+
+void Scheduler::chance(Thread& self) {
+    if (order_ == ThreadOrder::seeded && !ready_.empty() && noise_.below(chanceOneIn) == 0) {
+        ready_.push_back(&self);
+        handOver(self);
+    }
+}
+
+void Scheduler::handOver(Thread& self) {
+    Thread& chosen = next();
+    if (&chosen == &self) {
+        current_ = &self;
+        return;
+    }
+    run(chosen);
+    awaitGo(self.go);
+}
+
+void Scheduler::run(Thread& thread) {
+    current_ = &thread;
+    giveGo(thread.go);
+}
+
+Scheduler::Thread& Scheduler::next() {
+    for (;;) {
+        wakeSleepers();
+        if (!ready_.empty()) {
+            return take();
+        }
+        Nanoseconds earliest = never;
+        for (const Thread* thread : waiting_) {
+            earliest = std::min(earliest, thread->wakeAt);
+        }
+        if (earliest == never) {
+            deadlock(whoWaitsForWhat());
+        }
+        advanceTo(earliest);
+    }
+}
+
+void Scheduler::wakeSleepers() {
+    const Nanoseconds moment = now();
+    std::vector<Thread*> due;
+    for (auto at = waiting_.begin(); at != waiting_.end();) {
+        if ((*at)->wakeAt <= moment) {
+            due.push_back(*at);
+            at = waiting_.erase(at);
+        } else {
+            ++at;
+        }
+    }
+    std::stable_sort(due.begin(), due.end(),
+                     [](const Thread* a, const Thread* b) { return a->wakeAt < b->wakeAt; });
+    ready_.insert(ready_.end(), due.begin(), due.end());
+}
+
+Scheduler::Thread& Scheduler::take() {
+    std::size_t index = 0;
+    if (order_ == ThreadOrder::seeded) {
+        index = static_cast<std::size_t>(noise_.below(ready_.size()));
+    }
+    Thread& thread = *ready_[index];
+    ready_.erase(ready_.begin() + static_cast<std::ptrdiff_t>(index));
+    return thread;
+}
+
+std::string Scheduler::whoWaitsForWhat() const {
+    std::string text;
+    for (const Thread* thread : waiting_) {
+        text += (text.empty() ? "" : "; ") + std::string("thread ") +
+                std::to_string(thread->number) + " waits for " + thread->waitReason;
+    }
+    return text.empty() ? "no thread is left" : text;
+}
+
+} // namespace sim

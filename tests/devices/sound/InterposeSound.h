@@ -1,0 +1,73 @@
+#pragma once
+
+#include "tests/devices/sound/SoundCalls.h"
+
+#include <optional>
+#include <string>
+
+namespace tavrelin {
+
+/// One call into the sound library. It is watched when the code under test makes it, not when the
+/// library itself does.
+class SoundCall {
+  public:
+    /// For calls that only count for what they allocate.
+    SoundCall() { ++depth_; }
+
+    template <typename... Arguments>
+    explicit SoundCall(const char* name, const Arguments&... arguments) : SoundCall() {
+        if (SoundCalls* calls = Watched()) {
+            answer_ = calls->Meet(name, (std::string() + ... + (" " + Text(arguments))));
+        }
+    }
+    SoundCall(const SoundCall&) = delete;
+    SoundCall& operator=(const SoundCall&) = delete;
+    SoundCall(SoundCall&&) = delete;
+    SoundCall& operator=(SoundCall&&) = delete;
+    ~SoundCall() { --depth_; }
+
+    /// Null when nobody is to know of this call.
+    [[nodiscard]] static SoundCalls* Watched() {
+        return depth_ == 1 ? SoundCalls::Watching() : nullptr;
+    }
+
+    /// What the test wants as result, if it wants one.
+    [[nodiscard]] const std::optional<long>& answer() const { return answer_; }
+
+    /// The result of a call that uses what is there.
+    template <typename Real>
+    [[nodiscard]] auto Use(Real real) const {
+        using Result = decltype(real());
+        return answer_ ? static_cast<Result>(*answer_) : real();
+    }
+    /// Of one that brings something to be given back.
+    template <typename Real>
+    [[nodiscard]] int Acquire(Real real) const {
+        const int result = Use(real);
+        if (SoundCalls* calls = Watched(); calls != nullptr && result >= 0) {
+            calls->Acquired();
+        }
+        return result;
+    }
+    /// Of one that gives it back, which it does whatever it answers.
+    template <typename Real>
+    [[nodiscard]] int Release(Real real) const {
+        const int result = real();
+        if (SoundCalls* calls = Watched()) {
+            calls->Released();
+        }
+        return answer_ ? static_cast<int>(*answer_) : result;
+    }
+
+  private:
+    static std::string Text(const char* text) { return text; }
+    template <typename Number>
+    static std::string Text(Number number) {
+        return std::to_string(number);
+    }
+
+    static inline thread_local int depth_ = 0;
+    std::optional<long> answer_;
+};
+
+} // namespace tavrelin

@@ -1,0 +1,133 @@
+#include "tests/devices/sound/ChildPauses.h"
+#include "tests/devices/sound/SpeakerTest.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <iostream>
+#include <string>
+
+namespace tavrelin {
+namespace {
+
+using sim::Texts;
+
+constexpr const char* kAlarm = "[aplay][-q][alarm.wav]";
+constexpr pid_t kNobody = -1;
+
+class SpeakerPlay : public SpeakerTest {
+  protected:
+    [[nodiscard]] std::uint64_t SignalsSent() const { return board.calls("kill"); }
+};
+
+TEST_F(SpeakerPlay, RepeatsTheFileInAChildForEver) {
+    Speaker speaker;
+    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
+    for (int repetition = 0; repetition < 5; ++repetition) {
+        EXPECT_EQ(tools.NextCall(), kAlarm);
+        tools.FinishPlaying();
+    }
+}
+
+TEST_F(SpeakerPlay, IsAnnouncedByBothProcesses) {
+    Speaker speaker;
+    EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+    const std::string own = std::to_string(::getpid());
+    const std::string child = std::to_string(speaker.player());
+    const std::string fromChild =
+        "In Child Process: Own pid = " + child + " and Parent pid = " + own + "\n";
+    const std::string fromParent =
+        "In Parent Process: Own pid = " + own + " and Child pid = " + child + "\n";
+    const std::string said = console.output();
+    EXPECT_TRUE(said == fromChild + fromParent || said == fromParent + fromChild) << said;
+    EXPECT_EQ(console.error(), "");
+}
+
+TEST_F(SpeakerPlay, ShowsTextThatWaitedToBeShownOnlyOnce) {
+    Speaker speaker;
+    std::cout << "Priming ";
+    EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+    const std::string said = console.output();
+    EXPECT_EQ(said.find("Priming "), 0U);
+    EXPECT_EQ(said.rfind("Priming "), 0U);
+}
+
+TEST_F(SpeakerPlay, PausesAsLongAsItWasToldBetweenRepetitions) {
+    const TestFolder folder;
+    const Fifo pauses(folder.Path("pauses"));
+    RecordPausesTo(pauses.descriptor());
+    for (const std::uint32_t pause : {0U, 250000U, 3600000000U, 4294967295U}) {
+        Speaker speaker;
+        EXPECT_TRUE(speaker.Play("alarm.wav", pause));
+        EXPECT_EQ(tools.NextCall(), kAlarm);
+        EXPECT_EQ(pauses.Rest(), "");
+        tools.FinishPlaying();
+        EXPECT_EQ(pauses.Line(), std::to_string(pause));
+        EXPECT_EQ(tools.NextCall(), kAlarm);
+        EXPECT_EQ(speaker.Stop(), 0);
+        tools.FinishPlaying();
+        Offspring::AwaitEnd();
+    }
+    RecordPausesTo(-1);
+}
+
+TEST_F(SpeakerPlay, IsRefusedWhileItPlaysAndDisturbsNothing) {
+    Speaker speaker;
+    EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+    const pid_t player = speaker.player();
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+    const std::string before = console.output();
+    EXPECT_FALSE(speaker.Play("other.wav", 0));
+    EXPECT_EQ(console.error(), "Speaker: already in play\n");
+    EXPECT_EQ(console.output(), before);
+    EXPECT_EQ(speaker.player(), player);
+    EXPECT_EQ(board.calls("fork"), 1U);
+    EXPECT_EQ(SignalsSent(), 0U);
+    tools.FinishPlaying();
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+}
+
+TEST_F(SpeakerPlay, IsAChildOfItsOwnForEachSpeaker) {
+    Speaker one;
+    Speaker other;
+    EXPECT_TRUE(one.Play("alarm.wav", 0));
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+    EXPECT_TRUE(other.Play("other.wav", 0));
+    EXPECT_EQ(tools.NextCall(), "[aplay][-q][other.wav]");
+    EXPECT_EQ(one.Stop(), 0);
+    EXPECT_FALSE(Offspring::IsGone(other.player()));
+}
+
+TEST_F(SpeakerPlay, HandsTheNameToTheShellAsItStands) {
+    for (const auto& [name, call] :
+         {std::pair("two words.wav", "[aplay][-q][two][words.wav]"),
+          std::pair("'two words.wav'", "[aplay][-q][two words.wav]"),
+          std::pair("\"it's.wav\"", "[aplay][-q][it's.wav]"), std::pair("", "[aplay][-q]"),
+          std::pair("a.wav; exit", "[aplay][-q][a.wav]")}) {
+        Speaker speaker;
+        EXPECT_TRUE(speaker.Play(name, 0));
+        EXPECT_EQ(tools.NextCall(), call);
+    }
+}
+
+TEST_F(SpeakerPlay, ThatCannotForkIsToldAndCanBeTriedAgain) {
+    Speaker speaker;
+    board.fail("fork", "", EAGAIN);
+    EXPECT_FALSE(speaker.Play("alarm.wav", 0));
+    EXPECT_EQ(console.error(), "Speaker: error in play fork\n");
+    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_TRUE(Offspring::Children().empty());
+    EXPECT_EQ(speaker.Stop(), kNobody);
+    EXPECT_EQ(SignalsSent(), 0U);
+    EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+    EXPECT_EQ(tools.NextCall(), kAlarm);
+}
+
+} // namespace
+} // namespace tavrelin

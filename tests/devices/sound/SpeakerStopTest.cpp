@@ -1,0 +1,101 @@
+#include "tests/devices/sound/SpeakerTest.h"
+
+#include <cerrno>
+#include <optional>
+#include <string>
+
+namespace tavrelin {
+namespace {
+
+using sim::Texts;
+
+constexpr const char* kAlarm = "[aplay][-q][alarm.wav]";
+constexpr pid_t kNobody = -1;
+
+class SpeakerStop : public SpeakerTest {
+  protected:
+    /// A speaker that plays.
+    void Begin(Speaker& speaker) const {
+        EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+        EXPECT_EQ(tools.NextCall(), kAlarm);
+    }
+};
+
+TEST_F(SpeakerStop, KillsTheChildAndLeavesNoZombie) {
+    Speaker speaker;
+    Begin(speaker);
+    const pid_t player = speaker.player();
+    board.forget();
+    EXPECT_EQ(speaker.Stop(), 0);
+    EXPECT_EQ(board.events(), (Texts{"kill - signal 9"}));
+    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_TRUE(Offspring::IsGone(player));
+    EXPECT_EQ(console.error(), "");
+}
+
+TEST_F(SpeakerStop, WithNothingPlayingAnswersMinusOneAndSendsNoSignal) {
+    Speaker speaker;
+    EXPECT_EQ(speaker.Stop(), -1);
+    Begin(speaker);
+    EXPECT_EQ(speaker.Stop(), 0);
+    EXPECT_EQ(speaker.Stop(), -1);
+    EXPECT_EQ(board.calls("kill"), 1U);
+}
+
+TEST_F(SpeakerStop, LetsThePlayerFinishTheRunItHasBegun) {
+    Speaker speaker;
+    Begin(speaker);
+    EXPECT_EQ(speaker.Stop(), 0);
+    tools.FinishPlaying();
+    Offspring::AwaitEnd();
+    EXPECT_EQ(tools.OtherCalls(), "") << "nobody starts another run";
+    EXPECT_TRUE(Offspring::Children().empty());
+}
+
+TEST_F(SpeakerStop, IsFollowedByANewChildWhenPlayedAgain) {
+    Speaker speaker;
+    Begin(speaker);
+    EXPECT_EQ(speaker.Stop(), 0);
+    tools.FinishPlaying();
+    Offspring::AwaitEnd();
+    Begin(speaker);
+    EXPECT_EQ(board.calls("fork"), 2U);
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
+    EXPECT_EQ(speaker.Stop(), 0);
+}
+
+TEST_F(SpeakerStop, AnswersThatTheChildCouldNotBeKilledAndForgetsItAllTheSame) {
+    Speaker speaker;
+    Begin(speaker);
+    const pid_t player = speaker.player();
+    board.fail("kill", "", EPERM);
+    EXPECT_EQ(speaker.Stop(), -1);
+    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_FALSE(Offspring::IsGone(player));
+    Begin(speaker);
+    EXPECT_NE(speaker.player(), player);
+}
+
+TEST_F(SpeakerStop, HappensWhenTheSpeakerIsDestroyed) {
+    std::optional<Speaker> speaker(std::in_place);
+    Begin(*speaker);
+    const pid_t player = speaker->player();
+    board.forget();
+    speaker.reset();
+    EXPECT_EQ(board.events(), (Texts{"kill - signal 9"}));
+    EXPECT_TRUE(Offspring::IsGone(player));
+}
+
+TEST_F(SpeakerStop, IsNotNeededWhenAnIdleSpeakerIsDestroyed) {
+    {
+        const Speaker never;
+        Speaker noMore;
+        Begin(noMore);
+        EXPECT_EQ(noMore.Stop(), 0);
+        board.forget();
+    }
+    EXPECT_EQ(board.events(), Texts{});
+}
+
+} // namespace
+} // namespace tavrelin
