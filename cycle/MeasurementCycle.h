@@ -38,11 +38,11 @@ class MeasurementCycle {
     void SetReactedSample(float average) { reactedSample_ = average; }
 
     /// The devices, lent for the time of a step; null until Init created them.
-    [[nodiscard]] StepperDriver* stirrer() { return stirrer_.get(); }
-    [[nodiscard]] StepperDriverMotor* reagentPump() { return reagentPump_.get(); }
-    [[nodiscard]] ValvePWM* valve() { return valve_.get(); }
-    [[nodiscard]] PwmChannel* led() { return led_.get(); }
-    [[nodiscard]] SpiDevice* externalAdc() { return externalAdc_.get(); }
+    [[nodiscard]] StepperDriver* Stirrer() { return stirrer_.get(); }
+    [[nodiscard]] StepperDriverMotor* ReagentPump() { return reagentPump_.get(); }
+    [[nodiscard]] ValvePWM* Valve() { return valve_.get(); }
+    [[nodiscard]] PwmChannel* Led() { return led_.get(); }
+    [[nodiscard]] SpiDevice* ExternalAdc() { return externalAdc_.get(); }
 
   private:
     void CreateDevices();

@@ -55,7 +55,7 @@ class SearchTimer {
         return Reading::Elapsed;
     }
 
-    [[nodiscard]] std::int32_t elapsed() const { return elapsed_; }
+    [[nodiscard]] std::int32_t Elapsed() const { return elapsed_; }
 
   private:
     std::optional<timespec> start_;
@@ -72,7 +72,7 @@ bool ReachFlag(HomeSensor& sensor) {
         case SearchTimer::Reading::Started:
             break;
         case SearchTimer::Reading::Elapsed:
-            if (timer.elapsed() > kFlagSearchLimit) {
+            if (timer.Elapsed() > kFlagSearchLimit) {
                 return false;
             }
             seenOffFlag = true;
@@ -94,7 +94,7 @@ void WaitUntilSteadilyHigh(HomeSensor& sensor) {
 bool LeaveFlag(HomeSensor& sensor, std::int32_t limit) {
     SearchTimer timer;
     while (sensor.IsStopPosition()) {
-        if (timer.Take() == SearchTimer::Reading::Elapsed && timer.elapsed() >= limit) {
+        if (timer.Take() == SearchTimer::Reading::Elapsed && timer.Elapsed() >= limit) {
             return false;
         }
     }

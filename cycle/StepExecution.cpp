@@ -177,11 +177,11 @@ bool doStepRequest(MeasurementCycle& cycle, float motorAngle, std::uint32_t moto
                            .ValveStatus = valveStatus,
                            .Description = std::move(description),
                            .samples = &samples,
-                           .stirrer = cycle.stirrer(),
-                           .reagentPump = cycle.reagentPump(),
-                           .led = cycle.led(),
-                           .externalAdc = cycle.externalAdc(),
-                           .valve = cycle.valve()};
+                           .stirrer = cycle.Stirrer(),
+                           .reagentPump = cycle.ReagentPump(),
+                           .led = cycle.Led(),
+                           .externalAdc = cycle.ExternalAdc(),
+                           .valve = cycle.Valve()};
     StepExecution step(request, StepFlags(results, resultCount));
     step.StartWorkers();
     return step.JoinWorkers(cycle);

@@ -29,7 +29,7 @@ class ADC {
     bool ReadVoltage(float& voltage) const;
 
     /// -1 until Open chose one.
-    [[nodiscard]] std::int32_t channel() const { return channel_; }
+    [[nodiscard]] std::int32_t Channel() const { return channel_; }
 
   private:
     std::int32_t channel_ = -1;

@@ -27,7 +27,7 @@ class Codec {
     /// Plays a rising test tone and waits for its end, some 5 s.
     [[nodiscard]] bool Play() const;
 
-    [[nodiscard]] bool ready() const { return ready_; }
+    [[nodiscard]] bool Ready() const { return ready_; }
 
   private:
     bool ready_;

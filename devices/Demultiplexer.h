@@ -43,9 +43,9 @@ class Demultiplexer {
     /// fails: the switch then stays as it is. The select lines stay on the channel.
     bool ReadVoltage(std::uint32_t channel, GpioPin* analogSwitch, float& voltage);
 
-    [[nodiscard]] bool initialised() const { return initialised_; }
+    [[nodiscard]] bool Initialised() const { return initialised_; }
     /// Channel last asked for.
-    [[nodiscard]] std::uint32_t channel() const { return channel_; }
+    [[nodiscard]] std::uint32_t Channel() const { return channel_; }
 
   private:
     void ClaimPins(const SelectLines& lines);

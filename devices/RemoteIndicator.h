@@ -37,7 +37,7 @@ class RemoteIndicator {
     /// or not a number; it is stored even when only the idle colour could not be shown.
     bool CalculateCableLength(float& length);
 
-    [[nodiscard]] bool initialised() const { return initialised_; }
+    [[nodiscard]] bool Initialised() const { return initialised_; }
 
   private:
     void ClaimPins(const LedLines& lines);

@@ -38,7 +38,7 @@ class Speaker {
     int Stop();
 
     /// Process id of the child, -1 when nothing plays.
-    [[nodiscard]] pid_t player() const { return player_; }
+    [[nodiscard]] pid_t Player() const { return player_; }
 
   private:
     pid_t player_ = -1;

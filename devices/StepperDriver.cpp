@@ -40,19 +40,19 @@ void SpinMilliseconds(std::uint32_t milliseconds) {
 } // namespace
 
 bool StepperDriver::Start(float dutyCycle, float frequency) {
-    if (!ok()) {
+    if (!Ok()) {
         return false;
     }
     if (!IsValidPulse(dutyCycle, frequency)) {
         PrintLine("Invalid PWM frequency or duty cycle in StepperDriver::Start");
         return false;
     }
-    if (pthread_mutex_lock(&channelMutexes[channel()]) != 0) {
+    if (pthread_mutex_lock(&channelMutexes[Channel()]) != 0) {
         PrintLine("Stepper Driver: PWM mutex lock failed");
         return false;
     }
-    const bool started = WriteEnableLine(kLevelLow) && pwm() != nullptr &&
-                         pwm()->SetFrequencyAndDuty(frequency, dutyCycle);
+    const bool started = WriteEnableLine(kLevelLow) && Pwm() != nullptr &&
+                         Pwm()->SetFrequencyAndDuty(frequency, dutyCycle);
     if (!started) {
         PrintLine("Stepper Driver: PWM enable or chip enable failed");
         Stop();
@@ -61,14 +61,14 @@ bool StepperDriver::Start(float dutyCycle, float frequency) {
 }
 
 bool StepperDriver::Stop() {
-    if (!ok()) {
+    if (!Ok()) {
         return false;
     }
-    const bool stopped = pwm() != nullptr && pwm()->Enable(false) && WriteEnableLine(kLevelHigh);
+    const bool stopped = Pwm() != nullptr && Pwm()->Enable(false) && WriteEnableLine(kLevelHigh);
     if (!stopped) {
         PrintLine("Stepper Driver: PWM disable or chip disable failed");
     }
-    if (pthread_mutex_unlock(&channelMutexes[channel()]) != 0) {
+    if (pthread_mutex_unlock(&channelMutexes[Channel()]) != 0) {
         PrintLine("Stepper Driver: PWM mutex unlock failed");
         return false;
     }

@@ -31,8 +31,8 @@ class StepperDriverBase {
                    std::uint32_t directionBit);
 
     /// Whether every set-up step so far succeeded.
-    [[nodiscard]] bool ok() const { return ok_; }
-    [[nodiscard]] std::uint8_t channel() const { return channel_; }
+    [[nodiscard]] bool Ok() const { return ok_; }
+    [[nodiscard]] std::uint8_t Channel() const { return channel_; }
 
   protected:
     void MarkUnusable() { ok_ = false; }
@@ -40,7 +40,7 @@ class StepperDriverBase {
     /// Drives the enable line: kLevelLow enables the chip. False when the line was never set up.
     bool WriteEnableLine(std::uint32_t level);
     /// Null until the enable line was set up.
-    [[nodiscard]] PwmChannel* pwm() { return pwm_.get(); }
+    [[nodiscard]] PwmChannel* Pwm() { return pwm_.get(); }
 
   private:
     bool ok_ = true;

@@ -50,7 +50,7 @@ void StepperDriverMotor::SetupCurrentLimitPins(std::uint32_t bank1, std::uint32_
 }
 
 bool StepperDriverMotor::SetCurrentLimit(std::uint32_t level) {
-    if (!ok()) {
+    if (!Ok()) {
         return false;
     }
     const std::uint32_t number = level <= kHighestLevel ? level : 0;
@@ -64,7 +64,7 @@ bool StepperDriverMotor::SetCurrentLimit(std::uint32_t level) {
 
 bool StepperDriverMotor::Start(float dutyCycle, float frequency, std::uint32_t level) {
     const bool started =
-        ok() && TakeMotor() && SetCurrentLimit(level) && StepperDriver::Start(dutyCycle, frequency);
+        Ok() && TakeMotor() && SetCurrentLimit(level) && StepperDriver::Start(dutyCycle, frequency);
     if (!started) {
         PrintLine("StepperDriverMotor: Start operation failed");
     }
@@ -73,7 +73,7 @@ bool StepperDriverMotor::Start(float dutyCycle, float frequency, std::uint32_t l
 
 bool StepperDriverMotor::Brake() {
     bool braked = false;
-    if (ok()) {
+    if (Ok()) {
         const bool limited = SetCurrentLimit(wiring::kPumpBrakedCurrent);
         const bool enabled = limited && WriteEnableLine(kLevelLow);
         const bool unlocked = pthread_mutex_unlock(&motorMutex_) == 0;
@@ -88,7 +88,7 @@ bool StepperDriverMotor::Brake() {
 bool StepperDriverMotor::MoveAngle(float angleDeg, float dutyCycle, std::uint32_t durationMs,
                                    bool busyWait) {
     const bool allowed =
-        ok() && angleDeg > 0.0F && dutyCycle > 0.0F && dutyCycle <= 100.0F && durationMs != 0;
+        Ok() && angleDeg > 0.0F && dutyCycle > 0.0F && dutyCycle <= 100.0F && durationMs != 0;
     if (!allowed || !TakeMotor() || !MoveAndBrake(angleDeg, dutyCycle, durationMs, busyWait)) {
         PrintLine("StepperDriverMotor::MoveAngle failed!");
         return false;

@@ -23,9 +23,9 @@ class ValvePWM {
     bool ValveOn(float dutyCycle);
     bool ValveOff();
 
-    [[nodiscard]] bool initialised() const { return initialised_; }
-    [[nodiscard]] std::uint8_t channel() const { return channel_; }
-    [[nodiscard]] std::uint16_t frequency() const { return frequency_; }
+    [[nodiscard]] bool Initialised() const { return initialised_; }
+    [[nodiscard]] std::uint8_t Channel() const { return channel_; }
+    [[nodiscard]] std::uint16_t Frequency() const { return frequency_; }
 
   private:
     bool initialised_ = false;

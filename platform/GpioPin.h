@@ -61,12 +61,12 @@ class GpioPin {
     std::uint32_t WaitForEdge(std::int32_t timeoutMs);
 
     /// Outcome of the construction.
-    [[nodiscard]] bool ok() const { return ok_; }
-    [[nodiscard]] std::uint32_t bank() const { return bank_; }
-    [[nodiscard]] std::uint32_t bit() const { return bit_; }
+    [[nodiscard]] bool Ok() const { return ok_; }
+    [[nodiscard]] std::uint32_t Bank() const { return bank_; }
+    [[nodiscard]] std::uint32_t Bit() const { return bit_; }
     /// Direction and edge last set.
-    [[nodiscard]] std::uint32_t mode() const { return mode_; }
-    [[nodiscard]] std::uint32_t edge() const { return edge_; }
+    [[nodiscard]] std::uint32_t Mode() const { return mode_; }
+    [[nodiscard]] std::uint32_t Edge() const { return edge_; }
 
   private:
     [[nodiscard]] std::string LineNumber() const;

@@ -42,11 +42,11 @@ class PwmChannel {
     bool SetFrequencyAndDuty(float frequency, float dutyCycle);
 
     /// Outcome of the construction.
-    [[nodiscard]] bool ok() const { return ok_; }
-    [[nodiscard]] std::uint8_t channel() const { return channel_; }
+    [[nodiscard]] bool Ok() const { return ok_; }
+    [[nodiscard]] std::uint8_t Channel() const { return channel_; }
     /// Figures last asked for, clamped: Hz and percent.
-    [[nodiscard]] float frequency() const { return frequency_; }
-    [[nodiscard]] float dutyCycle() const { return dutyCycle_; }
+    [[nodiscard]] float Frequency() const { return frequency_; }
+    [[nodiscard]] float DutyCycle() const { return dutyCycle_; }
 
   private:
     bool Accept(std::uint8_t channel);

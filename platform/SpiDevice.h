@@ -38,12 +38,12 @@ class SpiDevice {
     bool TransferBlock(void* buffer, std::uint32_t length);
 
     /// Outcome of the last open or close.
-    [[nodiscard]] bool ok() const { return ok_; }
-    [[nodiscard]] int fd() const { return fd_; }
+    [[nodiscard]] bool Ok() const { return ok_; }
+    [[nodiscard]] int Fd() const { return fd_; }
     /// Settings as the driver last reported them.
-    [[nodiscard]] std::uint8_t mode() const { return mode_; }
-    [[nodiscard]] std::uint8_t bitsPerWord() const { return bitsPerWord_; }
-    [[nodiscard]] std::uint32_t speedHz() const { return speedHz_; }
+    [[nodiscard]] std::uint8_t Mode() const { return mode_; }
+    [[nodiscard]] std::uint8_t BitsPerWord() const { return bitsPerWord_; }
+    [[nodiscard]] std::uint32_t SpeedHz() const { return speedHz_; }
 
   private:
     bool Control(unsigned long request, void* argument, const char* complaint) const;

@@ -132,7 +132,7 @@ bool DataLog::OpenForAppending() {
 bool DataLog::CleanUpAfterRemoval() {
     MountQuery query;
     query.SetMountPoint(card::kMountPoint);
-    return query.IsListed() && umount_sd_card(query.mountPoint());
+    return query.IsListed() && umount_sd_card(query.MountPoint());
 }
 
 } // namespace tavrelin

@@ -15,9 +15,9 @@ class MountQuery {
     bool SetFileSystem(const std::string& text);
     bool SetOptions(const std::string& text);
 
-    [[nodiscard]] const std::string& mountPoint() const { return mountPoint_; }
+    [[nodiscard]] const std::string& MountPoint() const { return mountPoint_; }
     [[nodiscard]] const std::string& device() const { return device_; }
-    [[nodiscard]] const std::string& fileSystem() const { return fileSystem_; }
+    [[nodiscard]] const std::string& FileSystem() const { return fileSystem_; }
     [[nodiscard]] const std::string& options() const { return options_; }
 
     /// Whether the mount table lists the mount point; notes the entry last read.

@@ -13,25 +13,25 @@ namespace sim {
 /// the lamp's voltage, and signal 0 grows with the length of the cable.
 class AnalogFrontEnd {
   public:
-    static constexpr int inputs = 12;
-    static constexpr int multiplexedInput = 6;
+    static constexpr int kInputs = 12;
+    static constexpr int kMultiplexedInput = 6;
 
     explicit AnalogFrontEnd(const Lines& lines) : lines_(lines) {}
 
-    double cableLength = 25.0;           ///< in the unit that the instrument's formula gives
-    double lampVoltage = 4.0;            ///< signal 2 under the test colour, volts
-    std::string scale = "0.0001";        ///< attribute text: 1024ths of a volt per count
-    std::array<double, 16> signals{};    ///< voltages of the other signals
-    std::array<double, inputs> direct{}; ///< voltages of the other inputs of the converter
+    double cableLength = 25.0;            ///< in the unit that the instrument's formula gives
+    double lampVoltage = 4.0;             ///< signal 2 under the test colour, volts
+    std::string scale = "0.0001";         ///< attribute text: 1024ths of a volt per count
+    std::array<double, 16> signals{};     ///< voltages of the other signals
+    std::array<double, kInputs> direct{}; ///< voltages of the other inputs of the converter
 
     /// Volts at an input of the converter.
-    double voltage(int input) const;
+    double Voltage(int input) const;
     /// The raw count that the converter reports, rounded to the nearest.
-    long long rawCount(int input) const;
+    long long RawCount(int input) const;
     /// The signal that the multiplexer passes on, 0 to 15.
-    unsigned selectedSignal() const;
+    unsigned SelectedSignal() const;
     /// True while the six indicator lines show the test colour, code 1.
-    bool showsTestColour() const;
+    bool ShowsTestColour() const;
 
   private:
     const Lines& lines_;

@@ -9,13 +9,13 @@ namespace sim {
 
 Board::Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTime)
     : clock(startTime),
-      shaft(scenario.startOnFlag ? PumpShaft::flagFirstStep + 1 : 0, scenario.flagSeen),
+      shaft(scenario.startOnFlag ? PumpShaft::kFlagFirstStep + 1 : 0, scenario.flagSeen),
       cell(scenario.absorbances), noise_(seed), dark_(scenario.darkCount),
       reference_(scenario.referenceCount), deviation_(scenario.noise) {
-    lines.onOutputChange = [this] { outputsChanged(); };
-    pwm.onChange = [this] { outputsChanged(); };
-    converter.detector = [this](Nanoseconds) { return detectorReading(); };
-    converter.answerWith({scenario.converterWords.begin(), scenario.converterWords.end()});
+    lines.onOutputChange = [this] { OutputsChanged(); };
+    pwm.onChange = [this] { OutputsChanged(); };
+    converter.detector = [this](Nanoseconds) { return DetectorReading(); };
+    converter.AnswerWith({scenario.converterWords.begin(), scenario.converterWords.end()});
 
     card.present = scenario.cardPresent && scenario.boardPresent;
     analog.cableLength = scenario.cableLength;
@@ -31,43 +31,43 @@ Board::Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTim
     card.mountPointExists = scenario.mountPointExists;
     card.freeBytes = scenario.cardFreeBytes;
     if (scenario.cardMounted) {
-        card.mountAtStart();
+        card.MountAtStart();
     }
     for (const std::string& name : scenario.highInputs) {
-        lines.setInput(Lines::number(name).value_or(0), true);
+        lines.SetInput(Lines::Number(name).value_or(0), true);
     }
     for (const std::string& name : scenario.exportedLines) {
-        lines.at(Lines::number(name).value_or(0)).exported = true;
+        lines.At(Lines::Number(name).value_or(0)).exported = true;
     }
     for (const unsigned channel : scenario.exportedChannels) {
-        pwm.at(channel).exported = true;
+        pwm.At(channel).exported = true;
     }
     for (const WorldEvent& event : scenario.events) {
-        at(event.at, [this, event] { take(event); });
+        At(event.at, [this, event] { Take(event); });
     }
-    flagShown_ = shaft.onFlag(0);
-    lines.setInput(homeSensorLine, !flagShown_);
+    flagShown_ = shaft.OnFlag(0);
+    lines.SetInput(kHomeSensorLine, !flagShown_);
 }
 
-void Board::at(Nanoseconds moment, std::function<void()> action) {
+void Board::At(Nanoseconds moment, std::function<void()> action) {
     agenda_.emplace(std::max(moment, now_), std::move(action));
 }
 
-Nanoseconds Board::nextEvent() const {
-    const Nanoseconds planned = agenda_.empty() ? never : agenda_.begin()->first;
-    return std::min(planned, shaft.nextFlagChange(now_));
+Nanoseconds Board::NextEvent() const {
+    const Nanoseconds planned = agenda_.empty() ? kNever : agenda_.begin()->first;
+    return std::min(planned, shaft.NextFlagChange(now_));
 }
 
-void Board::settle() {
+void Board::Settle() {
     if (!agenda_.empty() && agenda_.begin()->first <= now_) {
-        advanceTo(now_);
+        AdvanceTo(now_);
     }
 }
 
-void Board::advanceTo(Nanoseconds moment) {
-    for (Nanoseconds next = nextEvent(); next <= moment; next = nextEvent()) {
+void Board::AdvanceTo(Nanoseconds moment) {
+    for (Nanoseconds next = NextEvent(); next <= moment; next = NextEvent()) {
         now_ = std::max(now_, next);
-        followFlag();
+        FollowFlag();
         while (!agenda_.empty() && agenda_.begin()->first <= now_) {
             const auto action = std::move(agenda_.begin()->second);
             agenda_.erase(agenda_.begin());
@@ -77,81 +77,81 @@ void Board::advanceTo(Nanoseconds moment) {
     now_ = std::max(now_, moment);
 }
 
-void Board::take(const WorldEvent& event) {
+void Board::Take(const WorldEvent& event) {
     const auto tell = [this](const char* what, const std::string& data) {
         if (onEvent) {
             onEvent(what, data);
         }
     };
     switch (event.kind) {
-    case WorldEvent::Kind::removeCard:
-        card.remove(now_);
+    case WorldEvent::Kind::RemoveCard:
+        card.Remove(now_);
         tell("card", "removed");
         break;
-    case WorldEvent::Kind::insertCard:
-        card.insert(now_);
+    case WorldEvent::Kind::InsertCard:
+        card.Insert(now_);
         tell("card", "inserted");
         break;
-    case WorldEvent::Kind::jumpClock:
-        clock.jump(event.value);
+    case WorldEvent::Kind::JumpClock:
+        clock.Jump(event.value);
         tell("clock", "set by " + std::to_string(event.value) + " s");
         break;
-    case WorldEvent::Kind::setInput:
-        if (event.line == homeSensorLine) {
+    case WorldEvent::Kind::SetInput:
+        if (event.line == kHomeSensorLine) {
             homeHeld_ = true;
         }
-        lines.setInput(event.line, event.value != 0);
-        tell("input", Lines::name(event.line) + " " + std::to_string(event.value));
+        lines.SetInput(event.line, event.value != 0);
+        tell("input", Lines::Name(event.line) + " " + std::to_string(event.value));
         break;
     }
 }
 
-void Board::holdHomeSensor(bool level) {
+void Board::HoldHomeSensor(bool level) {
     homeHeld_ = true;
-    lines.setInput(homeSensorLine, level);
+    lines.SetInput(kHomeSensorLine, level);
 }
 
-void Board::followFlag() {
-    const bool shown = shaft.onFlag(now_);
+void Board::FollowFlag() {
+    const bool shown = shaft.OnFlag(now_);
     if (homeHeld_ || shown == flagShown_) {
         return;
     }
     flagShown_ = shown;
-    lines.setInput(homeSensorLine, !shown);
+    lines.SetInput(kHomeSensorLine, !shown);
     if (onEvent) {
         onEvent("flag", shown ? "enters the sensor" : "leaves the sensor");
     }
 }
 
-void Board::outputsChanged() {
-    const PwmOutput& pulses = pwm.at(pumpChannel);
-    const bool turning = pulses.pulsing() && lines.drives(pumpEnableLine, false);
-    cell.pumpTurned(shaft.stepsTurned(now_));
-    shaft.setPulsePeriod(now_, turning ? pulses.period : 0);
-    cell.setValve(now_, valveOpen());
-    cell.setStirring(now_, stirring(), shaft.stepsTurned(now_));
+void Board::OutputsChanged() {
+    const PwmOutput& pulses = pwm.At(kPumpChannel);
+    const bool turning = pulses.Pulsing() && lines.Drives(kPumpEnableLine, false);
+    cell.PumpTurned(shaft.StepsTurned(now_));
+    shaft.SetPulsePeriod(now_, turning ? pulses.period : 0);
+    cell.SetValve(now_, ValveOpen());
+    cell.SetStirring(now_, Stirring(), shaft.StepsTurned(now_));
 }
 
-bool Board::valveOpen() const {
-    return pwm.at(valveChannel).pulsing();
+bool Board::ValveOpen() const {
+    return pwm.At(kValveChannel).Pulsing();
 }
 
-bool Board::stirring() const {
-    return pwm.at(stirrerChannel).pulsing() && lines.drives(stirrerEnableLine, false);
+bool Board::Stirring() const {
+    return pwm.At(kStirrerChannel).Pulsing() && lines.Drives(kStirrerEnableLine, false);
 }
 
-double Board::lamp() const {
-    const PwmOutput& output = pwm.at(lampChannel);
-    return output.pulsing() ? static_cast<double>(output.duty) / output.period / lampDuty : 0.0;
+double Board::Lamp() const {
+    const PwmOutput& output = pwm.At(kLampChannel);
+    return output.Pulsing() ? static_cast<double>(output.duty) / output.period / kLampDuty : 0.0;
 }
 
-std::int32_t Board::detectorReading() {
-    const double light = lamp() * std::pow(10.0, -cell.absorbance(now_, shaft.stepsTurned(now_)));
+std::int32_t Board::DetectorReading() {
+    const double light = Lamp() * std::pow(10.0, -cell.Absorbance(now_, shaft.StepsTurned(now_)));
     double counts = dark_ + (static_cast<double>(reference_) - dark_) * light;
     if (deviation_ > 0.0) {
-        counts += deviation_ * noise_.normal();
+        counts += deviation_ * noise_.Normal();
     }
-    const double most = Converter::largestReading;
+    const double most = Converter::kLargestReading;
     return static_cast<std::int32_t>(std::lround(std::clamp(counts, -most - 1, most)));
 }
 

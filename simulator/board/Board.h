@@ -31,21 +31,21 @@ class Board {
     /// Called for everything that happens by itself: what, and the data that goes with it.
     std::function<void(const std::string& what, const std::string& data)> onEvent;
 
-    Nanoseconds now() const { return now_; }
+    Nanoseconds Now() const { return now_; }
     /// Lets time pass, with all that happens on the way in its order; a moment in the past changes
     /// nothing.
-    void advanceTo(Nanoseconds moment);
+    void AdvanceTo(Nanoseconds moment);
     /// Has happen what is due at this very moment.
-    void settle();
+    void Settle();
     /// When something next happens by itself.
-    Nanoseconds nextEvent() const;
+    Nanoseconds NextEvent() const;
     /// Has something happen at a moment of board time.
-    void at(Nanoseconds moment, std::function<void()> action);
+    void At(Nanoseconds moment, std::function<void()> action);
 
     /// The level of the home sensor's line follows the flag until it is held.
-    void holdHomeSensor(bool level);
+    void HoldHomeSensor(bool level);
     /// Seconds and nanoseconds of the clock on the wall, as one number of nanoseconds since 1970.
-    Nanoseconds wallTime() const { return clock.at(now_); }
+    Nanoseconds WallTime() const { return clock.At(now_); }
 
     Lines lines;
     PwmChip pwm;
@@ -58,16 +58,16 @@ class Board {
     AnalogFrontEnd analog{lines};
 
     /// True while driver chip and pulses of the stirrer are on.
-    bool stirring() const;
-    bool valveOpen() const;
+    bool Stirring() const;
+    bool ValveOpen() const;
     /// Light of the lamp, 1.0 at its regular duty cycle.
-    double lamp() const;
+    double Lamp() const;
 
   private:
-    void take(const WorldEvent& event);
-    void outputsChanged();
-    void followFlag();
-    std::int32_t detectorReading();
+    void Take(const WorldEvent& event);
+    void OutputsChanged();
+    void FollowFlag();
+    std::int32_t DetectorReading();
 
     Nanoseconds now_ = 0;
     std::multimap<Nanoseconds, std::function<void()>> agenda_;

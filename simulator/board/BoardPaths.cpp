@@ -7,35 +7,35 @@
 namespace sim {
 namespace {
 
-constexpr std::array<std::string_view, 10> folders{
+constexpr std::array<std::string_view, 10> kFolders{
     "/sys/class/gpio",    "/sys/class/pwm", "/sys/bus/iio",   "/sys/block/mmcblk0", "/dev/mem",
     "/dev/spidev32765.1", "/dev/mmcblk0",   "/dev/mmcblk0p1", "/mnt/sd-card",       "/etc/mtab",
 };
 
 } // namespace
 
-bool within(std::string_view path, std::string_view folder) {
+bool Within(std::string_view path, std::string_view folder) {
     return path.substr(0, folder.size()) == folder &&
            (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-bool isBoardPath(std::string_view path) {
-    if (!isPlainPath(path)) {
+bool IsBoardPath(std::string_view path) {
+    if (!IsPlainPath(path)) {
         const std::string plain = std::filesystem::path(path).lexically_normal().string();
-        return isPlainPath(plain) && isBoardPath(plain);
+        return IsPlainPath(plain) && IsBoardPath(plain);
     }
-    return std::any_of(folders.begin(), folders.end(),
-                       [&](std::string_view folder) { return within(path, folder); });
+    return std::any_of(kFolders.begin(), kFolders.end(),
+                       [&](std::string_view folder) { return Within(path, folder); });
 }
 
-bool beginsBoardPath(std::string_view beginning) {
-    return isBoardPath(beginning) ||
-           std::any_of(folders.begin(), folders.end(), [&](std::string_view folder) {
+bool BeginsBoardPath(std::string_view beginning) {
+    return IsBoardPath(beginning) ||
+           std::any_of(kFolders.begin(), kFolders.end(), [&](std::string_view folder) {
                return folder.substr(0, beginning.size()) == beginning;
            });
 }
 
-bool isPlainPath(std::string_view path) {
+bool IsPlainPath(std::string_view path) {
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
         if (path[i] == '/' && (path[i + 1] == '/' || path[i + 1] == '.')) {
             const std::string_view name = path.substr(i + 1, path.find('/', i + 1) - i - 1);

@@ -5,16 +5,16 @@
 namespace sim {
 
 /// A folder itself or anything below it.
-bool within(std::string_view path, std::string_view folder);
+bool Within(std::string_view path, std::string_view folder);
 
 /// True for a path that belongs to the board and not to this machine, however it is spelled.
-bool isBoardPath(std::string_view path);
+bool IsBoardPath(std::string_view path);
 
 /// True when some path of the board begins so.
-bool beginsBoardPath(std::string_view beginning);
+bool BeginsBoardPath(std::string_view beginning);
 
 /// True for a path without ".", ".." and doubled slashes: the only spelling that the simulated
 /// kernel answers to.
-bool isPlainPath(std::string_view path);
+bool IsPlainPath(std::string_view path);
 
 } // namespace sim

@@ -4,11 +4,11 @@
 
 namespace sim {
 
-void CardSlot::insert(Nanoseconds /*now*/) {
+void CardSlot::Insert(Nanoseconds /*now*/) {
     present = true;
 }
 
-void CardSlot::remove(Nanoseconds now) {
+void CardSlot::Remove(Nanoseconds now) {
     if (!present) {
         return;
     }
@@ -17,11 +17,11 @@ void CardSlot::remove(Nanoseconds now) {
     stale_ = mounted_;
 }
 
-bool CardSlot::listed(Nanoseconds now) const {
-    return present || now - removedAt_ < removalNoticed;
+bool CardSlot::Listed(Nanoseconds now) const {
+    return present || now - removedAt_ < kRemovalNoticed;
 }
 
-int CardSlot::mount(std::string_view source, std::string_view target, std::string_view type) {
+int CardSlot::Mount(std::string_view source, std::string_view target, std::string_view type) {
     if (source != "/dev/mmcblk0p1" || !present || !partitioned) {
         return ENOENT;
     }
@@ -45,7 +45,7 @@ int CardSlot::mount(std::string_view source, std::string_view target, std::strin
     return 0;
 }
 
-int CardSlot::unmount(std::string_view target, bool filesOpen) {
+int CardSlot::Unmount(std::string_view target, bool filesOpen) {
     if (target != "/mnt/sd-card" || !mounted_) {
         return EINVAL;
     }
@@ -57,19 +57,19 @@ int CardSlot::unmount(std::string_view target, bool filesOpen) {
     return 0;
 }
 
-int CardSlot::createFile() const {
+int CardSlot::CreateFile() const {
     if (readOnly) {
         return EROFS;
     }
-    return healthy() && freeBytes != 0 ? 0 : ENOSPC;
+    return Healthy() && freeBytes != 0 ? 0 : ENOSPC;
 }
 
-int CardSlot::openForWriting() const {
+int CardSlot::OpenForWriting() const {
     return readOnly ? EROFS : 0;
 }
 
-int CardSlot::write(std::int64_t bytes) {
-    if (!healthy()) {
+int CardSlot::Write(std::int64_t bytes) {
+    if (!Healthy()) {
         return EIO;
     }
     if (freeBytes < 0) {

@@ -12,7 +12,7 @@ namespace sim {
 class CardSlot {
   public:
     /// How long the kernel lists a card that has been pulled.
-    static constexpr Nanoseconds removalNoticed = milliseconds(700);
+    static constexpr Nanoseconds kRemovalNoticed = Milliseconds(700);
 
     bool present = true;         ///< a card is in the slot
     bool partitioned = true;     ///< it has a first partition
@@ -23,32 +23,32 @@ class CardSlot {
     bool mountPointExists = true;
     std::int64_t freeBytes = -1; ///< space left; negative: no limit
 
-    void insert(Nanoseconds now);
-    void remove(Nanoseconds now);
+    void Insert(Nanoseconds now);
+    void Remove(Nanoseconds now);
 
     /// True while "/sys/block/mmcblk0" is there.
-    bool listed(Nanoseconds now) const;
-    bool mounted() const { return mounted_; }
+    bool Listed(Nanoseconds now) const;
+    bool Mounted() const { return mounted_; }
     /// Mounted, and the card of that mount was never pulled since.
-    bool healthy() const { return mounted_ && present && !stale_; }
+    bool Healthy() const { return mounted_ && present && !stale_; }
 
-    int mount(std::string_view source, std::string_view target, std::string_view type);
-    int unmount(std::string_view target, bool filesOpen);
+    int Mount(std::string_view source, std::string_view target, std::string_view type);
+    int Unmount(std::string_view target, bool filesOpen);
     /// For a card that is mounted when the program starts.
-    void mountAtStart() { mounted_ = present; }
+    void MountAtStart() { mounted_ = present; }
 
     /// 0 or the errno of creating a file on the mounted card.
-    int createFile() const;
+    int CreateFile() const;
     /// 0 or the errno of opening an existing file for writing.
-    int openForWriting() const;
+    int OpenForWriting() const;
     /// Takes the space of a write as a whole or not at all: 0, EIO on a pulled card, ENOSPC on a
     /// full one.
-    int write(std::int64_t bytes);
+    int Write(std::int64_t bytes);
 
   private:
     bool mounted_ = false;
     bool stale_ = false; ///< the card was pulled while it was mounted
-    Nanoseconds removedAt_ = -removalNoticed;
+    Nanoseconds removedAt_ = -kRemovalNoticed;
 };
 
 } // namespace sim

@@ -4,7 +4,7 @@
 
 namespace sim {
 
-void Converter::receive(Nanoseconds now, std::span<const std::uint8_t> wire) {
+void Converter::Receive(Nanoseconds now, std::span<const std::uint8_t> wire) {
     command_ = 0;
     for (std::size_t i = 0; i < 4; ++i) {
         command_ = (command_ << 8U) | (i < wire.size() ? wire[i] : 0U);
@@ -14,10 +14,10 @@ void Converter::receive(Nanoseconds now, std::span<const std::uint8_t> wire) {
     shifted_ = 0;
 }
 
-void Converter::send(Nanoseconds now, std::span<std::uint8_t> wire) {
+void Converter::Send(Nanoseconds now, std::span<std::uint8_t> wire) {
     for (std::uint8_t& byte : wire) {
         if (shifted_ == shift_.size()) {
-            const std::uint32_t word = nextWord(now);
+            const std::uint32_t word = NextWord(now);
             shift_ = {static_cast<std::uint8_t>(word >> 24U),
                       static_cast<std::uint8_t>(word >> 16U), static_cast<std::uint8_t>(word >> 8U),
                       static_cast<std::uint8_t>(word)};
@@ -27,20 +27,20 @@ void Converter::send(Nanoseconds now, std::span<std::uint8_t> wire) {
     }
 }
 
-std::uint32_t Converter::nextWord(Nanoseconds now) {
+std::uint32_t Converter::NextWord(Nanoseconds now) {
     if (!words_.empty()) {
         const std::uint32_t word = words_.front();
         words_.pop_front();
         return word;
     }
-    if (startedAt_ == never || now - startedAt_ < conversionTime || !detector) {
+    if (startedAt_ == kNever || now - startedAt_ < kConversionTime || !detector) {
         return command_;
     }
-    return resultWord(detector(now));
+    return ResultWord(detector(now));
 }
 
-std::uint32_t Converter::resultWord(std::int32_t reading) {
-    const std::int32_t held = std::clamp(reading, -largestReading - 1, largestReading);
+std::uint32_t Converter::ResultWord(std::int32_t reading) {
+    const std::int32_t held = std::clamp(reading, -kLargestReading - 1, kLargestReading);
     const std::uint32_t sign = held < 0 ? 0U : 1U << 24U;
     return (sign | (static_cast<std::uint32_t>(held) & 0xFFFFFFU)) << 5U;
 }

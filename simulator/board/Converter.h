@@ -17,28 +17,28 @@ namespace sim {
 /// its low 24 bits. Read too early, the converter gives the command back: no new result.
 class Converter {
   public:
-    static constexpr Nanoseconds conversionTime = milliseconds(150);
-    static constexpr std::int32_t largestReading = (1 << 24) - 1;
+    static constexpr Nanoseconds kConversionTime = Milliseconds(150);
+    static constexpr std::int32_t kLargestReading = (1 << 24) - 1;
 
     /// Gives the detector's reading in counts at a moment; set by the board.
     std::function<std::int32_t(Nanoseconds now)> detector;
 
     /// Result words to answer with instead of measured ones, one per read, in order.
-    void answerWith(std::deque<std::uint32_t> words) { words_ = std::move(words); }
+    void AnswerWith(std::deque<std::uint32_t> words) { words_ = std::move(words); }
 
-    void receive(Nanoseconds now, std::span<const std::uint8_t> wire);
-    void send(Nanoseconds now, std::span<std::uint8_t> wire);
+    void Receive(Nanoseconds now, std::span<const std::uint8_t> wire);
+    void Send(Nanoseconds now, std::span<std::uint8_t> wire);
 
     /// The result word that stands for a reading; readings beyond 24 bits are held at the end of
     /// the range.
-    static std::uint32_t resultWord(std::int32_t reading);
+    static std::uint32_t ResultWord(std::int32_t reading);
 
   private:
-    std::uint32_t nextWord(Nanoseconds now);
+    std::uint32_t NextWord(Nanoseconds now);
 
     std::deque<std::uint32_t> words_;
     std::uint32_t command_ = 0;
-    Nanoseconds startedAt_ = never;
+    Nanoseconds startedAt_ = kNever;
     std::vector<std::uint8_t> shift_; ///< bytes still to send of the word being read
     std::size_t shifted_ = 0;
 };

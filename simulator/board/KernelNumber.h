@@ -7,10 +7,10 @@
 namespace sim {
 
 /// The text without the one newline at its end that the kernel's stores allow.
-std::string_view withoutNewline(std::string_view text);
+std::string_view WithoutNewline(std::string_view text);
 
 /// A decimal number with an optional minus sign, as the kernel's stores read one; nothing when it
 /// is not.
-std::optional<std::int64_t> kernelNumber(std::string_view text);
+std::optional<std::int64_t> KernelNumber(std::string_view text);
 
 } // namespace sim

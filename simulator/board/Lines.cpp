@@ -8,26 +8,26 @@
 namespace sim {
 namespace {
 
-std::optional<unsigned> lineNumber(std::string_view text) {
-    const auto number = kernelNumber(text);
-    if (!number || *number < 0 || *number >= Lines::count) {
+std::optional<unsigned> LineNumber(std::string_view text) {
+    const auto number = KernelNumber(text);
+    if (!number || *number < 0 || *number >= Lines::kCount) {
         return std::nullopt;
     }
     return static_cast<unsigned>(*number);
 }
 
-bool watches(Edge edge, bool level) {
-    return edge == Edge::both || edge == (level ? Edge::rising : Edge::falling);
+bool Watches(Edge edge, bool level) {
+    return edge == Edge::Both || edge == (level ? Edge::Rising : Edge::Falling);
 }
 
 } // namespace
 
-int Lines::exportLine(std::string_view number) {
-    const auto wanted = lineNumber(number);
+int Lines::ExportLine(std::string_view number) {
+    const auto wanted = LineNumber(number);
     if (!wanted) {
         return EINVAL;
     }
-    Line& line = at(*wanted);
+    Line& line = At(*wanted);
     if (line.exported) {
         return EBUSY;
     }
@@ -36,126 +36,126 @@ int Lines::exportLine(std::string_view number) {
     return 0;
 }
 
-int Lines::unexportLine(std::string_view number) {
-    const auto wanted = lineNumber(number);
-    if (!wanted || !at(*wanted).exported) {
+int Lines::UnexportLine(std::string_view number) {
+    const auto wanted = LineNumber(number);
+    if (!wanted || !At(*wanted).exported) {
         return EINVAL;
     }
-    Line& line = at(*wanted);
+    Line& line = At(*wanted);
     line.exported = false;
-    line.edge = Edge::none;
+    line.edge = Edge::None;
     return 0;
 }
 
-int Lines::setDirection(unsigned number, std::string_view text) {
-    text = withoutNewline(text);
-    Line& line = at(number);
+int Lines::SetDirection(unsigned number, std::string_view text) {
+    text = WithoutNewline(text);
+    Line& line = At(number);
     if (text == "in") {
         if (line.output) {
             line.output = false;
             line.level = line.outside;
         }
-        changed();
+        Changed();
         return 0;
     }
     if (text != "out" && text != "low" && text != "high") {
         return EINVAL;
     }
-    if (line.edge != Edge::none) {
+    if (line.edge != Edge::None) {
         return EIO; // the kernel refuses to drive a line that is in use as an interrupt
     }
     line.output = true;
     line.level = text == "high";
-    changed();
+    Changed();
     return 0;
 }
 
-int Lines::setEdge(unsigned number, std::string_view text) {
-    text = withoutNewline(text);
-    Edge edge = Edge::none;
+int Lines::SetEdge(unsigned number, std::string_view text) {
+    text = WithoutNewline(text);
+    Edge edge = Edge::None;
     if (text == "rising") {
-        edge = Edge::rising;
+        edge = Edge::Rising;
     } else if (text == "falling") {
-        edge = Edge::falling;
+        edge = Edge::Falling;
     } else if (text == "both") {
-        edge = Edge::both;
+        edge = Edge::Both;
     } else if (text != "none") {
         return EINVAL;
     }
-    Line& line = at(number);
-    if (edge != Edge::none && line.output) {
+    Line& line = At(number);
+    if (edge != Edge::None && line.output) {
         return EIO;
     }
     line.edge = edge;
     return 0;
 }
 
-int Lines::setValue(unsigned number, std::string_view text) {
-    Line& line = at(number);
+int Lines::SetValue(unsigned number, std::string_view text) {
+    Line& line = At(number);
     if (!line.output) {
         return EPERM;
     }
-    const auto value = kernelNumber(text);
+    const auto value = KernelNumber(text);
     if (!value) {
         return EINVAL;
     }
     line.level = *value != 0;
-    changed();
+    Changed();
     return 0;
 }
 
-void Lines::setInput(unsigned number, bool level) {
-    Line& line = at(number);
+void Lines::SetInput(unsigned number, bool level) {
+    Line& line = At(number);
     line.outside = level;
     if (line.output || line.level == level) {
         return;
     }
     line.level = level;
-    if (watches(line.edge, level)) {
+    if (Watches(line.edge, level)) {
         ++line.edges;
     }
 }
 
-void Lines::drive(unsigned number, bool level) {
-    Line& line = at(number);
+void Lines::Drive(unsigned number, bool level) {
+    Line& line = At(number);
     if (line.output) {
         line.level = level;
-        changed();
+        Changed();
     }
 }
 
-bool Lines::drives(unsigned number, bool level) const {
-    const Line& line = at(number);
+bool Lines::Drives(unsigned number, bool level) const {
+    const Line& line = At(number);
     return line.output && line.level == level;
 }
 
-std::string Lines::directionText(unsigned number) const {
-    return at(number).output ? "out\n" : "in\n";
+std::string Lines::DirectionText(unsigned number) const {
+    return At(number).output ? "out\n" : "in\n";
 }
 
-std::string Lines::edgeText(unsigned number) const {
-    switch (at(number).edge) {
-    case Edge::rising:
+std::string Lines::EdgeText(unsigned number) const {
+    switch (At(number).edge) {
+    case Edge::Rising:
         return "rising\n";
-    case Edge::falling:
+    case Edge::Falling:
         return "falling\n";
-    case Edge::both:
+    case Edge::Both:
         return "both\n";
-    case Edge::none:
+    case Edge::None:
         break;
     }
     return "none\n";
 }
 
-std::string Lines::valueText(unsigned number) const {
-    return at(number).level ? "1\n" : "0\n";
+std::string Lines::ValueText(unsigned number) const {
+    return At(number).level ? "1\n" : "0\n";
 }
 
-std::string Lines::name(unsigned number) {
+std::string Lines::Name(unsigned number) {
     return static_cast<char>('A' + number / 32) + std::to_string(number % 32);
 }
 
-std::optional<unsigned> Lines::number(std::string_view name) {
+std::optional<unsigned> Lines::Number(std::string_view name) {
     unsigned bit = 0;
     if (name.size() < 2 || name[0] < 'A' || name[0] > 'D' || (name[1] == '0' && name.size() > 2)) {
         return std::nullopt;
@@ -167,7 +167,7 @@ std::optional<unsigned> Lines::number(std::string_view name) {
     return static_cast<unsigned>(name[0] - 'A') * 32 + bit;
 }
 
-void Lines::changed() const {
+void Lines::Changed() const {
     if (onOutputChange) {
         onOutputChange();
     }

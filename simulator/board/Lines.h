@@ -8,14 +8,14 @@
 
 namespace sim {
 
-enum class Edge { none, rising, falling, both };
+enum class Edge { None, Rising, Falling, Both };
 
 /// One GPIO line as the kernel's sysfs interface and the board's wiring see it.
 struct Line {
     bool exported = false;
     bool output = false;
     bool level = false; ///< driven level of an output, level at the pin of an input
-    Edge edge = Edge::none;
+    Edge edge = Edge::None;
     bool outside = false; ///< what the outside puts on the pin
     unsigned edges = 1;   ///< watched edges so far, counted from 1
     unsigned exports = 0; ///< how often it was exported
@@ -25,41 +25,41 @@ struct Line {
 /// Every operation returns 0 or the errno that the kernel's sysfs store gives.
 class Lines {
   public:
-    static constexpr unsigned count = 128;
+    static constexpr unsigned kCount = 128;
 
     /// Called after the level at an output's pin may have changed.
     std::function<void()> onOutputChange;
 
-    int exportLine(std::string_view number);
-    int unexportLine(std::string_view number);
-    int setDirection(unsigned number, std::string_view text);
-    int setEdge(unsigned number, std::string_view text);
-    int setValue(unsigned number, std::string_view text);
+    int ExportLine(std::string_view number);
+    int UnexportLine(std::string_view number);
+    int SetDirection(unsigned number, std::string_view text);
+    int SetEdge(unsigned number, std::string_view text);
+    int SetValue(unsigned number, std::string_view text);
 
     /// Sets the level that the outside puts on a line; an edge that the line watches becomes
     /// pending. An output keeps its own level.
-    void setInput(unsigned number, bool level);
+    void SetInput(unsigned number, bool level);
     /// Drives an output through the controller's registers, past the kernel's bookkeeping.
-    void drive(unsigned number, bool level);
+    void Drive(unsigned number, bool level);
 
-    Line& at(unsigned number) { return lines_.at(number); }
-    const Line& at(unsigned number) const { return lines_.at(number); }
+    Line& At(unsigned number) { return lines_.at(number); }
+    const Line& At(unsigned number) const { return lines_.at(number); }
     /// True when the line is an output that drives the level.
-    bool drives(unsigned number, bool level) const;
+    bool Drives(unsigned number, bool level) const;
 
-    std::string directionText(unsigned number) const;
-    std::string edgeText(unsigned number) const;
-    std::string valueText(unsigned number) const;
+    std::string DirectionText(unsigned number) const;
+    std::string EdgeText(unsigned number) const;
+    std::string ValueText(unsigned number) const;
 
     /// "B18" for 50.
-    static std::string name(unsigned number);
+    static std::string Name(unsigned number);
     /// 50 for "B18"; nothing for a name that no line has.
-    static std::optional<unsigned> number(std::string_view name);
+    static std::optional<unsigned> Number(std::string_view name);
 
   private:
-    void changed() const;
+    void Changed() const;
 
-    std::array<Line, count> lines_{};
+    std::array<Line, kCount> lines_{};
 };
 
 } // namespace sim

@@ -9,15 +9,15 @@ namespace sim {
 using Nanoseconds = std::int64_t;
 
 /// Later than everything: no such moment is known.
-inline constexpr Nanoseconds never = std::numeric_limits<Nanoseconds>::max();
+inline constexpr Nanoseconds kNever = std::numeric_limits<Nanoseconds>::max();
 
-constexpr Nanoseconds microseconds(std::int64_t count) {
+constexpr Nanoseconds Microseconds(std::int64_t count) {
     return count * 1'000;
 }
-constexpr Nanoseconds milliseconds(std::int64_t count) {
+constexpr Nanoseconds Milliseconds(std::int64_t count) {
     return count * 1'000'000;
 }
-constexpr Nanoseconds seconds(std::int64_t count) {
+constexpr Nanoseconds Seconds(std::int64_t count) {
     return count * 1'000'000'000;
 }
 

@@ -4,38 +4,38 @@
 
 namespace sim {
 
-void PumpShaft::setPulsePeriod(Nanoseconds now, Nanoseconds period) {
+void PumpShaft::SetPulsePeriod(Nanoseconds now, Nanoseconds period) {
     if (period == period_) {
         return;
     }
-    position_ = position(now);
+    position_ = Position(now);
     since_ = now;
     period_ = period;
 }
 
-std::int64_t PumpShaft::position(Nanoseconds now) const {
+std::int64_t PumpShaft::Position(Nanoseconds now) const {
     return period_ == 0 ? position_ : position_ + (now - since_) / period_;
 }
 
-bool PumpShaft::onFlag(Nanoseconds now) const {
-    const std::int64_t step = position(now) % stepsPerTurn;
-    return flagSeen_ && step >= flagFirstStep && step < flagFirstStep + flagSteps;
+bool PumpShaft::OnFlag(Nanoseconds now) const {
+    const std::int64_t step = Position(now) % kStepsPerTurn;
+    return flagSeen_ && step >= kFlagFirstStep && step < kFlagFirstStep + kFlagSteps;
 }
 
-Nanoseconds PumpShaft::nextFlagChange(Nanoseconds now) const {
-    if (!turning() || !flagSeen_) {
-        return never;
+Nanoseconds PumpShaft::NextFlagChange(Nanoseconds now) const {
+    if (!Turning() || !flagSeen_) {
+        return kNever;
     }
-    const std::int64_t here = position(now);
-    const std::int64_t turnStart = here - here % stepsPerTurn;
+    const std::int64_t here = Position(now);
+    const std::int64_t turnStart = here - here % kStepsPerTurn;
     for (const std::int64_t edge :
-         {turnStart + flagFirstStep, turnStart + flagFirstStep + flagSteps,
-          turnStart + stepsPerTurn + flagFirstStep}) {
+         {turnStart + kFlagFirstStep, turnStart + kFlagFirstStep + kFlagSteps,
+          turnStart + kStepsPerTurn + kFlagFirstStep}) {
         if (edge > here) {
             return since_ + (edge - position_) * period_;
         }
     }
-    return never;
+    return kNever;
 }
 
 } // namespace sim

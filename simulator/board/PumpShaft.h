@@ -9,26 +9,26 @@ namespace sim {
 /// whole numbers, so that every edge falls on the same nanosecond in every run.
 class PumpShaft {
   public:
-    static constexpr std::int64_t stepsPerTurn = 1600;
-    static constexpr std::int64_t flagFirstStep = 1200; ///< leading edge, from the shaft's zero
-    static constexpr std::int64_t flagSteps = 67;       ///< 15 degrees
+    static constexpr std::int64_t kStepsPerTurn = 1600;
+    static constexpr std::int64_t kFlagFirstStep = 1200; ///< leading edge, from the shaft's zero
+    static constexpr std::int64_t kFlagSteps = 67;       ///< 15 degrees
 
     /// flagSeen false: the sensor never sees the flag, wherever the shaft stands.
     explicit PumpShaft(std::int64_t startStep = 0, bool flagSeen = true)
         : startStep_(startStep), position_(startStep), flagSeen_(flagSeen) {}
 
     /// The pulses' period from now on; 0 stops the shaft.
-    void setPulsePeriod(Nanoseconds now, Nanoseconds period);
+    void SetPulsePeriod(Nanoseconds now, Nanoseconds period);
     /// Whole steps turned since the start.
-    std::int64_t stepsTurned(Nanoseconds now) const { return position(now) - startStep_; }
-    bool turning() const { return period_ != 0; }
+    std::int64_t StepsTurned(Nanoseconds now) const { return Position(now) - startStep_; }
+    bool Turning() const { return period_ != 0; }
     /// True while the flag stands in the sensor.
-    bool onFlag(Nanoseconds now) const;
+    bool OnFlag(Nanoseconds now) const;
     /// When the sensor's view changes next if nothing else does; `never` for a standing shaft.
-    Nanoseconds nextFlagChange(Nanoseconds now) const;
+    Nanoseconds NextFlagChange(Nanoseconds now) const;
 
   private:
-    std::int64_t position(Nanoseconds now) const;
+    std::int64_t Position(Nanoseconds now) const;
 
     std::int64_t startStep_;
     std::int64_t position_; ///< step count at since_

@@ -9,8 +9,8 @@ namespace sim {
 namespace {
 
 /// Reads an unsigned 32-bit attribute; returns 0 or the errno of the kernel's parser.
-int parseUnsigned(std::string_view text, std::uint32_t& value) {
-    const auto number = kernelNumber(text);
+int ParseUnsigned(std::string_view text, std::uint32_t& value) {
+    const auto number = KernelNumber(text);
     if (!number || *number < 0) {
         return EINVAL;
     }
@@ -23,61 +23,61 @@ int parseUnsigned(std::string_view text, std::uint32_t& value) {
 
 } // namespace
 
-int PwmChip::exportChannel(std::string_view number) {
+int PwmChip::ExportChannel(std::string_view number) {
     std::uint32_t channel = 0;
-    if (const int error = parseUnsigned(number, channel); error != 0) {
+    if (const int error = ParseUnsigned(number, channel); error != 0) {
         return error;
     }
-    if (channel >= count) {
+    if (channel >= kCount) {
         return ENODEV;
     }
-    if (at(channel).exported) {
+    if (At(channel).exported) {
         return EBUSY;
     }
-    at(channel).exported = true;
-    ++at(channel).exports;
+    At(channel).exported = true;
+    ++At(channel).exports;
     return 0;
 }
 
-int PwmChip::unexportChannel(std::string_view number) {
+int PwmChip::UnexportChannel(std::string_view number) {
     std::uint32_t channel = 0;
-    if (const int error = parseUnsigned(number, channel); error != 0) {
+    if (const int error = ParseUnsigned(number, channel); error != 0) {
         return error;
     }
-    if (channel >= count || !at(channel).exported) {
+    if (channel >= kCount || !At(channel).exported) {
         return ENODEV;
     }
-    at(channel).exported = false;
+    At(channel).exported = false;
     return 0;
 }
 
-int PwmChip::setPeriod(unsigned channel, std::string_view text) {
-    PwmOutput wanted = at(channel);
-    const int error = parseUnsigned(text, wanted.period);
-    return error != 0 ? error : apply(channel, wanted);
+int PwmChip::SetPeriod(unsigned channel, std::string_view text) {
+    PwmOutput wanted = At(channel);
+    const int error = ParseUnsigned(text, wanted.period);
+    return error != 0 ? error : Apply(channel, wanted);
 }
 
-int PwmChip::setDuty(unsigned channel, std::string_view text) {
-    PwmOutput wanted = at(channel);
-    const int error = parseUnsigned(text, wanted.duty);
-    return error != 0 ? error : apply(channel, wanted);
+int PwmChip::SetDuty(unsigned channel, std::string_view text) {
+    PwmOutput wanted = At(channel);
+    const int error = ParseUnsigned(text, wanted.duty);
+    return error != 0 ? error : Apply(channel, wanted);
 }
 
-int PwmChip::setEnable(unsigned channel, std::string_view text) {
-    PwmOutput wanted = at(channel);
-    const auto number = kernelNumber(text);
+int PwmChip::SetEnable(unsigned channel, std::string_view text) {
+    PwmOutput wanted = At(channel);
+    const auto number = KernelNumber(text);
     if (!number || (*number != 0 && *number != 1)) {
         return EINVAL;
     }
     wanted.enabled = *number == 1;
-    return apply(channel, wanted);
+    return Apply(channel, wanted);
 }
 
-int PwmChip::apply(unsigned channel, const PwmOutput& wanted) {
+int PwmChip::Apply(unsigned channel, const PwmOutput& wanted) {
     if (wanted.period == 0 || wanted.duty > wanted.period) {
         return EINVAL;
     }
-    at(channel) = wanted;
+    At(channel) = wanted;
     if (onChange) {
         onChange();
     }

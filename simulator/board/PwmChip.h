@@ -16,31 +16,31 @@ struct PwmOutput {
     bool enabled = false;
     unsigned exports = 0; ///< how often it was exported
 
-    bool pulsing() const { return enabled && period != 0 && duty != 0; }
+    bool Pulsing() const { return enabled && period != 0 && duty != 0; }
 };
 
 /// The board's PWM controller with the kernel's sysfs stores. Every operation returns 0 or an
 /// errno. A fresh channel has period 0 and refuses every write but a valid period.
 class PwmChip {
   public:
-    static constexpr unsigned count = 4;
+    static constexpr unsigned kCount = 4;
 
     /// Called after a channel's output may have changed.
     std::function<void()> onChange;
 
-    int exportChannel(std::string_view number);
-    int unexportChannel(std::string_view number);
-    int setPeriod(unsigned channel, std::string_view text);
-    int setDuty(unsigned channel, std::string_view text);
-    int setEnable(unsigned channel, std::string_view text);
+    int ExportChannel(std::string_view number);
+    int UnexportChannel(std::string_view number);
+    int SetPeriod(unsigned channel, std::string_view text);
+    int SetDuty(unsigned channel, std::string_view text);
+    int SetEnable(unsigned channel, std::string_view text);
 
-    PwmOutput& at(unsigned channel) { return outputs_.at(channel); }
-    const PwmOutput& at(unsigned channel) const { return outputs_.at(channel); }
+    PwmOutput& At(unsigned channel) { return outputs_.at(channel); }
+    const PwmOutput& At(unsigned channel) const { return outputs_.at(channel); }
 
   private:
-    int apply(unsigned channel, const PwmOutput& wanted);
+    int Apply(unsigned channel, const PwmOutput& wanted);
 
-    std::array<PwmOutput, count> outputs_{};
+    std::array<PwmOutput, kCount> outputs_{};
 };
 
 } // namespace sim

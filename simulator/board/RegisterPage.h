@@ -14,20 +14,20 @@ namespace sim {
 /// and its stores to the set and clear registers act when it is released.
 class RegisterPage {
   public:
-    static constexpr std::uint64_t address = 0xFFFFF000;
-    static constexpr std::size_t size = 4096;
-    static constexpr unsigned setOutput = 0x30;
-    static constexpr unsigned clearOutput = 0x34;
-    static constexpr unsigned pinStatus = 0x3C;
+    static constexpr std::uint64_t kAddress = 0xFFFFF000;
+    static constexpr std::size_t kSize = 4096;
+    static constexpr unsigned kSetOutput = 0x30;
+    static constexpr unsigned kClearOutput = 0x34;
+    static constexpr unsigned kPinStatus = 0x3C;
 
     explicit RegisterPage(Lines& lines) : lines_(lines) {}
 
     /// Fills a page that the program is about to map.
-    void load(std::span<std::uint32_t> page) const;
+    void Load(std::span<std::uint32_t> page) const;
     /// Carries out the stores found in a page, and tells each as text ("PIOB set 00008000").
-    std::vector<std::string> store(std::span<const std::uint32_t> page);
+    std::vector<std::string> Store(std::span<const std::uint32_t> page);
 
-    static constexpr std::size_t wordOf(unsigned port, unsigned reg) {
+    static constexpr std::size_t WordOf(unsigned port, unsigned reg) {
         return (0x400U + port * 0x200U + reg) / sizeof(std::uint32_t);
     }
 

@@ -4,45 +4,45 @@
 
 namespace sim {
 
-void SampleCell::setValve(Nanoseconds now, bool open) {
+void SampleCell::SetValve(Nanoseconds now, bool open) {
     if (open == open_) {
         return;
     }
     open_ = open;
     if (!open) {
         closedAt_ = now;
-    } else if (now - closedAt_ > valveRelease) {
+    } else if (now - closedAt_ > kValveRelease) {
         ++flushes_;
-        developingSince_ = never;
+        developingSince_ = kNever;
     }
 }
 
-void SampleCell::pumpTurned(std::int64_t pumpSteps) {
+void SampleCell::PumpTurned(std::int64_t pumpSteps) {
     if (open_) {
         cleanAtStep_ = pumpSteps;
     }
 }
 
-void SampleCell::setStirring(Nanoseconds now, bool on, std::int64_t pumpSteps) {
+void SampleCell::SetStirring(Nanoseconds now, bool on, std::int64_t pumpSteps) {
     const bool started = on && !stirring_;
     stirring_ = on;
-    if (started && developingSince_ == never && pumpSteps > cleanAtStep_) {
+    if (started && developingSince_ == kNever && pumpSteps > cleanAtStep_) {
         developingSince_ = now;
     }
 }
 
-double SampleCell::absorbance(Nanoseconds now, std::int64_t pumpSteps) const {
-    if (developingSince_ == never) {
+double SampleCell::Absorbance(Nanoseconds now, std::int64_t pumpSteps) const {
+    if (developingSince_ == kNever) {
         return 0.0;
     }
     const double dose =
-        std::min(1.0, static_cast<double>(pumpSteps - cleanAtStep_) / fullDoseSteps);
+        std::min(1.0, static_cast<double>(pumpSteps - cleanAtStep_) / kFullDoseSteps);
     const double colour = std::min(1.0, static_cast<double>(now - developingSince_) /
-                                            static_cast<double>(developmentTime));
-    return trueAbsorbance() * dose * colour;
+                                            static_cast<double>(kDevelopmentTime));
+    return TrueAbsorbance() * dose * colour;
 }
 
-double SampleCell::trueAbsorbance() const {
+double SampleCell::TrueAbsorbance() const {
     if (absorbances_.empty()) {
         return 0.0;
     }

@@ -15,35 +15,35 @@ class SampleCell {
   public:
     /// Steps of the pump that deliver a full dose: seven eighths of a turn, more reagent changes
     /// nothing.
-    static constexpr std::int64_t fullDoseSteps = 1400;
+    static constexpr std::int64_t kFullDoseSteps = 1400;
     /// From the first stirring after the dose to full colour.
-    static constexpr Nanoseconds developmentTime = milliseconds(1500);
+    static constexpr Nanoseconds kDevelopmentTime = Milliseconds(1500);
     /// The valve's coil does not let go within this time: a shorter pause is no closing.
-    static constexpr Nanoseconds valveRelease = milliseconds(1);
+    static constexpr Nanoseconds kValveRelease = Milliseconds(1);
 
     /// True absorbances: the first flush (priming) and the first measurement take the first one,
     /// each later flush the next, and the last one stays.
     explicit SampleCell(std::vector<double> absorbances) : absorbances_(std::move(absorbances)) {}
 
-    void setValve(Nanoseconds now, bool open);
-    void setStirring(Nanoseconds now, bool on, std::int64_t pumpSteps);
+    void SetValve(Nanoseconds now, bool open);
+    void SetStirring(Nanoseconds now, bool on, std::int64_t pumpSteps);
     /// The absorbance that the light path sees, 0 for a sample without reagent.
-    double absorbance(Nanoseconds now, std::int64_t pumpSteps) const;
+    double Absorbance(Nanoseconds now, std::int64_t pumpSteps) const;
     /// Keeps the cell washed out while the valve is open: reagent of that time is lost.
-    void pumpTurned(std::int64_t pumpSteps);
+    void PumpTurned(std::int64_t pumpSteps);
     /// Samples flushed in so far, the priming included.
-    std::size_t flushes() const { return flushes_; }
+    std::size_t Flushes() const { return flushes_; }
 
   private:
-    double trueAbsorbance() const;
+    double TrueAbsorbance() const;
 
     std::vector<double> absorbances_;
     bool open_ = false;
     bool stirring_ = false;
-    Nanoseconds closedAt_ = -valveRelease - 1;
+    Nanoseconds closedAt_ = -kValveRelease - 1;
     std::size_t flushes_ = 0;
     std::int64_t cleanAtStep_ = 0;
-    Nanoseconds developingSince_ = never;
+    Nanoseconds developingSince_ = kNever;
 };
 
 } // namespace sim

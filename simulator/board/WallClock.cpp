@@ -7,22 +7,22 @@
 namespace sim {
 namespace {
 
-constexpr std::string_view form = "0000-00-00 00:00:00"; // 0 stands for any digit
+constexpr std::string_view kForm = "0000-00-00 00:00:00"; // 0 stands for any digit
 
-bool hasForm(std::string_view text) {
-    if (text.size() != form.size()) {
+bool HasForm(std::string_view text) {
+    if (text.size() != kForm.size()) {
         return false;
     }
-    for (std::size_t i = 0; i < form.size(); ++i) {
+    for (std::size_t i = 0; i < kForm.size(); ++i) {
         const bool digit = text[i] >= '0' && text[i] <= '9';
-        if (form[i] == '0' ? !digit : text[i] != form[i]) {
+        if (kForm[i] == '0' ? !digit : text[i] != kForm[i]) {
             return false;
         }
     }
     return true;
 }
 
-int numberAt(std::string_view text, std::size_t begin, std::size_t length) {
+int NumberAt(std::string_view text, std::size_t begin, std::size_t length) {
     int number = 0;
     std::from_chars(text.data() + begin, text.data() + begin + length, number);
     return number;
@@ -30,16 +30,16 @@ int numberAt(std::string_view text, std::size_t begin, std::size_t length) {
 
 } // namespace
 
-std::optional<std::int64_t> WallClock::parse(std::string_view text) {
-    if (!hasForm(text)) {
+std::optional<std::int64_t> WallClock::Parse(std::string_view text) {
+    if (!HasForm(text)) {
         return std::nullopt;
     }
-    const auto date = std::chrono::year{numberAt(text, 0, 4)} /
-                      std::chrono::month{static_cast<unsigned>(numberAt(text, 5, 2))} /
-                      std::chrono::day{static_cast<unsigned>(numberAt(text, 8, 2))};
-    const std::int64_t hour = numberAt(text, 11, 2);
-    const std::int64_t minute = numberAt(text, 14, 2);
-    const std::int64_t second = numberAt(text, 17, 2);
+    const auto date = std::chrono::year{NumberAt(text, 0, 4)} /
+                      std::chrono::month{static_cast<unsigned>(NumberAt(text, 5, 2))} /
+                      std::chrono::day{static_cast<unsigned>(NumberAt(text, 8, 2))};
+    const std::int64_t hour = NumberAt(text, 11, 2);
+    const std::int64_t minute = NumberAt(text, 14, 2);
+    const std::int64_t second = NumberAt(text, 17, 2);
     if (!date.ok() || date.year() < std::chrono::year{1970} || hour > 23 || minute > 59 ||
         second > 59) {
         return std::nullopt;

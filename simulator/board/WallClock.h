@@ -11,16 +11,16 @@ namespace sim {
 class WallClock {
   public:
     /// Saturday 2026-03-07 09:00:00 UTC.
-    static constexpr std::int64_t defaultStart = 1'772'874'000;
+    static constexpr std::int64_t kDefaultStart = 1'772'874'000;
 
     /// start: seconds since 1970 at the start of the run.
-    explicit WallClock(std::int64_t start = defaultStart) : start_(seconds(start)) {}
+    explicit WallClock(std::int64_t start = kDefaultStart) : start_(Seconds(start)) {}
 
-    Nanoseconds at(Nanoseconds now) const { return start_ + now; }
-    void jump(std::int64_t bySeconds) { start_ += seconds(bySeconds); }
+    Nanoseconds At(Nanoseconds now) const { return start_ + now; }
+    void Jump(std::int64_t bySeconds) { start_ += Seconds(bySeconds); }
 
     /// Seconds since 1970 of "YYYY-MM-DD hh:mm:ss", taken as UTC; nothing for any other text.
-    static std::optional<std::int64_t> parse(std::string_view text);
+    static std::optional<std::int64_t> Parse(std::string_view text);
 
   private:
     Nanoseconds start_;

@@ -8,8 +8,8 @@
 // Goes by way of the stand-ins for the C library's older records, which do all there is to do.
 namespace sim::bridge {
 
-bool wallOrBoardTime(int clock, std::int64_t& nanoseconds, int& result) {
-    if (Simulation::ofThisThread() == nullptr) {
+bool WallOrBoardTime(int clock, std::int64_t& nanoseconds, int& result) {
+    if (Simulation::OfThisThread() == nullptr) {
         return false;
     }
     timespec time{};
@@ -18,8 +18,8 @@ bool wallOrBoardTime(int clock, std::int64_t& nanoseconds, int& result) {
     return true;
 }
 
-bool sleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result) {
-    if (Simulation::ofThisThread() == nullptr) {
+bool SleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result) {
+    if (Simulation::OfThisThread() == nullptr) {
         return false;
     }
     const timespec span{static_cast<time_t>(nanoseconds / 1'000'000'000),
@@ -30,8 +30,8 @@ bool sleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result) {
     return true;
 }
 
-bool status(const char* path, bool followLinks, unsigned& mode, int& result) {
-    if (!Kernel::owns(path) || Simulation::ofThisThread() == nullptr) {
+bool Status(const char* path, bool followLinks, unsigned& mode, int& result) {
+    if (!Kernel::Owns(path) || Simulation::OfThisThread() == nullptr) {
         return false;
     }
     struct stat64 found {};
@@ -40,8 +40,8 @@ bool status(const char* path, bool followLinks, unsigned& mode, int& result) {
     return true;
 }
 
-bool control(int descriptor, unsigned long request, void* argument, int& result) {
-    if (Simulation::ofThisThread() == nullptr) {
+bool Control(int descriptor, unsigned long request, void* argument, int& result) {
+    if (Simulation::OfThisThread() == nullptr) {
         return false;
     }
     result = ioctl(descriptor, request, argument);

@@ -8,9 +8,9 @@ namespace sim::bridge {
 
 /// Each tells whether the calling thread takes part in a simulation that answers the call; result
 /// is then what the call returns, with errno set.
-bool wallOrBoardTime(int clock, std::int64_t& nanoseconds, int& result);
-bool sleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result);
-bool status(const char* path, bool followLinks, unsigned& mode, int& result);
-bool control(int descriptor, unsigned long request, void* argument, int& result);
+bool WallOrBoardTime(int clock, std::int64_t& nanoseconds, int& result);
+bool SleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result);
+bool Status(const char* path, bool followLinks, unsigned& mode, int& result);
+bool Control(int descriptor, unsigned long request, void* argument, int& result);
 
 } // namespace sim::bridge

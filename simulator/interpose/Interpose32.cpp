@@ -45,7 +45,7 @@ extern "C" {
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
     std::int64_t nanoseconds = 0;
     int result = 0;
-    if (sim::bridge::wallOrBoardTime(clock, nanoseconds, result)) {
+    if (sim::bridge::WallOrBoardTime(clock, nanoseconds, result)) {
         *time = asTimespec(nanoseconds);
         return result;
     }
@@ -64,7 +64,7 @@ time_t time(time_t* result) noexcept {
 int nanosleep(const timespec* span, timespec* rest) {
     std::int64_t left = 0;
     int result = 0;
-    if (sim::bridge::sleepFor(span->tv_sec * 1'000'000'000 + span->tv_nsec, left, result)) {
+    if (sim::bridge::SleepFor(span->tv_sec * 1'000'000'000 + span->tv_nsec, left, result)) {
         if (result != 0 && rest != nullptr) {
             *rest = asTimespec(left);
         }
@@ -76,7 +76,7 @@ int nanosleep(const timespec* span, timespec* rest) {
 int stat(const char* path, struct stat* found) noexcept {
     unsigned mode = 0;
     int result = 0;
-    if (sim::bridge::status(path, true, mode, result)) {
+    if (sim::bridge::Status(path, true, mode, result)) {
         return fill(found, mode, result);
     }
     return next<decltype(&stat)>("__stat64_time64")(path, found);
@@ -85,7 +85,7 @@ int stat(const char* path, struct stat* found) noexcept {
 int lstat(const char* path, struct stat* found) noexcept {
     unsigned mode = 0;
     int result = 0;
-    if (sim::bridge::status(path, false, mode, result)) {
+    if (sim::bridge::Status(path, false, mode, result)) {
         return fill(found, mode, result);
     }
     return next<decltype(&lstat)>("__lstat64_time64")(path, found);
@@ -97,7 +97,7 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
     int result = 0;
-    if (sim::bridge::control(descriptor, request, argument, result)) {
+    if (sim::bridge::Control(descriptor, request, argument, result)) {
         return result;
     }
     return next<decltype(&ioctl)>("__ioctl_time64")(descriptor, request, argument);

@@ -12,7 +12,7 @@ extern "C" {
 size_t fwrite(const void* data, size_t size, size_t count, FILE* stream) {
     if (stream == stdout) {
         if (Gate gate; gate) {
-            gate->show(data, size * count, stream);
+            gate->Show(data, size * count, stream);
             return count;
         }
     }
@@ -23,7 +23,7 @@ int fputc(int character, FILE* stream) {
     if (stream == stdout) {
         if (Gate gate; gate) {
             const char byte = static_cast<char>(character);
-            gate->show(&byte, 1, stream);
+            gate->Show(&byte, 1, stream);
             return static_cast<unsigned char>(byte);
         }
     }

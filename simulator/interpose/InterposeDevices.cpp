@@ -13,13 +13,13 @@
 #include <sys/mount.h>
 #include <sys/statfs.h>
 
-using sim::asResult;
+using sim::AsResult;
 using sim::Gate;
 using sim::Kernel;
 
 namespace {
 
-const char* orEmpty(const char* text) {
+const char* OrEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
@@ -32,19 +32,19 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return static_cast<int>(asResult(gate->kernel.control(descriptor, request, argument)));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return static_cast<int>(AsResult(gate->kernel.Control(descriptor, request, argument)));
     }
     return SIM_REAL(ioctl)(descriptor, request, argument);
 }
 
 void* mmap64(void* hint, size_t length, int protection, int flags, int descriptor,
              off64_t offset) noexcept {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
         void* address = nullptr;
         const bool shared = (flags & MAP_SHARED) != 0;
-        const long result = gate->kernel.map(descriptor, length, shared, offset, &address);
-        return asResult(result) < 0 ? MAP_FAILED : address;
+        const long result = gate->kernel.Map(descriptor, length, shared, offset, &address);
+        return AsResult(result) < 0 ? MAP_FAILED : address;
     }
     return SIM_REAL(mmap64)(hint, length, protection, flags, descriptor, offset);
 }
@@ -55,22 +55,22 @@ void* mmap(void* hint, size_t length, int protection, int flags, int descriptor,
 }
 
 int munmap(void* address, size_t length) noexcept {
-    if (Gate gate; gate && gate->kernel.ownsMapping(address)) {
-        return static_cast<int>(asResult(gate->kernel.unmap(address)));
+    if (Gate gate; gate && gate->kernel.OwnsMapping(address)) {
+        return static_cast<int>(AsResult(gate->kernel.Unmap(address)));
     }
     return SIM_REAL(munmap)(address, length);
 }
 
 int poll(pollfd* descriptors, nfds_t count, int timeout) {
     if (Gate gate; gate && std::any_of(descriptors, descriptors + count, [&](const pollfd& one) {
-                       return gate->kernel.owns(one.fd);
+                       return gate->kernel.Owns(one.fd);
                    })) {
-        return static_cast<int>(asResult(gate->kernel.poll(descriptors, count, timeout)));
+        return static_cast<int>(AsResult(gate->kernel.Poll(descriptors, count, timeout)));
     }
     if (Gate gate; gate && count == 0) {
-        gate->events.add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
-        gate->timeline.sleepUntil(timeout < 0 ? sim::never
-                                              : gate->timeline.now() + sim::milliseconds(timeout),
+        gate->events.Add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
+        gate->timeline.SleepUntil(timeout < 0 ? sim::kNever
+                                              : gate->timeline.Now() + sim::Milliseconds(timeout),
                                   "the end of its sleep");
         return 0;
     }
@@ -84,23 +84,23 @@ int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) 
 int mount(const char* source, const char* target, const char* type, unsigned long flags,
           const void* data) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(asResult(
-            gate->kernel.mount(orEmpty(source), orEmpty(target), orEmpty(type), flags, data)));
+        return static_cast<int>(AsResult(
+            gate->kernel.Mount(OrEmpty(source), OrEmpty(target), OrEmpty(type), flags, data)));
     }
     return SIM_REAL(mount)(source, target, type, flags, data);
 }
 
 int umount(const char* target) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(asResult(gate->kernel.unmount(target)));
+        return static_cast<int>(AsResult(gate->kernel.Unmount(target)));
     }
     return SIM_REAL(umount)(target);
 }
 
 FILE* setmntent(const char* path, const char* mode) {
-    if (Kernel::owns(path)) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return gate->kernel.openMountTable(path);
+            return gate->kernel.OpenMountTable(path);
         }
     }
     return SIM_REAL(setmntent)(path, mode);
@@ -109,7 +109,7 @@ FILE* setmntent(const char* path, const char* mode) {
 // A field "(missing)" of the simulated table stands for one that the C library gives no text for.
 mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept {
     mntent* found = SIM_REAL(getmntent_r)(table, entry, buffer, size);
-    if (Gate gate; gate && found != nullptr && gate->kernel.ownsMountTable(table)) {
+    if (Gate gate; gate && found != nullptr && gate->kernel.OwnsMountTable(table)) {
         for (char** field : {&found->mnt_fsname, &found->mnt_dir}) {
             if (std::string_view(*field) == "(missing)") {
                 *field = nullptr;
@@ -121,7 +121,7 @@ mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept
 
 int statfs64(const char* path, struct statfs64* result) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(asResult(gate->kernel.fileSystemStatus(path, result)));
+        return static_cast<int>(AsResult(gate->kernel.FileSystemStatus(path, result)));
     }
     return SIM_REAL(statfs64)(path, result);
 }
@@ -134,7 +134,7 @@ int statfs(const char* path, struct statfs* result) noexcept {
 
 int endmntent(FILE* table) {
     if (Gate gate; gate) {
-        gate->kernel.closeMountTable(table);
+        gate->kernel.CloseMountTable(table);
     }
     return SIM_REAL(endmntent)(table);
 }

@@ -12,27 +12,27 @@
 
 namespace {
 
-using sim::asResult;
+using sim::AsResult;
 using sim::Gate;
 using sim::Kernel;
 
-mode_t modeArgument(int flags, va_list arguments) {
+mode_t ModeArgument(int flags, va_list arguments) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
-int openPath(const char* path, int flags, mode_t mode) {
-    if (Kernel::owns(path)) {
+int OpenPath(const char* path, int flags, mode_t mode) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return static_cast<int>(asResult(gate->kernel.open(path, flags, mode)));
+            return static_cast<int>(AsResult(gate->kernel.Open(path, flags, mode)));
         }
     }
     return sim::real::open(path, flags, mode);
 }
 
-FILE* openStream(const char* path, const char* mode) {
-    if (Kernel::owns(path)) {
+FILE* OpenStream(const char* path, const char* mode) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return gate->kernel.openStream(path, mode);
+            return gate->kernel.OpenStream(path, mode);
         }
     }
     return sim::real::fopen(path, mode);
@@ -45,52 +45,52 @@ extern "C" {
 int open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
+    const mode_t mode = ModeArgument(flags, arguments);
     va_end(arguments);
-    return openPath(path, flags, mode);
+    return OpenPath(path, flags, mode);
 }
 
 int open64(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
+    const mode_t mode = ModeArgument(flags, arguments);
     va_end(arguments);
-    return openPath(path, flags, mode);
+    return OpenPath(path, flags, mode);
 }
 
 int __open_2(const char* path, int flags) {
-    return openPath(path, flags, 0);
+    return OpenPath(path, flags, 0);
 }
 int __open64_2(const char* path, int flags) {
-    return openPath(path, flags, 0);
+    return OpenPath(path, flags, 0);
 }
 
 FILE* fopen(const char* path, const char* mode) {
-    return openStream(path, mode);
+    return OpenStream(path, mode);
 }
 FILE* fopen64(const char* path, const char* mode) {
-    return openStream(path, mode);
+    return OpenStream(path, mode);
 }
 
 int close(int descriptor) {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return static_cast<int>(asResult(gate->kernel.close(descriptor)));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return static_cast<int>(AsResult(gate->kernel.Close(descriptor)));
     }
     return sim::real::close(descriptor);
 }
 
 int fclose(FILE* stream) {
     if (Gate gate; gate) {
-        const long error = gate->kernel.closeStream(stream);
+        const long error = gate->kernel.CloseStream(stream);
         const int result = SIM_REAL(fclose)(stream);
-        return error != 0 ? static_cast<int>(asResult(error)) : result;
+        return error != 0 ? static_cast<int>(AsResult(error)) : result;
     }
     return SIM_REAL(fclose)(stream);
 }
 
 ssize_t read(int descriptor, void* buffer, size_t size) {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return asResult(gate->kernel.read(descriptor, buffer, size));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return AsResult(gate->kernel.Read(descriptor, buffer, size));
     }
     return sim::real::read(descriptor, buffer, size);
 }
@@ -100,26 +100,26 @@ ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t /*bufferSiz
 }
 
 ssize_t write(int descriptor, const void* data, size_t size) {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return asResult(gate->kernel.write(descriptor, data, size));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return AsResult(gate->kernel.Write(descriptor, data, size));
     }
     return sim::real::write(descriptor, data, size);
 }
 
 ssize_t writev(int descriptor, const iovec* pieces, int count) {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
         std::string whole;
         for (int i = 0; i < count; ++i) {
             whole.append(static_cast<const char*>(pieces[i].iov_base), pieces[i].iov_len);
         }
-        return asResult(gate->kernel.write(descriptor, whole.data(), whole.size()));
+        return AsResult(gate->kernel.Write(descriptor, whole.data(), whole.size()));
     }
     return SIM_REAL(writev)(descriptor, pieces, count);
 }
 
 off64_t lseek64(int descriptor, off64_t offset, int whence) noexcept {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return asResult(gate->kernel.seek(descriptor, offset, whence));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return AsResult(gate->kernel.Seek(descriptor, offset, whence));
     }
     return SIM_REAL(lseek64)(descriptor, offset, whence);
 }
@@ -129,35 +129,35 @@ off_t lseek(int descriptor, off_t offset, int whence) noexcept {
 }
 
 int access(const char* path, int wanted) noexcept {
-    if (Kernel::owns(path)) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return static_cast<int>(asResult(gate->kernel.access(path, wanted)));
+            return static_cast<int>(AsResult(gate->kernel.Access(path, wanted)));
         }
     }
     return SIM_REAL(access)(path, wanted);
 }
 
 int stat64(const char* path, struct stat64* result) noexcept {
-    if (Kernel::owns(path)) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return static_cast<int>(asResult(gate->kernel.status(path, true, result)));
+            return static_cast<int>(AsResult(gate->kernel.Status(path, true, result)));
         }
     }
     return sim::real::stat(path, result);
 }
 
 int lstat64(const char* path, struct stat64* result) noexcept {
-    if (Kernel::owns(path)) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return static_cast<int>(asResult(gate->kernel.status(path, false, result)));
+            return static_cast<int>(AsResult(gate->kernel.Status(path, false, result)));
         }
     }
     return sim::real::lstat(path, result);
 }
 
 int fstat64(int descriptor, struct stat64* result) noexcept {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        return static_cast<int>(asResult(gate->kernel.descriptorStatus(descriptor, result)));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        return static_cast<int>(AsResult(gate->kernel.DescriptorStatus(descriptor, result)));
     }
     return SIM_REAL(fstat64)(descriptor, result);
 }
@@ -175,9 +175,9 @@ int fstat(int descriptor, struct stat* result) noexcept {
 #endif
 
 int mkdir(const char* path, mode_t mode) noexcept {
-    if (Kernel::owns(path)) {
+    if (Kernel::Owns(path)) {
         if (Gate gate; gate) {
-            return static_cast<int>(asResult(gate->kernel.makeDirectory(path, mode)));
+            return static_cast<int>(AsResult(gate->kernel.MakeDirectory(path, mode)));
         }
     }
     return sim::real::mkdir(path, mode);

@@ -15,7 +15,7 @@
 
 namespace {
 
-using sim::asResult;
+using sim::AsResult;
 using sim::Gate;
 
 /// Puts a folder of the board's own tools first in the shell's search path while it lives.
@@ -53,26 +53,26 @@ class HeadStart {
     }
 
     /// In the child: lasts until over() or the process's end.
-    void begin() {
-        close(ends_[0]);
+    void Begin() {
+        Close(ends_[0]);
         own = ends_[1];
     }
     /// In the parent, of a child that there is or not: waits for the child's head start to end.
-    void await() {
-        close(ends_[1]);
+    void Await() {
+        Close(ends_[1]);
         char nothing = 0;
         while (sim::real::read(ends_[0], &nothing, 1) < 0 && errno == EINTR) {
         }
-        close(ends_[0]);
+        Close(ends_[0]);
     }
     /// In whatever process: ends its head start, if it has one.
-    static void over() {
-        close(own);
+    static void Over() {
+        Close(own);
         own = -1;
     }
 
   private:
-    static void close(int descriptor) {
+    static void Close(int descriptor) {
         if (descriptor >= 0) {
             sim::real::close(descriptor);
         }
@@ -89,16 +89,16 @@ extern "C" {
 int system(const char* command) {
     Gate gate;
     if (!gate || command == nullptr) {
-        HeadStart::over();
+        HeadStart::Over();
         return SIM_REAL(system)(command);
     }
-    if (const long error = gate->kernel.enter("system", ""); error != 0) {
-        return static_cast<int>(asResult(error));
+    if (const long error = gate->kernel.Enter("system", ""); error != 0) {
+        return static_cast<int>(AsResult(error));
     }
-    gate->events.flush();
-    const BoardTools tools(gate->kernel.writeTools());
+    gate->events.Flush();
+    const BoardTools tools(gate->kernel.WriteTools());
     const int status = SIM_REAL(system)(command);
-    gate->events.add("system", "-", sim::EventLog::quoted(command) + " " + std::to_string(status));
+    gate->events.Add("system", "-", sim::EventLog::Quoted(command) + " " + std::to_string(status));
     return status;
 }
 
@@ -107,30 +107,30 @@ pid_t fork() noexcept {
     if (!gate) {
         return SIM_REAL(fork)();
     }
-    if (const long error = gate->kernel.enter("fork", ""); error != 0) {
-        return static_cast<pid_t>(asResult(error));
+    if (const long error = gate->kernel.Enter("fork", ""); error != 0) {
+        return static_cast<pid_t>(AsResult(error));
     }
-    gate->events.flush();
+    gate->events.Flush();
     HeadStart headStart;
     const pid_t child = SIM_REAL(fork)();
     if (child == 0) {
         // A run that is stopped leaves nobody behind.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        headStart.begin();
-        gate->leave();
+        headStart.Begin();
+        gate->Leave();
     } else {
-        headStart.await();
-        gate->events.add("fork", "-", child > 0 ? "ok" : "failed");
+        headStart.Await();
+        gate->events.Add("fork", "-", child > 0 ? "ok" : "failed");
     }
     return child;
 }
 
 int kill(pid_t process, int signal) noexcept {
     if (Gate gate; gate) {
-        if (const long error = gate->kernel.enter("kill", ""); error != 0) {
-            return static_cast<int>(asResult(error));
+        if (const long error = gate->kernel.Enter("kill", ""); error != 0) {
+            return static_cast<int>(AsResult(error));
         }
-        gate->events.add("kill", "-", "signal " + std::to_string(signal));
+        gate->events.Add("kill", "-", "signal " + std::to_string(signal));
     }
     return SIM_REAL(kill)(process, signal);
 }

@@ -22,7 +22,7 @@ using sim::Gate;
 using sim::Kernel;
 
 void refuse(const char* call, const char* path) {
-    if (path != nullptr && Kernel::owns(path)) {
+    if (path != nullptr && Kernel::Owns(path)) {
         if (Gate gate; gate) {
             gate->kernel.unmodelled(std::string(call) + " of " + path);
         }
@@ -30,12 +30,12 @@ void refuse(const char* call, const char* path) {
 }
 
 void refuse(const char* call, int descriptor) {
-    if (Gate gate; gate && gate->kernel.owns(descriptor)) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.pathOf(descriptor));
+    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(descriptor));
     }
 }
 
-mode_t modeArgument(int flags, va_list arguments) {
+mode_t ModeArgument(int flags, va_list arguments) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
@@ -132,7 +132,7 @@ int openat(int folder, const char* path, int flags, ...) {
     refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
+    const mode_t mode = ModeArgument(flags, arguments);
     va_end(arguments);
     return SIM_REAL(openat)(folder, path, flags, mode);
 }
@@ -141,7 +141,7 @@ int openat64(int folder, const char* path, int flags, ...) {
     refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
+    const mode_t mode = ModeArgument(flags, arguments);
     va_end(arguments);
     return SIM_REAL(openat64)(folder, path, flags, mode);
 }

@@ -12,9 +12,9 @@ namespace {
 
 using sim::Gate;
 
-void refuseStream(const char* call, FILE* stream) {
-    if (Gate gate; gate && gate->kernel.owns(fileno(stream))) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.pathOf(fileno(stream)));
+void RefuseStream(const char* call, FILE* stream) {
+    if (Gate gate; gate && gate->kernel.Owns(fileno(stream))) {
+        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(fileno(stream)));
     }
 }
 
@@ -23,33 +23,33 @@ void refuseStream(const char* call, FILE* stream) {
 extern "C" {
 
 size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {
-    refuseStream("fread", stream);
+    RefuseStream("fread", stream);
     return SIM_REAL(fread)(buffer, size, count, stream);
 }
 
 char* fgets(char* buffer, int size, FILE* stream) {
-    refuseStream("fgets", stream);
+    RefuseStream("fgets", stream);
     return SIM_REAL(fgets)(buffer, size, stream);
 }
 
 int fgetc(FILE* stream) {
-    refuseStream("fgetc", stream);
+    RefuseStream("fgetc", stream);
     return SIM_REAL(fgetc)(stream);
 }
 
 #undef getc
 int getc(FILE* stream) {
-    refuseStream("getc", stream);
+    RefuseStream("getc", stream);
     return SIM_REAL(fgetc)(stream);
 }
 
 ssize_t getline(char** line, size_t* size, FILE* stream) {
-    refuseStream("getline", stream);
+    RefuseStream("getline", stream);
     return SIM_REAL(getline)(line, size, stream);
 }
 
 int vfscanf(FILE* stream, const char* format, va_list arguments) {
-    refuseStream("fscanf", stream);
+    RefuseStream("fscanf", stream);
     return SIM_REAL(vfscanf)(stream, format, arguments);
 }
 
@@ -62,12 +62,12 @@ int __isoc99_fscanf(FILE* stream, const char* format, ...) {
 }
 
 int fputs(const char* text, FILE* stream) {
-    refuseStream("fputs", stream);
+    RefuseStream("fputs", stream);
     return SIM_REAL(fputs)(text, stream);
 }
 
 int vfprintf(FILE* stream, const char* format, va_list arguments) {
-    refuseStream("fprintf", stream);
+    RefuseStream("fprintf", stream);
     return SIM_REAL(vfprintf)(stream, format, arguments);
 }
 

@@ -31,18 +31,18 @@ std::map<pthread_t, Scheduler::Thread*>& threads() {
 }
 
 /// Runs when a thread ends, whether it returns or calls pthread_exit.
-void atThreadEnd(void* data) {
+void AtThreadEnd(void* data) {
     auto* simulation = static_cast<Simulation*>(data);
-    Scheduler::Thread* self = sim::threadSelf();
-    simulation->events.add("thread-end", "-");
-    sim::setThreadSelf(nullptr);
-    simulation->scheduler.finish(*self);
+    Scheduler::Thread* self = sim::ThreadSelf();
+    simulation->events.Add("thread-end", "-");
+    sim::SetThreadSelf(nullptr);
+    simulation->scheduler.Finish(*self);
 }
 
-pthread_key_t endKey() {
+pthread_key_t EndKey() {
     static const pthread_key_t key = [] {
         pthread_key_t made = 0;
-        pthread_key_create(&made, atThreadEnd);
+        pthread_key_create(&made, AtThreadEnd);
         return made;
     }();
     return key;
@@ -51,9 +51,9 @@ pthread_key_t endKey() {
 void* trampoline(void* data) {
     const std::unique_ptr<Beginning> beginning(static_cast<Beginning*>(data));
     const Beginning begin = *beginning;
-    begin.simulation->scheduler.begin(*begin.thread);
-    sim::setThreadSelf(begin.thread);
-    pthread_setspecific(endKey(), begin.simulation);
+    begin.simulation->scheduler.Begin(*begin.thread);
+    sim::SetThreadSelf(begin.thread);
+    pthread_setspecific(EndKey(), begin.simulation);
     return begin.body(begin.argument);
 }
 
@@ -63,7 +63,7 @@ std::map<const pthread_mutex_t*, unsigned>& lockers() {
     return known;
 }
 
-std::string heldMutex(const pthread_mutex_t* mutex) {
+std::string HeldMutex(const pthread_mutex_t* mutex) {
     const auto locker = lockers().find(mutex);
     return locker == lockers().end()
                ? std::string("a mutex that is held")
@@ -71,18 +71,18 @@ std::string heldMutex(const pthread_mutex_t* mutex) {
 }
 
 /// Locks as the C library does, but waits in the scheduler.
-int lockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
+int LockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
     for (;;) {
         const int result = SIM_REAL(pthread_mutex_trylock)(mutex);
         if (result != EBUSY) {
-            lockers()[mutex] = gate.self().number;
+            lockers()[mutex] = gate.Self().number;
             return result;
         }
-        gate->scheduler.waitFor(gate.self(), mutex, heldMutex(mutex));
+        gate->scheduler.WaitFor(gate.Self(), mutex, HeldMutex(mutex));
     }
 }
 
-bool isDetached(const pthread_attr_t* attributes) {
+bool IsDetached(const pthread_attr_t* attributes) {
     int state = PTHREAD_CREATE_JOINABLE;
     return attributes != nullptr && pthread_attr_getdetachstate(attributes, &state) == 0 &&
            state == PTHREAD_CREATE_DETACHED;
@@ -98,24 +98,24 @@ int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*
     if (!gate) {
         return SIM_REAL(pthread_create)(result, attributes, body, argument);
     }
-    if (isDetached(attributes)) {
+    if (IsDetached(attributes)) {
         gate->kernel.unmodelled("pthread_create of a thread that nobody joins");
     }
-    if (const long error = gate->kernel.enter("pthread_create", ""); error != 0) {
+    if (const long error = gate->kernel.Enter("pthread_create", ""); error != 0) {
         return static_cast<int>(-error);
     }
-    endKey();
-    Scheduler::Thread& thread = gate->scheduler.create();
+    EndKey();
+    Scheduler::Thread& thread = gate->scheduler.Create();
     auto beginning =
-        std::make_unique<Beginning>(Beginning{Simulation::ofThisThread(), &thread, body, argument});
+        std::make_unique<Beginning>(Beginning{Simulation::OfThisThread(), &thread, body, argument});
     const int error = SIM_REAL(pthread_create)(result, attributes, trampoline, beginning.get());
     if (error != 0) {
-        gate->scheduler.forget(thread);
+        gate->scheduler.Forget(thread);
         return error;
     }
     static_cast<void>(beginning.release()); // the new thread's now
     threads()[*result] = &thread;
-    gate->events.add("thread-start", "-", std::to_string(thread.number));
+    gate->events.Add("thread-start", "-", std::to_string(thread.number));
     return 0;
 }
 
@@ -125,27 +125,27 @@ int pthread_join(pthread_t joined, void** result) {
     if (!gate || found == threads().end()) {
         return SIM_REAL(pthread_join)(joined, result);
     }
-    if (const long error = gate->kernel.enter("pthread_join", ""); error != 0) {
+    if (const long error = gate->kernel.Enter("pthread_join", ""); error != 0) {
         return static_cast<int>(-error);
     }
     Scheduler::Thread* thread = found->second;
-    if (thread == &gate.self()) {
+    if (thread == &gate.Self()) {
         return EDEADLK;
     }
     while (!thread->finished) {
-        gate->scheduler.waitFor(gate.self(), thread,
+        gate->scheduler.WaitFor(gate.Self(), thread,
                                 "the end of thread " + std::to_string(thread->number));
     }
     const int error = SIM_REAL(pthread_join)(joined, result);
-    gate->events.add("join", "-", std::to_string(thread->number));
+    gate->events.Add("join", "-", std::to_string(thread->number));
     threads().erase(found);
-    gate->scheduler.forget(*thread);
+    gate->scheduler.Forget(*thread);
     return error;
 }
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
     if (Gate gate; gate) {
-        if (const long error = gate->kernel.enter("pthread_mutex_init", ""); error != 0) {
+        if (const long error = gate->kernel.Enter("pthread_mutex_init", ""); error != 0) {
             return static_cast<int>(-error);
         }
         lockers().erase(mutex);
@@ -155,18 +155,18 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
-        const long error = gate->kernel.enter("pthread_mutex_lock", "");
-        return error != 0 ? static_cast<int>(-error) : lockOnBoard(gate, mutex);
+        const long error = gate->kernel.Enter("pthread_mutex_lock", "");
+        return error != 0 ? static_cast<int>(-error) : LockOnBoard(gate, mutex);
     }
     return SIM_REAL(pthread_mutex_lock)(mutex);
 }
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
-        const long error = gate->kernel.enter("pthread_mutex_unlock", "");
+        const long error = gate->kernel.Enter("pthread_mutex_unlock", "");
         const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
         lockers().erase(mutex);
-        gate->scheduler.wake(mutex);
+        gate->scheduler.Wake(mutex);
         return error != 0 ? static_cast<int>(-error) : result;
     }
     return SIM_REAL(pthread_mutex_unlock)(mutex);

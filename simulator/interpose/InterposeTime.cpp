@@ -11,32 +11,32 @@
 
 namespace {
 
-using sim::asResult;
+using sim::AsResult;
 using sim::Gate;
 using sim::Nanoseconds;
 
-constexpr Nanoseconds perSecond = 1'000'000'000;
+constexpr Nanoseconds kPerSecond = 1'000'000'000;
 
-timespec asTimespec(Nanoseconds time) {
-    return {static_cast<time_t>(time / perSecond), static_cast<long>(time % perSecond)};
+timespec AsTimespec(Nanoseconds time) {
+    return {static_cast<time_t>(time / kPerSecond), static_cast<long>(time % kPerSecond)};
 }
 
-Nanoseconds asNanoseconds(const timespec& time) {
-    return static_cast<Nanoseconds>(time.tv_sec) * perSecond + time.tv_nsec;
+Nanoseconds AsNanoseconds(const timespec& time) {
+    return static_cast<Nanoseconds>(time.tv_sec) * kPerSecond + time.tv_nsec;
 }
 
-bool isSpan(const timespec& span) {
-    return span.tv_sec >= 0 && span.tv_nsec >= 0 && span.tv_nsec < perSecond;
+bool IsSpan(const timespec& span) {
+    return span.tv_sec >= 0 && span.tv_nsec >= 0 && span.tv_nsec < kPerSecond;
 }
 
 /// Sleeps on the board; a fault cuts the sleep in half and tells the rest, as a signal does.
-int sleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
-    const long error = gate->kernel.enter("nanosleep", "");
+int SleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
+    const long error = gate->kernel.Enter("nanosleep", "");
     const Nanoseconds slept = error != 0 ? span / 2 : span;
-    gate->events.add("sleep", "-", std::to_string(slept / 1'000) + " us");
-    gate->timeline.sleepUntil(gate->timeline.now() + slept, "the end of its sleep");
+    gate->events.Add("sleep", "-", std::to_string(slept / 1'000) + " us");
+    gate->timeline.SleepUntil(gate->timeline.Now() + slept, "the end of its sleep");
     if (error != 0 && rest != nullptr) {
-        *rest = asTimespec(span - slept);
+        *rest = AsTimespec(span - slept);
     }
     return static_cast<int>(-error);
 }
@@ -49,15 +49,15 @@ int clock_gettime(clockid_t clock, timespec* time) noexcept {
     if (clock != CLOCK_PROCESS_CPUTIME_ID && clock != CLOCK_THREAD_CPUTIME_ID) {
         if (Gate gate; gate) {
             if (const int error =
-                    gate->faults.meet("clock_gettime", "").value_or(sim::Faults::Hit{}).error;
+                    gate->faults.Meet("clock_gettime", "").value_or(sim::Faults::Hit{}).error;
                 error != 0) {
-                gate->events.add("clock_gettime", "-", sim::errnoName(error));
-                return static_cast<int>(asResult(-error));
+                gate->events.Add("clock_gettime", "-", sim::ErrnoName(error));
+                return static_cast<int>(AsResult(-error));
             }
-            gate->timeline.looksAtClock();
-            *time = asTimespec(clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE
-                                   ? gate->board.wallTime()
-                                   : gate->timeline.now());
+            gate->timeline.LooksAtClock();
+            *time = AsTimespec(clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE
+                                   ? gate->board.WallTime()
+                                   : gate->timeline.Now());
             return 0;
         }
     }
@@ -66,8 +66,8 @@ int clock_gettime(clockid_t clock, timespec* time) noexcept {
 
 int gettimeofday(timeval* time, void* zone) noexcept {
     if (Gate gate; gate) {
-        gate->timeline.looksAtClock();
-        const timespec wall = asTimespec(gate->board.wallTime());
+        gate->timeline.LooksAtClock();
+        const timespec wall = AsTimespec(gate->board.WallTime());
         *time = {wall.tv_sec, wall.tv_nsec / 1'000};
         return 0;
     }
@@ -76,8 +76,8 @@ int gettimeofday(timeval* time, void* zone) noexcept {
 
 time_t time(time_t* result) noexcept {
     if (Gate gate; gate) {
-        gate->timeline.looksAtClock();
-        const time_t wall = asTimespec(gate->board.wallTime()).tv_sec;
+        gate->timeline.LooksAtClock();
+        const time_t wall = AsTimespec(gate->board.WallTime()).tv_sec;
         if (result != nullptr) {
             *result = wall;
         }
@@ -88,47 +88,47 @@ time_t time(time_t* result) noexcept {
 
 clock_t clock() noexcept {
     if (Gate gate; gate) {
-        gate->timeline.work(sim::microseconds(1));
-        return static_cast<clock_t>(gate->timeline.now() / 1'000);
+        gate->timeline.Work(sim::Microseconds(1));
+        return static_cast<clock_t>(gate->timeline.Now() / 1'000);
     }
     return SIM_REAL(clock)();
 }
 
 int nanosleep(const timespec* span, timespec* rest) {
     if (Gate gate; gate) {
-        if (!isSpan(*span)) {
-            return static_cast<int>(asResult(-EINVAL));
+        if (!IsSpan(*span)) {
+            return static_cast<int>(AsResult(-EINVAL));
         }
-        const int error = sleepOnBoard(gate, asNanoseconds(*span), rest);
-        return static_cast<int>(asResult(-error));
+        const int error = SleepOnBoard(gate, AsNanoseconds(*span), rest);
+        return static_cast<int>(AsResult(-error));
     }
     return SIM_REAL(nanosleep)(span, rest);
 }
 
 int clock_nanosleep(clockid_t clock, int flags, const timespec* span, timespec* rest) {
     if (Gate gate; gate) {
-        if (!isSpan(*span)) {
+        if (!IsSpan(*span)) {
             return EINVAL;
         }
-        Nanoseconds length = asNanoseconds(*span);
+        Nanoseconds length = AsNanoseconds(*span);
         if ((flags & TIMER_ABSTIME) != 0) {
-            length -= clock == CLOCK_REALTIME ? gate->board.wallTime() : gate->timeline.now();
+            length -= clock == CLOCK_REALTIME ? gate->board.WallTime() : gate->timeline.Now();
         }
-        return sleepOnBoard(gate, length > 0 ? length : 0, rest);
+        return SleepOnBoard(gate, length > 0 ? length : 0, rest);
     }
     return SIM_REAL(clock_nanosleep)(clock, flags, span, rest);
 }
 
 int usleep(useconds_t span) {
     if (Gate gate; gate) {
-        return static_cast<int>(asResult(-sleepOnBoard(gate, sim::microseconds(span), nullptr)));
+        return static_cast<int>(AsResult(-SleepOnBoard(gate, sim::Microseconds(span), nullptr)));
     }
     return SIM_REAL(usleep)(span);
 }
 
 unsigned sleep(unsigned span) {
     if (Gate gate; gate) {
-        sleepOnBoard(gate, sim::seconds(span), nullptr);
+        SleepOnBoard(gate, sim::Seconds(span), nullptr);
         return 0;
     }
     return SIM_REAL(sleep)(span);

@@ -22,7 +22,7 @@ namespace sim {
 namespace {
 
 /// A number from a line such as "Threads:	3" of /proc/self/status; 0 when there is none.
-std::uint64_t processStatus(const char* label) {
+std::uint64_t ProcessStatus(const char* label) {
     std::unique_ptr<FILE, int (*)(FILE*)> file(real::fopen("/proc/self/status", "re"), std::fclose);
     char line[256];
     while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
@@ -33,7 +33,7 @@ std::uint64_t processStatus(const char* label) {
     return 0;
 }
 
-std::uint32_t openDescriptors() {
+std::uint32_t OpenDescriptors() {
     std::uint32_t count = 0;
     for (int descriptor = 0; descriptor < 1024; ++descriptor) {
         struct stat64 ignored {};
@@ -47,58 +47,58 @@ class Session {
     Session(const RunOptions& options, RunReport& report)
         : report_(report), simulation_(options, &report.events) {
         simulation_.end = [this](Ending ending, const std::string& text) {
-            endEarly(ending, text);
+            EndEarly(ending, text);
         };
-        simulation_.onStep = [this](std::uint64_t step) { noteStep(step); };
+        simulation_.onStep = [this](std::uint64_t step) { NoteStep(step); };
         simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
         report_.armed = 1;
     }
 
-    void programExits() {
-        simulation_.showHeld(stdout);
-        finish(Ending::exited, "");
+    void ProgramExits() {
+        simulation_.ShowHeld(stdout);
+        Finish(Ending::Exited, "");
     }
 
   private:
-    void noteStep(std::uint64_t step) {
+    void NoteStep(std::uint64_t step) {
         report_.steps = step;
-        report_.measurements = simulation_.console.measurements();
-        if (step % RunReport::footprintEvery == RunReport::footprintStep) {
-            report_.late = footprint();
-            if (step == RunReport::footprintStep) {
+        report_.measurements = simulation_.console.Measurements();
+        if (step % RunReport::kFootprintEvery == RunReport::kFootprintStep) {
+            report_.late = TakeFootprint();
+            if (step == RunReport::kFootprintStep) {
                 report_.early = report_.late;
             }
         }
     }
 
-    Footprint footprint() const {
+    Footprint TakeFootprint() const {
         Footprint taken;
         taken.heapBytes = mallinfo2().uordblks;
-        taken.residentBytes = processStatus("VmRSS:") * 1024;
-        taken.threads = static_cast<std::uint32_t>(processStatus("Threads:"));
-        taken.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.held());
-        taken.hostDescriptors = openDescriptors();
+        taken.residentBytes = ProcessStatus("VmRSS:") * 1024;
+        taken.threads = static_cast<std::uint32_t>(ProcessStatus("Threads:"));
+        taken.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.Held());
+        taken.hostDescriptors = OpenDescriptors();
         return taken;
     }
 
-    void finish(Ending ending, const std::string& text) {
-        simulation_.events.finish();
-        report_.boardTime = simulation_.board.now();
-        report_.steps = simulation_.console.steps();
-        report_.measurements = simulation_.console.measurements();
+    void Finish(Ending ending, const std::string& text) {
+        simulation_.events.Finish();
+        report_.boardTime = simulation_.board.Now();
+        report_.steps = simulation_.console.Steps();
+        report_.measurements = simulation_.console.Measurements();
         std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
         std::string calls;
-        for (const auto& [name, count] : simulation_.kernel.callCounts()) {
+        for (const auto& [name, count] : simulation_.kernel.CallCounts()) {
             calls += name + " " + std::to_string(count) + "\n";
         }
         std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
         report_.ending = static_cast<std::uint32_t>(ending);
     }
 
-    [[noreturn]] void endEarly(Ending ending, const std::string& text) {
-        simulation_.showHeld(stdout);
+    [[noreturn]] void EndEarly(Ending ending, const std::string& text) {
+        simulation_.ShowHeld(stdout);
         real::fflush(stdout);
-        finish(ending, text);
+        Finish(ending, text);
         // A program built for coverage writes its counts only at an orderly exit.
         if (auto* dump = reinterpret_cast<void (*)()>(dlsym(RTLD_DEFAULT, "__gcov_dump"))) {
             dump();
@@ -113,13 +113,13 @@ class Session {
 // Never destroyed: the program's threads and exit handlers may call in until the process is gone.
 Session* session = nullptr;
 
-std::string ownProgram() {
+std::string OwnProgram() {
     char path[4096];
     const ssize_t length = SIM_REAL(readlink)("/proc/self/exe", path, sizeof path);
     return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
 }
 
-RunReport* mapReport(int descriptor) {
+RunReport* MapReport(int descriptor) {
     void* page = SIM_REAL(mmap64)(nullptr, sizeof(RunReport), PROT_READ | PROT_WRITE, MAP_SHARED,
                                   descriptor, 0);
     real::close(descriptor);
@@ -127,7 +127,7 @@ RunReport* mapReport(int descriptor) {
 }
 
 /// The scenario that the launcher has checked already.
-std::optional<Scenario> scenarioFrom(int descriptor) {
+std::optional<Scenario> ScenarioFrom(int descriptor) {
     if (descriptor < 0) {
         return Scenario{};
     }
@@ -138,25 +138,25 @@ std::optional<Scenario> scenarioFrom(int descriptor) {
         text.append(piece, static_cast<std::size_t>(count));
     }
     real::close(descriptor);
-    auto read = parseScenario(text, "scenario");
+    auto read = ParseScenario(text, "scenario");
     auto* scenario = std::get_if<Scenario>(&read);
     return scenario != nullptr ? std::optional<Scenario>(std::move(*scenario)) : std::nullopt;
 }
 
-__attribute__((constructor)) void armInTheNamedProgram() {
-    const char* text = std::getenv(runVariable);
+__attribute__((constructor)) void ArmInTheNamedProgram() {
+    const char* text = std::getenv(kRunVariable);
     if (text == nullptr) {
         return;
     }
-    auto request = decodeRunRequest(text);
-    if (!request || request->program != ownProgram()) {
+    auto request = DecodeRunRequest(text);
+    if (!request || request->program != OwnProgram()) {
         return;
     }
     // What the program starts in turn is none of ours.
-    unsetenv(runVariable);
+    unsetenv(kRunVariable);
     unsetenv("LD_PRELOAD");
-    RunReport* report = mapReport(request->reportDescriptor);
-    auto scenario = scenarioFrom(request->scenarioDescriptor);
+    RunReport* report = MapReport(request->reportDescriptor);
+    auto scenario = ScenarioFrom(request->scenarioDescriptor);
     if (report == nullptr || !scenario) {
         _exit(EXIT_FAILURE); // rather than touch this machine's own devices
     }
@@ -164,9 +164,9 @@ __attribute__((constructor)) void armInTheNamedProgram() {
     session = new Session(request->options, *report);
 }
 
-__attribute__((destructor)) void tellTheEnd() {
-    if (session != nullptr && Simulation::ofThisThread() != nullptr) {
-        session->programExits();
+__attribute__((destructor)) void TellTheEnd() {
+    if (session != nullptr && Simulation::OfThisThread() != nullptr) {
+        session->ProgramExits();
     }
 }
 

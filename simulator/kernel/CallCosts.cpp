@@ -5,17 +5,17 @@
 
 namespace sim {
 
-Nanoseconds callCost(std::string_view call) {
+Nanoseconds CallCost(std::string_view call) {
     using namespace std::string_view_literals;
     static constexpr std::array costs{
-        std::pair{"access"sv, microseconds(12)},    std::pair{"open"sv, microseconds(18)},
-        std::pair{"read"sv, microseconds(8)},       std::pair{"write"sv, microseconds(12)},
-        std::pair{"close"sv, microseconds(4)},      std::pair{"lseek"sv, microseconds(2)},
-        std::pair{"ioctl"sv, microseconds(8)},      std::pair{"stat"sv, microseconds(14)},
-        std::pair{"lstat"sv, microseconds(14)},     std::pair{"mkdir"sv, microseconds(200)},
-        std::pair{"mmap"sv, microseconds(20)},      std::pair{"mount"sv, milliseconds(45)},
-        std::pair{"umount"sv, milliseconds(10)},    std::pair{"setmntent"sv, microseconds(60)},
-        std::pair{"card write"sv, milliseconds(3)}, std::pair{"pthread_create"sv, microseconds(90)},
+        std::pair{"access"sv, Microseconds(12)},    std::pair{"open"sv, Microseconds(18)},
+        std::pair{"read"sv, Microseconds(8)},       std::pair{"write"sv, Microseconds(12)},
+        std::pair{"close"sv, Microseconds(4)},      std::pair{"lseek"sv, Microseconds(2)},
+        std::pair{"ioctl"sv, Microseconds(8)},      std::pair{"stat"sv, Microseconds(14)},
+        std::pair{"lstat"sv, Microseconds(14)},     std::pair{"mkdir"sv, Microseconds(200)},
+        std::pair{"mmap"sv, Microseconds(20)},      std::pair{"mount"sv, Milliseconds(45)},
+        std::pair{"umount"sv, Milliseconds(10)},    std::pair{"setmntent"sv, Microseconds(60)},
+        std::pair{"card write"sv, Milliseconds(3)}, std::pair{"pthread_create"sv, Microseconds(90)},
     };
     for (const auto& [name, cost] : costs) {
         if (name == call) {

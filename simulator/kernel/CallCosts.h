@@ -8,6 +8,6 @@ namespace sim {
 
 /// What a call of this name costs in board time when I/O is not free: round figures in the order of
 /// what a 400 MHz ARM core and a slow card need, set by hand, not measured on an instrument.
-Nanoseconds callCost(std::string_view call);
+Nanoseconds CallCost(std::string_view call);
 
 } // namespace sim

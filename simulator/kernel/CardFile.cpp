@@ -14,30 +14,30 @@ CardFile::~CardFile() {
     }
 }
 
-long CardFile::openHost(int flags, unsigned mode) {
+long CardFile::OpenHost(int flags, unsigned mode) {
     host_ = real::open(hostPath_.c_str(), flags, mode);
     owned_ = host_ >= 0;
     return host_ >= 0 ? 0 : -errno;
 }
 
-void CardFile::borrowHost(int descriptor) {
+void CardFile::BorrowHost(int descriptor) {
     host_ = descriptor;
 }
 
-long CardFile::read(void* buffer, std::size_t size) {
-    if (onCard_ && !card_.healthy()) {
-        events_.add("read", path(), "EIO");
+long CardFile::Read(void* buffer, std::size_t size) {
+    if (onCard_ && !card_.Healthy()) {
+        events_.Add("read", Path(), "EIO");
         return -EIO;
     }
     const ssize_t count = real::read(host_, buffer, size);
     return count < 0 ? -errno : count;
 }
 
-long CardFile::write(const void* data, std::size_t size) {
-    const int error = onCard_ ? card_.write(static_cast<std::int64_t>(size)) : 0;
-    events_.add("write", path(),
-                EventLog::quoted({static_cast<const char*>(data), size}) +
-                    (error != 0 ? " " + errnoName(error) : std::string()));
+long CardFile::Write(const void* data, std::size_t size) {
+    const int error = onCard_ ? card_.Write(static_cast<std::int64_t>(size)) : 0;
+    events_.Add("write", Path(),
+                EventLog::Quoted({static_cast<const char*>(data), size}) +
+                    (error != 0 ? " " + ErrnoName(error) : std::string()));
     if (error != 0) {
         return -error;
     }
@@ -45,7 +45,7 @@ long CardFile::write(const void* data, std::size_t size) {
     return count < 0 ? -errno : count;
 }
 
-long CardFile::seek(std::int64_t offset, int whence) {
+long CardFile::Seek(std::int64_t offset, int whence) {
     const off64_t reached = lseek64(host_, offset, whence);
     return reached < 0 ? -errno : static_cast<long>(reached);
 }

@@ -21,16 +21,16 @@ class CardFile : public OpenFile {
     ~CardFile() override;
 
     /// Opens the file on this machine; 0 or a negated errno.
-    long openHost(int flags, unsigned mode);
+    long OpenHost(int flags, unsigned mode);
     /// The descriptor is somebody else's, who closes it.
-    void borrowHost(int descriptor);
+    void BorrowHost(int descriptor);
 
-    long read(void* buffer, std::size_t size) override;
-    long write(const void* data, std::size_t size) override;
-    long seek(std::int64_t offset, int whence) override;
-    int hostDescriptor() const override { return host_; }
-    bool onCard() const { return onCard_; }
-    const std::string& hostPath() const { return hostPath_; }
+    long Read(void* buffer, std::size_t size) override;
+    long Write(const void* data, std::size_t size) override;
+    long Seek(std::int64_t offset, int whence) override;
+    int HostDescriptor() const override { return host_; }
+    bool OnCard() const { return onCard_; }
+    const std::string& HostPath() const { return hostPath_; }
 
   private:
     std::string hostPath_;

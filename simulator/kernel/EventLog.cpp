@@ -11,41 +11,41 @@ namespace sim {
 namespace {
 
 /// A path as a word of its own: quoted when it would not be one.
-std::string asWord(const std::string& path) {
+std::string AsWord(const std::string& path) {
     const bool plain = std::all_of(path.begin(), path.end(), [](char c) {
         return c > ' ' && c < '\x7F' && c != '"' && c != '\\';
     });
-    return plain && !path.empty() ? path : EventLog::quoted(path);
+    return plain && !path.empty() ? path : EventLog::Quoted(path);
 }
 
 } // namespace
 
 EventLog::~EventLog() {
-    finish();
+    Finish();
     if (file_ >= 0) {
         real::close(file_);
     }
 }
 
-bool EventLog::writeTo(const std::string& path, EventBuffer& buffer) {
+bool EventLog::WriteTo(const std::string& path, EventBuffer& buffer) {
     buffer_ = &buffer;
     file_ = real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     return file_ >= 0;
 }
 
-void EventLog::add(std::string_view operation, std::string_view path, std::string_view data) {
-    if (active()) {
-        record({now(), thread(), std::string(operation), std::string(path), std::string(data)});
+void EventLog::Add(std::string_view operation, std::string_view path, std::string_view data) {
+    if (Active()) {
+        Record({now(), thread(), std::string(operation), std::string(path), std::string(data)});
     }
 }
 
-void EventLog::addWorld(std::string_view operation, std::string_view path, std::string_view data) {
-    if (active()) {
-        record({now(), 0, std::string(operation), std::string(path), std::string(data)});
+void EventLog::AddWorld(std::string_view operation, std::string_view path, std::string_view data) {
+    if (Active()) {
+        Record({now(), 0, std::string(operation), std::string(path), std::string(data)});
     }
 }
 
-void EventLog::record(Event event) {
+void EventLog::Record(Event event) {
     if (keeping_) {
         kept_.push_back(event);
     }
@@ -58,52 +58,52 @@ void EventLog::record(Event event) {
         ++repeats_;
         return;
     }
-    endRepeats();
-    put(line(event));
+    EndRepeats();
+    Put(Line(event));
     last_ = std::move(event);
 }
 
-void EventLog::endRepeats() {
+void EventLog::EndRepeats() {
     if (repeats_ == 0) {
         return;
     }
     Event again = last_;
     again.at = repeatedAt_;
     again.data += " again " + std::to_string(repeats_) + (repeats_ == 1 ? " time" : " times");
-    put(line(again));
+    Put(Line(again));
     repeats_ = 0;
 }
 
-void EventLog::abandon() {
+void EventLog::Abandon() {
     keeping_ = false;
     file_ = -1;
     repeats_ = 0;
 }
 
-void EventLog::finish() {
-    endRepeats();
-    flush();
+void EventLog::Finish() {
+    EndRepeats();
+    Flush();
 }
 
-void EventLog::flush() {
+void EventLog::Flush() {
     if (file_ >= 0) {
-        writeOut({buffer_->text.data(), buffer_->used});
+        WriteOut({buffer_->text.data(), buffer_->used});
     }
 }
 
-void EventLog::put(std::string_view text) {
-    if (text.size() > EventBuffer::size - buffer_->used) {
-        flush();
+void EventLog::Put(std::string_view text) {
+    if (text.size() > EventBuffer::kSize - buffer_->used) {
+        Flush();
     }
-    if (text.size() > EventBuffer::size) {
-        writeOut(text);
+    if (text.size() > EventBuffer::kSize) {
+        WriteOut(text);
         return;
     }
     std::copy(text.begin(), text.end(), buffer_->text.begin() + buffer_->used);
     buffer_->used += static_cast<std::uint32_t>(text.size());
 }
 
-void EventLog::writeOut(std::string_view text) {
+void EventLog::WriteOut(std::string_view text) {
     const std::uint64_t size = text.size();
     while (!text.empty()) {
         const ssize_t written = real::write(file_, text.data(), text.size());
@@ -116,7 +116,7 @@ void EventLog::writeOut(std::string_view text) {
     buffer_->offset += size;
 }
 
-std::string EventLog::quoted(std::string_view text) {
+std::string EventLog::Quoted(std::string_view text) {
     std::string result = "\"";
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);
@@ -138,9 +138,9 @@ std::string EventLog::quoted(std::string_view text) {
     return result + "\"";
 }
 
-std::string EventLog::line(const Event& event) {
+std::string EventLog::Line(const Event& event) {
     return std::to_string(event.at / 1'000) + " " + std::to_string(event.thread) + " " +
-           event.operation + " " + asWord(event.path) + " " + event.data + "\n";
+           event.operation + " " + AsWord(event.path) + " " + event.data + "\n";
 }
 
 } // namespace sim

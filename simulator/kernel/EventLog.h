@@ -34,32 +34,32 @@ class EventLog {
 
     /// Writes to a file from now on, replacing it, by way of a buffer that lives as long as this
     /// object; false when the file cannot be opened.
-    bool writeTo(const std::string& path, EventBuffer& buffer);
+    bool WriteTo(const std::string& path, EventBuffer& buffer);
     /// Keeps the events in memory from now on, repeated reads one by one.
-    void keep() { keeping_ = true; }
-    const std::vector<Event>& kept() const { return kept_; }
-    void clear() { kept_.clear(); }
-    bool active() const { return keeping_ || file_ >= 0; }
+    void Keep() { keeping_ = true; }
+    const std::vector<Event>& Kept() const { return kept_; }
+    void Clear() { kept_.clear(); }
+    bool Active() const { return keeping_ || file_ >= 0; }
 
-    void add(std::string_view operation, std::string_view path, std::string_view data = "-");
+    void Add(std::string_view operation, std::string_view path, std::string_view data = "-");
     /// The same, told of the world instead of a thread.
-    void addWorld(std::string_view operation, std::string_view path, std::string_view data);
+    void AddWorld(std::string_view operation, std::string_view path, std::string_view data);
     /// Writes nothing more: the file is another process's.
-    void abandon();
+    void Abandon();
     /// Hands all lines to the file, but the end of repeats that may go on.
-    void flush();
+    void Flush();
     /// Hands everything to the file: there will be no more.
-    void finish();
+    void Finish();
 
     /// A text in quotes, with \n, \t, \\, \" and \xNN for what does not print.
-    static std::string quoted(std::string_view text);
-    static std::string line(const Event& event);
+    static std::string Quoted(std::string_view text);
+    static std::string Line(const Event& event);
 
   private:
-    void record(Event event);
-    void endRepeats();
-    void put(std::string_view text);
-    void writeOut(std::string_view text);
+    void Record(Event event);
+    void EndRepeats();
+    void Put(std::string_view text);
+    void WriteOut(std::string_view text);
 
     int file_ = -1;
     bool keeping_ = false;

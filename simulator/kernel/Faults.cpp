@@ -3,7 +3,7 @@
 namespace sim {
 namespace {
 
-bool matches(const std::string& pattern, std::string_view path) {
+bool Matches(const std::string& pattern, std::string_view path) {
     if (pattern.empty()) {
         return true;
     }
@@ -18,15 +18,15 @@ bool matches(const std::string& pattern, std::string_view path) {
 
 Faults::Faults(const std::vector<Fault>& faults) {
     for (const Fault& fault : faults) {
-        add(fault);
+        Add(fault);
     }
 }
 
-std::optional<Faults::Hit> Faults::meet(std::string_view call, std::string_view path) {
+std::optional<Faults::Hit> Faults::Meet(std::string_view call, std::string_view path) {
     std::optional<Hit> hit;
     for (Armed& armed : armed_) {
         const Fault& fault = armed.fault;
-        if (fault.call != call || !matches(fault.path, path)) {
+        if (fault.call != call || !Matches(fault.path, path)) {
             continue;
         }
         ++armed.met;

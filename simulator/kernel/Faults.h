@@ -18,10 +18,10 @@ class Faults {
 
     explicit Faults(const std::vector<Fault>& faults);
 
-    void add(const Fault& fault) { armed_.push_back({fault, 0}); }
-    void clear() { armed_.clear(); }
+    void Add(const Fault& fault) { armed_.push_back({fault, 0}); }
+    void Clear() { armed_.clear(); }
     /// Counts one call, and tells how it fails if it is to fail.
-    std::optional<Hit> meet(std::string_view call, std::string_view path);
+    std::optional<Hit> Meet(std::string_view call, std::string_view path);
 
   private:
     struct Armed {

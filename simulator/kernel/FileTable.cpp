@@ -4,23 +4,23 @@
 
 namespace sim {
 
-int FileTable::add(std::unique_ptr<OpenFile> file) {
+int FileTable::Add(std::unique_ptr<OpenFile> file) {
     auto slot = std::find(files_.begin(), files_.end(), nullptr);
     if (slot == files_.end()) {
         slot = files_.insert(files_.end(), nullptr);
     }
     *slot = std::move(file);
     ++count_;
-    return firstNumber + static_cast<int>(slot - files_.begin());
+    return kFirstNumber + static_cast<int>(slot - files_.begin());
 }
 
-void FileTable::addAt(int descriptor, std::unique_ptr<OpenFile> file) {
+void FileTable::AddAt(int descriptor, std::unique_ptr<OpenFile> file) {
     streams_[descriptor] = std::move(file);
 }
 
-OpenFile* FileTable::find(int descriptor) const {
-    if (descriptor >= firstNumber) {
-        const auto index = static_cast<std::size_t>(descriptor - firstNumber);
+OpenFile* FileTable::Find(int descriptor) const {
+    if (descriptor >= kFirstNumber) {
+        const auto index = static_cast<std::size_t>(descriptor - kFirstNumber);
         return index < files_.size() ? files_[index].get() : nullptr;
     }
     if (streams_.empty()) {
@@ -30,10 +30,10 @@ OpenFile* FileTable::find(int descriptor) const {
     return found != streams_.end() ? found->second.get() : nullptr;
 }
 
-std::unique_ptr<OpenFile> FileTable::remove(int descriptor) {
+std::unique_ptr<OpenFile> FileTable::Remove(int descriptor) {
     std::unique_ptr<OpenFile> file;
-    if (descriptor >= firstNumber) {
-        const auto index = static_cast<std::size_t>(descriptor - firstNumber);
+    if (descriptor >= kFirstNumber) {
+        const auto index = static_cast<std::size_t>(descriptor - kFirstNumber);
         if (index < files_.size() && files_[index]) {
             file = std::move(files_[index]);
             --count_;

@@ -13,17 +13,17 @@ namespace sim {
 /// this machine's kernel gives; a file that a stream holds keeps the number that the stream has.
 class FileTable {
   public:
-    static constexpr int firstNumber = 1 << 20;
+    static constexpr int kFirstNumber = 1 << 20;
 
     /// Gives the lowest free number of our own.
-    int add(std::unique_ptr<OpenFile> file);
-    void addAt(int descriptor, std::unique_ptr<OpenFile> file);
-    OpenFile* find(int descriptor) const;
-    std::unique_ptr<OpenFile> remove(int descriptor);
-    std::size_t size() const { return count_ + streams_.size(); }
+    int Add(std::unique_ptr<OpenFile> file);
+    void AddAt(int descriptor, std::unique_ptr<OpenFile> file);
+    OpenFile* Find(int descriptor) const;
+    std::unique_ptr<OpenFile> Remove(int descriptor);
+    std::size_t Size() const { return count_ + streams_.size(); }
 
     template <typename Predicate>
-    bool any(Predicate predicate) const {
+    bool Any(Predicate predicate) const {
         return std::ranges::any_of(files_,
                                    [&](const auto& file) { return file && predicate(*file); }) ||
                std::ranges::any_of(streams_,

@@ -14,14 +14,14 @@
 namespace sim {
 namespace {
 
-constexpr std::string_view mountPoint = "/mnt/sd-card";
-constexpr std::string_view spiDevice = "/dev/spidev32765.1";
-constexpr std::string_view memoryDevice = "/dev/mem";
+constexpr std::string_view kMountPoint = "/mnt/sd-card";
+constexpr std::string_view kSpiDevice = "/dev/spidev32765.1";
+constexpr std::string_view kMemoryDevice = "/dev/mem";
 
-bool writes(int flags) {
+bool Writes(int flags) {
     return (flags & O_ACCMODE) != O_RDONLY;
 }
-bool reads(int flags) {
+bool Reads(int flags) {
     return (flags & O_ACCMODE) != O_WRONLY;
 }
 
@@ -29,10 +29,10 @@ bool reads(int flags) {
 class MemoryFile : public OpenFile {
   public:
     using OpenFile::OpenFile;
-    unsigned mode() const override { return S_IFCHR | 0600U; }
+    unsigned Mode() const override { return S_IFCHR | 0600U; }
 };
 
-int flagsOf(std::string_view mode) {
+int FlagsOf(std::string_view mode) {
     const bool both = mode.find('+') != std::string_view::npos;
     if (mode.empty() || mode[0] == 'r') {
         return both ? O_RDWR : O_RDONLY;
@@ -50,20 +50,20 @@ Kernel::Kernel(const RunOptions& options, Board& board, EventLog& events, Faults
       mountTable_(options.scenario.mountTable), fileSystems_(options.scenario.fileSystems),
       costs_(options.ioCosts), board_(board), events_(events), faults_(faults), timeline_(timeline),
       scheduler_(scheduler), sysfs_(board, options.scenario) {
-    for (const std::string& folder : {root_ + "/rootfs", root_ + "/rootfs/mnt", cardFolder()}) {
+    for (const std::string& folder : {root_ + "/rootfs", root_ + "/rootfs/mnt", CardFolder()}) {
         real::mkdir(folder.c_str(), 0755);
     }
     if (options.scenario.mountPointExists) {
-        real::mkdir(mountPointFolder().c_str(), 0755);
+        real::mkdir(MountPointFolder().c_str(), 0755);
     }
 }
 
-bool Kernel::owns(std::string_view path) {
-    return isBoardPath(path);
+bool Kernel::Owns(std::string_view path) {
+    return IsBoardPath(path);
 }
 
-long Kernel::enter(std::string_view call, std::string_view path) {
-    if (!isPlainPath(path)) {
+long Kernel::Enter(std::string_view call, std::string_view path) {
+    if (!IsPlainPath(path)) {
         unmodelled(std::string(call) + " of " + std::string(path) + ", a path with dots in it");
     }
     auto counted = counts_.find(call);
@@ -71,49 +71,49 @@ long Kernel::enter(std::string_view call, std::string_view path) {
         counted = counts_.emplace(std::string(call), 0).first;
     }
     ++counted->second;
-    board_.settle();
+    board_.Settle();
     if (costs_) {
-        timeline_.work(callCost(call));
+        timeline_.Work(CallCost(call));
     }
-    scheduler_.chance(*threadSelf());
+    scheduler_.Chance(*ThreadSelf());
     cut_.reset();
-    if (const auto hit = faults_.meet(call, path)) {
+    if (const auto hit = faults_.Meet(call, path)) {
         cut_ = hit->bytes;
         if (hit->error != 0) {
-            events_.add(call, path.empty() ? "-" : path, errnoName(hit->error));
+            events_.Add(call, path.empty() ? "-" : path, ErrnoName(hit->error));
         }
         return -hit->error;
     }
     return 0;
 }
 
-long Kernel::open(const char* path, int flags, unsigned mode) {
+long Kernel::Open(const char* path, int flags, unsigned mode) {
     std::unique_ptr<OpenFile> file;
-    long error = enter("open", path);
+    long error = Enter("open", path);
     if (error == 0) {
-        error = openFile(path, flags, file);
+        error = OpenPath(path, flags, file);
         if (error != 0) {
-            events_.add("open", path, errnoName(static_cast<int>(-error)));
+            events_.Add("open", path, ErrnoName(static_cast<int>(-error)));
         } else {
-            file->openedWith(flags);
+            file->OpenedWith(flags);
         }
     }
     if (auto* card = dynamic_cast<CardFile*>(file.get()); error == 0 && card != nullptr) {
-        error = card->openHost(flags, mode);
-        events_.add("open", path, error != 0 ? errnoName(static_cast<int>(-error)) : "ok");
+        error = card->OpenHost(flags, mode);
+        events_.Add("open", path, error != 0 ? ErrnoName(static_cast<int>(-error)) : "ok");
     }
-    return error != 0 ? error : files_.add(std::move(file));
+    return error != 0 ? error : files_.Add(std::move(file));
 }
 
-FILE* Kernel::openStream(const char* path, const char* mode) {
+FILE* Kernel::OpenStream(const char* path, const char* mode) {
     std::unique_ptr<OpenFile> file;
-    long error = enter("open", path);
+    long error = Enter("open", path);
     if (error == 0) {
-        error = openFile(path, flagsOf(mode), file);
+        error = OpenPath(path, FlagsOf(mode), file);
         if (error != 0) {
-            events_.add("open", path, errnoName(static_cast<int>(-error)));
+            events_.Add("open", path, ErrnoName(static_cast<int>(-error)));
         } else {
-            file->openedWith(flagsOf(mode));
+            file->OpenedWith(FlagsOf(mode));
         }
     }
     if (error != 0) {
@@ -121,40 +121,40 @@ FILE* Kernel::openStream(const char* path, const char* mode) {
         return nullptr;
     }
     auto* card = dynamic_cast<CardFile*>(file.get());
-    FILE* stream = real::fopen(card != nullptr ? card->hostPath().c_str() : "/dev/null", mode);
+    FILE* stream = real::fopen(card != nullptr ? card->HostPath().c_str() : "/dev/null", mode);
     if (card != nullptr) {
-        events_.add("open", path, stream == nullptr ? errnoName(errno) : "ok");
+        events_.Add("open", path, stream == nullptr ? ErrnoName(errno) : "ok");
     }
     if (stream != nullptr) {
         if (card != nullptr) {
-            card->borrowHost(fileno(stream));
+            card->BorrowHost(fileno(stream));
         }
-        files_.addAt(fileno(stream), std::move(file));
+        files_.AddAt(fileno(stream), std::move(file));
     }
     return stream;
 }
 
-long Kernel::openFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+long Kernel::OpenPath(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     long error = 0;
-    if (within(path, "/sys")) {
-        error = openAttribute(path, flags, file);
-    } else if (sysfs_.taken(path)) {
+    if (Within(path, "/sys")) {
+        error = OpenAttribute(path, flags, file);
+    } else if (sysfs_.Taken(path)) {
         error = -ENOENT;
-    } else if (within(path, mountPoint)) {
-        error = openCardFile(path, flags, file);
-    } else if (path == spiDevice || path == memoryDevice) {
-        error = openDevice(path, file);
+    } else if (Within(path, kMountPoint)) {
+        error = OpenCardFile(path, flags, file);
+    } else if (path == kSpiDevice || path == kMemoryDevice) {
+        error = OpenDevice(path, file);
     } else {
         unmodelled("open of " + path);
     }
     return error;
 }
 
-long Kernel::openDevice(const std::string& path, std::unique_ptr<OpenFile>& file) {
+long Kernel::OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file) {
     if (!boardPresent_) {
         return -ENOENT;
     }
-    if (path == spiDevice) {
+    if (path == kSpiDevice) {
         file = std::make_unique<SpiFile>(path, board_, spi_, events_);
     } else {
         file = std::make_unique<MemoryFile>(path);
@@ -162,39 +162,39 @@ long Kernel::openDevice(const std::string& path, std::unique_ptr<OpenFile>& file
     return 0;
 }
 
-long Kernel::openAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
-    SysfsNode node = sysfs_.find(path);
+long Kernel::OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    SysfsNode node = sysfs_.Find(path);
     switch (node.kind) {
-    case SysfsNode::Kind::missing:
+    case SysfsNode::Kind::Missing:
         return (flags & O_CREAT) != 0 && node.parentExists ? -EACCES : -ENOENT;
-    case SysfsNode::Kind::directory:
-        if (writes(flags) || (flags & O_CREAT) != 0) {
+    case SysfsNode::Kind::Directory:
+        if (Writes(flags) || (flags & O_CREAT) != 0) {
             return -EISDIR;
         }
         file = std::make_unique<DirectoryFile>(path);
         return 0;
-    case SysfsNode::Kind::attribute:
+    case SysfsNode::Kind::Attribute:
         break;
     }
-    if ((writes(flags) && !node.store) || (reads(flags) && !node.show)) {
+    if ((Writes(flags) && !node.store) || (Reads(flags) && !node.show)) {
         return -EACCES;
     }
     file = std::make_unique<TextFile>(path, std::move(node), sysfs_, events_);
     return 0;
 }
 
-std::string Kernel::hostPath(std::string_view path) const {
-    return (board_.card.mounted() ? cardFolder() : mountPointFolder()) +
-           std::string(path.substr(mountPoint.size()));
+std::string Kernel::HostPath(std::string_view path) const {
+    return (board_.card.Mounted() ? CardFolder() : MountPointFolder()) +
+           std::string(path.substr(kMountPoint.size()));
 }
 
-long Kernel::openCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
-    const std::string host = hostPath(path);
-    const bool onCard = board_.card.mounted();
+long Kernel::OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    const std::string host = HostPath(path);
+    const bool onCard = board_.card.Mounted();
     struct stat64 status {};
     const bool exists = real::stat(host.c_str(), &status) == 0;
-    if (onCard && writes(flags)) {
-        const int error = exists ? board_.card.openForWriting() : board_.card.createFile();
+    if (onCard && Writes(flags)) {
+        const int error = exists ? board_.card.OpenForWriting() : board_.card.CreateFile();
         if (error != 0 && (exists || (flags & O_CREAT) != 0)) {
             return -error;
         }
@@ -203,89 +203,89 @@ long Kernel::openCardFile(const std::string& path, int flags, std::unique_ptr<Op
     return 0;
 }
 
-long Kernel::close(int descriptor) {
-    const OpenFile* file = files_.find(descriptor);
-    const long error = enter("close", file->path());
+long Kernel::Close(int descriptor) {
+    const OpenFile* file = files_.Find(descriptor);
+    const long error = Enter("close", file->Path());
     if (dynamic_cast<const CardFile*>(file) != nullptr && error == 0) {
-        events_.add("close", file->path(), "ok");
+        events_.Add("close", file->Path(), "ok");
     }
-    files_.remove(descriptor);
+    files_.Remove(descriptor);
     return error;
 }
 
-long Kernel::closeStream(FILE* stream) {
+long Kernel::CloseStream(FILE* stream) {
     const int descriptor = fileno(stream);
-    return owns(descriptor) ? close(descriptor) : 0;
+    return Owns(descriptor) ? Close(descriptor) : 0;
 }
 
-long Kernel::cutShort(std::size_t& size) {
+long Kernel::CutShort(std::size_t& size) {
     if (cut_ && *cut_ < size) {
         size = static_cast<std::size_t>(*cut_);
     }
     return 0;
 }
 
-long Kernel::read(int descriptor, void* buffer, std::size_t size) {
-    OpenFile* file = files_.find(descriptor);
+long Kernel::Read(int descriptor, void* buffer, std::size_t size) {
+    OpenFile* file = files_.Find(descriptor);
     auto* attribute = dynamic_cast<TextFile*>(file);
-    const bool level = attribute != nullptr && attribute->line().has_value();
-    if (const long error = enter("read", file->path()); error != 0) {
+    const bool level = attribute != nullptr && attribute->Line().has_value();
+    if (const long error = Enter("read", file->Path()); error != 0) {
         return error;
     }
-    if (!file->readable()) {
+    if (!file->Readable()) {
         return -EBADF;
     }
-    cutShort(size);
+    CutShort(size);
     if (level) {
-        timeline_.pollsLine(*attribute->line());
+        timeline_.PollsLine(*attribute->Line());
     }
-    const bool anew = level && attribute->atStart();
-    const long count = file->read(buffer, size);
+    const bool anew = level && attribute->AtStart();
+    const long count = file->Read(buffer, size);
     if (anew && count >= 0) {
-        timeline_.lineRead(*attribute->line(),
+        timeline_.LineRead(*attribute->Line(),
                            count > 0 && static_cast<const char*>(buffer)[0] == '1');
-        attribute->sawEdges(board_.lines.at(*attribute->line()).edges);
+        attribute->SawEdges(board_.lines.At(*attribute->Line()).edges);
     }
     return count;
 }
 
-long Kernel::write(int descriptor, const void* data, std::size_t size) {
-    OpenFile* file = files_.find(descriptor);
-    if (const long error = enter("write", file->path()); error != 0) {
+long Kernel::Write(int descriptor, const void* data, std::size_t size) {
+    OpenFile* file = files_.Find(descriptor);
+    if (const long error = Enter("write", file->Path()); error != 0) {
         return error;
     }
-    if (!file->writable()) {
+    if (!file->Writable()) {
         return -EBADF;
     }
-    timeline_.busy();
-    cutShort(size);
+    timeline_.Busy();
+    CutShort(size);
     if (costs_ && dynamic_cast<const CardFile*>(file) != nullptr) {
-        timeline_.work(callCost("card write"));
+        timeline_.Work(CallCost("card write"));
     }
-    const long count = file->write(data, size);
-    scheduler_.wake(&sysfs_);
+    const long count = file->Write(data, size);
+    scheduler_.Wake(&sysfs_);
     return count;
 }
 
-long Kernel::seek(int descriptor, std::int64_t offset, int whence) {
-    OpenFile* file = files_.find(descriptor);
-    const long error = enter("lseek", file->path());
-    return error != 0 ? error : file->seek(offset, whence);
+long Kernel::Seek(int descriptor, std::int64_t offset, int whence) {
+    OpenFile* file = files_.Find(descriptor);
+    const long error = Enter("lseek", file->Path());
+    return error != 0 ? error : file->Seek(offset, whence);
 }
 
-long Kernel::control(int descriptor, unsigned long request, void* argument) {
-    OpenFile* file = files_.find(descriptor);
-    if (const long error = enter("ioctl", file->path()); error != 0) {
+long Kernel::Control(int descriptor, unsigned long request, void* argument) {
+    OpenFile* file = files_.Find(descriptor);
+    if (const long error = Enter("ioctl", file->Path()); error != 0) {
         return error;
     }
-    timeline_.busy();
-    return file->control(request, argument);
+    timeline_.Busy();
+    return file->Control(request, argument);
 }
 
-bool Kernel::cardFilesOpen() const {
-    return files_.any([](const OpenFile& file) {
+bool Kernel::CardFilesOpen() const {
+    return files_.Any([](const OpenFile& file) {
         const auto* card = dynamic_cast<const CardFile*>(&file);
-        return card != nullptr && card->onCard();
+        return card != nullptr && card->OnCard();
     });
 }
 

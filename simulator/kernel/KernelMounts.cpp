@@ -11,153 +11,153 @@
 namespace sim {
 namespace {
 
-constexpr std::string_view mountPoint = "/mnt/sd-card";
-constexpr std::string_view partition = "/dev/mmcblk0p1";
+constexpr std::string_view kMountPoint = "/mnt/sd-card";
+constexpr std::string_view kPartition = "/dev/mmcblk0p1";
 
-std::string outcome(long error) {
-    return error == 0 ? "ok" : errnoName(static_cast<int>(-error));
+std::string Outcome(long error) {
+    return error == 0 ? "ok" : ErrnoName(static_cast<int>(-error));
 }
 
-void fill(struct stat64* result, unsigned mode) {
+void Fill(struct stat64* result, unsigned mode) {
     *result = {};
     result->st_mode = mode;
     result->st_nlink = 1;
 }
 
 /// Every file of a mounted card shows the permissions that the mount gave.
-void asOnVfat(struct stat64& status) {
+void AsOnVfat(struct stat64& status) {
     status.st_mode = (status.st_mode & S_IFMT) | 0755U;
 }
 
 } // namespace
 
-long Kernel::access(const char* path, int /*wanted*/) {
-    long error = enter("access", path);
+long Kernel::Access(const char* path, int /*wanted*/) {
+    long error = Enter("access", path);
     if (error == 0) {
         struct stat64 ignored {};
         if (std::string_view(path).substr(0, 5) == "/sys/") {
-            error = sysfs_.find(path).kind == SysfsNode::Kind::missing ? -ENOENT : 0;
+            error = sysfs_.Find(path).kind == SysfsNode::Kind::Missing ? -ENOENT : 0;
         } else {
-            error = hostStatus(path, &ignored);
+            error = HostStatus(path, &ignored);
         }
         if (error != 0) {
-            events_.add("access", path, errnoName(static_cast<int>(-error)));
+            events_.Add("access", path, ErrnoName(static_cast<int>(-error)));
         }
     }
     return error;
 }
 
-long Kernel::status(const char* path, bool followLinks, struct stat64* result) {
+long Kernel::Status(const char* path, bool followLinks, struct stat64* result) {
     const char* call = followLinks ? "stat" : "lstat";
-    if (const long error = enter(call, path); error != 0) {
+    if (const long error = Enter(call, path); error != 0) {
         return error;
     }
     if (std::string_view(path).substr(0, 5) != "/sys/") {
-        const long error = hostStatus(path, result);
-        events_.add(call, path, outcome(error));
+        const long error = HostStatus(path, result);
+        events_.Add(call, path, Outcome(error));
         return error;
     }
-    const SysfsNode node = sysfs_.find(path);
-    if (node.kind == SysfsNode::Kind::missing) {
-        events_.add(call, path, "ENOENT");
+    const SysfsNode node = sysfs_.Find(path);
+    if (node.kind == SysfsNode::Kind::Missing) {
+        events_.Add(call, path, "ENOENT");
         return -ENOENT;
     }
     const unsigned whole =
-        node.kind == SysfsNode::Kind::directory ? S_IFDIR | 0755U : S_IFREG | 0644U;
-    fill(result, node.link && !followLinks ? S_IFLNK | 0777U : whole);
-    events_.add(call, path, "ok");
+        node.kind == SysfsNode::Kind::Directory ? S_IFDIR | 0755U : S_IFREG | 0644U;
+    Fill(result, node.link && !followLinks ? S_IFLNK | 0777U : whole);
+    events_.Add(call, path, "ok");
     return 0;
 }
 
-long Kernel::hostStatus(const std::string& path, struct stat64* result) const {
-    if (sysfs_.taken(path)) {
+long Kernel::HostStatus(const std::string& path, struct stat64* result) const {
+    if (sysfs_.Taken(path)) {
         return -ENOENT;
     }
-    if (path == partition || path == "/dev/mmcblk0") {
-        fill(result, S_IFBLK | 0660U);
-        return board_.card.listed(board_.now()) ? 0 : -ENOENT;
+    if (path == kPartition || path == "/dev/mmcblk0") {
+        Fill(result, S_IFBLK | 0660U);
+        return board_.card.Listed(board_.Now()) ? 0 : -ENOENT;
     }
     if (path.substr(0, 5) == "/dev/") {
-        fill(result, S_IFCHR | 0600U);
+        Fill(result, S_IFCHR | 0600U);
         return boardPresent_ ? 0 : -ENOENT;
     }
     if (path == "/etc/mtab") {
-        fill(result, S_IFREG | 0444U);
+        Fill(result, S_IFREG | 0444U);
         return mountTableExists_ ? 0 : -ENOENT;
     }
-    if (real::stat(hostPath(path).c_str(), result) != 0) {
+    if (real::stat(HostPath(path).c_str(), result) != 0) {
         return -errno;
     }
-    if (board_.card.mounted()) {
-        asOnVfat(*result);
+    if (board_.card.Mounted()) {
+        AsOnVfat(*result);
     }
     return 0;
 }
 
-long Kernel::descriptorStatus(int descriptor, struct stat64* result) {
-    const OpenFile* file = files_.find(descriptor);
-    if (const long error = enter("fstat", file->path()); error != 0) {
+long Kernel::DescriptorStatus(int descriptor, struct stat64* result) {
+    const OpenFile* file = files_.Find(descriptor);
+    if (const long error = Enter("fstat", file->Path()); error != 0) {
         return error;
     }
-    if (file->hostDescriptor() < 0) {
-        fill(result, file->mode());
+    if (file->HostDescriptor() < 0) {
+        Fill(result, file->Mode());
         return 0;
     }
-    if (real::descriptorStatus(file->hostDescriptor(), result) != 0) {
+    if (real::DescriptorStatus(file->HostDescriptor(), result) != 0) {
         return -errno;
     }
-    if (static_cast<const CardFile*>(file)->onCard()) {
-        asOnVfat(*result);
+    if (static_cast<const CardFile*>(file)->OnCard()) {
+        AsOnVfat(*result);
     }
     return 0;
 }
 
-long Kernel::makeDirectory(const char* path, unsigned mode) {
-    long error = enter("mkdir", path);
+long Kernel::MakeDirectory(const char* path, unsigned mode) {
+    long error = Enter("mkdir", path);
     if (error != 0) {
         return error;
     }
-    if (!within(path, mountPoint)) {
+    if (!Within(path, kMountPoint)) {
         unmodelled(std::string("mkdir of ") + path);
     }
-    error = board_.card.mounted() ? -board_.card.createFile() : 0;
+    error = board_.card.Mounted() ? -board_.card.CreateFile() : 0;
     if (error == 0) {
-        error = real::mkdir(hostPath(path).c_str(), mode) == 0 ? 0 : -errno;
+        error = real::mkdir(HostPath(path).c_str(), mode) == 0 ? 0 : -errno;
     }
-    if (error == 0 && path == mountPoint) {
+    if (error == 0 && path == kMountPoint) {
         board_.card.mountPointExists = true;
     }
     char octal[8];
     std::snprintf(octal, sizeof octal, "%04o ", mode);
-    events_.add("mkdir", path, octal + outcome(error));
+    events_.Add("mkdir", path, octal + Outcome(error));
     return error;
 }
 
-long Kernel::mount(const char* source, const char* target, const char* type, unsigned long flags,
+long Kernel::Mount(const char* source, const char* target, const char* type, unsigned long flags,
                    const void* data) {
-    long error = enter("mount", target);
+    long error = Enter("mount", target);
     if (error != 0) {
         return error;
     }
-    error = -board_.card.mount(source, target, type);
-    events_.add("mount", target,
+    error = -board_.card.Mount(source, target, type);
+    events_.Add("mount", target,
                 std::string(source) + " " + type + " " + std::to_string(flags) + " " +
-                    EventLog::quoted(data != nullptr ? static_cast<const char*>(data) : "") + " " +
-                    outcome(error));
+                    EventLog::Quoted(data != nullptr ? static_cast<const char*>(data) : "") + " " +
+                    Outcome(error));
     return error;
 }
 
-long Kernel::unmount(const char* target) {
-    long error = enter("umount", target);
+long Kernel::Unmount(const char* target) {
+    long error = Enter("umount", target);
     if (error == 0) {
-        error = -board_.card.unmount(target, cardFilesOpen());
-        events_.add("umount", target, outcome(error));
+        error = -board_.card.Unmount(target, CardFilesOpen());
+        events_.Add("umount", target, Outcome(error));
     }
     return error;
 }
 
-long Kernel::fileSystemStatus(const char* path, struct statfs64* result) {
-    if (const long error = enter("statfs", path); error != 0) {
+long Kernel::FileSystemStatus(const char* path, struct statfs64* result) {
+    if (const long error = Enter("statfs", path); error != 0) {
         return error;
     }
     std::vector<FileSystem> known = fileSystems_;
@@ -165,8 +165,8 @@ long Kernel::fileSystemStatus(const char* path, struct statfs64* result) {
     known.push_back({"/proc", 4096, 0, 0, 0});
     known.push_back({"/sys", 4096, 0, 0, 0});
     known.push_back({"/run", 4096, 14'336, 14'300, 14'300});
-    if (board_.card.mounted()) {
-        known.push_back({std::string(mountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
+    if (board_.card.Mounted()) {
+        known.push_back({std::string(kMountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
     }
     for (const FileSystem& system : known) {
         if (system.directory == path) {
@@ -175,16 +175,16 @@ long Kernel::fileSystemStatus(const char* path, struct statfs64* result) {
             result->f_blocks = system.blocks;
             result->f_bfree = system.freeBlocks;
             result->f_bavail = system.availableBlocks;
-            events_.add("statfs", path, "ok");
+            events_.Add("statfs", path, "ok");
             return 0;
         }
     }
-    events_.add("statfs", path, "ENOENT");
+    events_.Add("statfs", path, "ENOENT");
     return -ENOENT;
 }
 
-std::string Kernel::mountTableText() const {
-    if (const std::string* replaced = sysfs_.replacement("/etc/mtab")) {
+std::string Kernel::MountTableText() const {
+    if (const std::string* replaced = sysfs_.Replacement("/etc/mtab")) {
         return *replaced;
     }
     std::string text = "ubi0:rootfs / ubifs rw,relatime 0 0\n"
@@ -194,15 +194,15 @@ std::string Kernel::mountTableText() const {
     for (const std::string& line : mountTable_) {
         text += line + "\n";
     }
-    if (board_.card.mounted()) {
+    if (board_.card.Mounted()) {
         text += "/dev/mmcblk0p1 /mnt/sd-card vfat rw,sync,relatime,fmask=0022,dmask=0022 0 0\n";
     }
     return text;
 }
 
-std::string Kernel::writeTools() const {
+std::string Kernel::WriteTools() const {
     std::string folder = root_ + "/bin";
-    const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + mountTableText() + "TABLE\n";
+    const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + MountTableText() + "TABLE\n";
     real::mkdir(folder.c_str(), 0755);
     const int file = real::open((folder + "/mount").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0755);
     if (file >= 0) {
@@ -212,29 +212,29 @@ std::string Kernel::writeTools() const {
     return folder;
 }
 
-FILE* Kernel::openMountTable(const char* path) {
-    const long fault = enter("setmntent", path);
-    if (fault != 0 || !mountTableExists_ || sysfs_.taken(path)) {
+FILE* Kernel::OpenMountTable(const char* path) {
+    const long fault = Enter("setmntent", path);
+    if (fault != 0 || !mountTableExists_ || sysfs_.Taken(path)) {
         errno = fault != 0 ? static_cast<int>(-fault) : ENOENT;
         if (fault == 0) {
-            events_.add("setmntent", path, "ENOENT");
+            events_.Add("setmntent", path, "ENOENT");
         }
         return nullptr;
     }
-    std::string text = mountTableText();
+    std::string text = MountTableText();
     FILE* table = fmemopen(nullptr, text.size() + 1, "w+");
     if (table != nullptr) {
         real::fwrite(text.data(), 1, text.size(), table);
         rewind(table);
-        events_.add("setmntent", path, board_.card.mounted() ? "card listed" : "card not listed");
+        events_.Add("setmntent", path, board_.card.Mounted() ? "card listed" : "card not listed");
         tables_.insert(table);
     }
     return table;
 }
 
-void Kernel::closeMountTable(FILE* table) {
+void Kernel::CloseMountTable(FILE* table) {
     if (tables_.erase(table) != 0) {
-        enter("endmntent", "/etc/mtab");
+        Enter("endmntent", "/etc/mtab");
     }
 }
 

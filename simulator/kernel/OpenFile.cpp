@@ -5,26 +5,26 @@
 
 namespace sim {
 
-bool OpenFile::readable() const {
+bool OpenFile::Readable() const {
     return (flags_ & O_ACCMODE) != O_WRONLY;
 }
-bool OpenFile::writable() const {
+bool OpenFile::Writable() const {
     return (flags_ & O_ACCMODE) != O_RDONLY;
 }
-bool OpenFile::synchronous() const {
+bool OpenFile::Synchronous() const {
     return (flags_ & O_SYNC) == O_SYNC;
 }
 
-long OpenFile::read(void* /*buffer*/, std::size_t /*size*/) {
+long OpenFile::Read(void* /*buffer*/, std::size_t /*size*/) {
     return -EINVAL;
 }
-long OpenFile::write(const void* /*data*/, std::size_t /*size*/) {
+long OpenFile::Write(const void* /*data*/, std::size_t /*size*/) {
     return -EINVAL;
 }
-long OpenFile::seek(std::int64_t /*offset*/, int /*whence*/) {
+long OpenFile::Seek(std::int64_t /*offset*/, int /*whence*/) {
     return -ESPIPE;
 }
-long OpenFile::control(unsigned long /*request*/, void* /*argument*/) {
+long OpenFile::Control(unsigned long /*request*/, void* /*argument*/) {
     return -ENOTTY;
 }
 

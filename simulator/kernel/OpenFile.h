@@ -17,23 +17,23 @@ class OpenFile {
     OpenFile& operator=(const OpenFile&) = delete;
     virtual ~OpenFile() = default;
 
-    const std::string& path() const { return path_; }
+    const std::string& Path() const { return path_; }
 
     /// The flags of the open that made it; they say what the descriptor may be used for.
-    void openedWith(int flags) { flags_ = flags; }
-    bool readable() const;
-    bool writable() const;
+    void OpenedWith(int flags) { flags_ = flags; }
+    bool Readable() const;
+    bool Writable() const;
     /// Opened for uncached, completed writes.
-    bool synchronous() const;
+    bool Synchronous() const;
 
-    virtual long read(void* buffer, std::size_t size);
-    virtual long write(const void* data, std::size_t size);
-    virtual long seek(std::int64_t offset, int whence);
-    virtual long control(unsigned long request, void* argument);
+    virtual long Read(void* buffer, std::size_t size);
+    virtual long Write(const void* data, std::size_t size);
+    virtual long Seek(std::int64_t offset, int whence);
+    virtual long Control(unsigned long request, void* argument);
     /// The descriptor of the file on this machine that it stands for; negative: none.
-    virtual int hostDescriptor() const { return -1; }
+    virtual int HostDescriptor() const { return -1; }
     /// Type and permissions as fstat tells them.
-    virtual unsigned mode() const { return S_IFREG | 0644U; }
+    virtual unsigned Mode() const { return S_IFREG | 0644U; }
 
   private:
     std::string path_;

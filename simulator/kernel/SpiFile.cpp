@@ -10,7 +10,7 @@
 namespace sim {
 namespace {
 
-std::string hex(std::span<const std::uint8_t> bytes) {
+std::string Hex(std::span<const std::uint8_t> bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
         char digits[4];
@@ -21,7 +21,7 @@ std::string hex(std::span<const std::uint8_t> bytes) {
 }
 
 /// Turns a buffer of words into wire order or back; the two are the same swap.
-void swapWords(std::span<std::uint8_t> bytes, unsigned bits) {
+void SwapWords(std::span<std::uint8_t> bytes, unsigned bits) {
     if (bits <= 8 || std::endian::native == std::endian::big) {
         return;
     }
@@ -30,7 +30,7 @@ void swapWords(std::span<std::uint8_t> bytes, unsigned bits) {
     }
 }
 
-std::vector<std::uint8_t> copyOf(const void* data, std::size_t size) {
+std::vector<std::uint8_t> CopyOf(const void* data, std::size_t size) {
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     return {bytes, bytes + size};
 }
@@ -39,53 +39,53 @@ std::vector<std::uint8_t> copyOf(const void* data, std::size_t size) {
 
 SpiFile::~SpiFile() {
     if (--settings_.opens == 0) {
-        settings_.speed = SpiSettings::defaultSpeed;
+        settings_.speed = SpiSettings::kDefaultSpeed;
     }
 }
 
-long SpiFile::checkLength(std::size_t size, unsigned bits) {
-    if (size > largestTransfer) {
+long SpiFile::CheckLength(std::size_t size, unsigned bits) {
+    if (size > kLargestTransfer) {
         return -EMSGSIZE;
     }
     return bits > 8 && size % 2 != 0 ? -EINVAL : 0;
 }
 
-long SpiFile::read(void* buffer, std::size_t size) {
-    if (const long error = checkLength(size, settings_.bitsPerWord); error != 0) {
-        events_.add("read", path(), errnoName(static_cast<int>(-error)));
+long SpiFile::Read(void* buffer, std::size_t size) {
+    if (const long error = CheckLength(size, settings_.bitsPerWord); error != 0) {
+        events_.Add("read", Path(), ErrnoName(static_cast<int>(-error)));
         return error;
     }
     std::vector<std::uint8_t> wire(size);
-    board_.converter.send(board_.now(), wire);
-    events_.add("read", path(), hex(wire));
-    swapWords(wire, settings_.bitsPerWord);
+    board_.converter.Send(board_.Now(), wire);
+    events_.Add("read", Path(), Hex(wire));
+    SwapWords(wire, settings_.bitsPerWord);
     std::memcpy(buffer, wire.data(), size);
     return static_cast<long>(size);
 }
 
-long SpiFile::write(const void* data, std::size_t size) {
-    if (const long error = checkLength(size, settings_.bitsPerWord); error != 0) {
-        events_.add("write", path(), errnoName(static_cast<int>(-error)));
+long SpiFile::Write(const void* data, std::size_t size) {
+    if (const long error = CheckLength(size, settings_.bitsPerWord); error != 0) {
+        events_.Add("write", Path(), ErrnoName(static_cast<int>(-error)));
         return error;
     }
-    std::vector<std::uint8_t> wire = copyOf(data, size);
-    swapWords(wire, settings_.bitsPerWord);
-    events_.add("write", path(), hex(wire));
-    board_.converter.receive(board_.now(), wire);
+    std::vector<std::uint8_t> wire = CopyOf(data, size);
+    SwapWords(wire, settings_.bitsPerWord);
+    events_.Add("write", Path(), Hex(wire));
+    board_.converter.Receive(board_.Now(), wire);
     return static_cast<long>(size);
 }
 
-long SpiFile::control(unsigned long request, void* argument) {
+long SpiFile::Control(unsigned long request, void* argument) {
     if (_IOC_TYPE(request) != SPI_IOC_MAGIC) {
         return -ENOTTY;
     }
     if (_IOC_NR(request) == _IOC_NR(SPI_IOC_MESSAGE(1)) && _IOC_DIR(request) == _IOC_WRITE) {
-        return message(_IOC_SIZE(request), static_cast<spi_ioc_transfer*>(argument));
+        return Message(_IOC_SIZE(request), static_cast<spi_ioc_transfer*>(argument));
     }
-    return setting(request, argument);
+    return Setting(request, argument);
 }
 
-long SpiFile::message(std::size_t recordBytes, spi_ioc_transfer* records) {
+long SpiFile::Message(std::size_t recordBytes, spi_ioc_transfer* records) {
     const std::size_t count = recordBytes / sizeof(spi_ioc_transfer);
     if (recordBytes % sizeof(spi_ioc_transfer) != 0) {
         return -EINVAL;
@@ -94,46 +94,46 @@ long SpiFile::message(std::size_t recordBytes, spi_ioc_transfer* records) {
     for (std::size_t i = 0; i < count; ++i) {
         const unsigned bits =
             records[i].bits_per_word != 0 ? records[i].bits_per_word : settings_.bitsPerWord;
-        rounded += (records[i].len + recordAlignment - 1) / recordAlignment * recordAlignment;
+        rounded += (records[i].len + kRecordAlignment - 1) / kRecordAlignment * kRecordAlignment;
         const long error =
-            rounded > largestTransfer ? -EMSGSIZE : checkLength(records[i].len, bits);
+            rounded > kLargestTransfer ? -EMSGSIZE : CheckLength(records[i].len, bits);
         if (error != 0) {
-            events_.add("ioctl", path(), "SPI_IOC_MESSAGE " + errnoName(static_cast<int>(-error)));
+            events_.Add("ioctl", Path(), "SPI_IOC_MESSAGE " + ErrnoName(static_cast<int>(-error)));
             return error;
         }
     }
     long moved = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        exchange(records[i]);
+        Exchange(records[i]);
         moved += static_cast<long>(records[i].len);
     }
     if (count == 0) {
-        events_.add("ioctl", path(), "SPI_IOC_MESSAGE of no records");
+        events_.Add("ioctl", Path(), "SPI_IOC_MESSAGE of no records");
     }
     return moved;
 }
 
-void SpiFile::exchange(const spi_ioc_transfer& record) {
+void SpiFile::Exchange(const spi_ioc_transfer& record) {
     const unsigned bits = record.bits_per_word != 0 ? record.bits_per_word : settings_.bitsPerWord;
     const auto* sent = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(record.tx_buf));
     auto* received = reinterpret_cast<void*>(static_cast<std::uintptr_t>(record.rx_buf));
     std::vector<std::uint8_t> out(record.len);
     if (sent != nullptr) {
-        out = copyOf(sent, record.len);
-        swapWords(out, bits);
+        out = CopyOf(sent, record.len);
+        SwapWords(out, bits);
     }
     std::vector<std::uint8_t> in(record.len);
-    board_.converter.send(board_.now(), in);
+    board_.converter.Send(board_.Now(), in);
     if (sent != nullptr) {
-        board_.converter.receive(board_.now(), out);
+        board_.converter.Receive(board_.Now(), out);
     }
-    events_.add("transfer", path(),
-                hex(out) + " -> " + hex(in) + " " + std::to_string(bits) + " bits " +
+    events_.Add("transfer", Path(),
+                Hex(out) + " -> " + Hex(in) + " " + std::to_string(bits) + " bits " +
                     std::to_string(record.speed_hz != 0 ? record.speed_hz : settings_.speed) +
                     " Hz" + (record.delay_usecs != 0 ? " delayed" : "") +
                     (record.cs_change != 0 ? " deselected" : ""));
     if (received != nullptr) {
-        swapWords(in, bits);
+        SwapWords(in, bits);
         std::memcpy(received, in.data(), in.size());
     }
 }

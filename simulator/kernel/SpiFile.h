@@ -14,8 +14,8 @@ namespace sim {
 struct SpiSettings {
     std::uint32_t mode = 0;
     std::uint8_t bitsPerWord = 8;
-    static constexpr std::uint32_t defaultSpeed = 1'000'000; ///< Hz
-    std::uint32_t speed = defaultSpeed; ///< a set speed is lost at the last close
+    static constexpr std::uint32_t kDefaultSpeed = 1'000'000; ///< Hz
+    std::uint32_t speed = kDefaultSpeed; ///< a set speed is lost at the last close
     unsigned opens = 0;
 };
 
@@ -23,9 +23,9 @@ struct SpiSettings {
 /// machine's own byte order, and the wire carries each most significant byte first.
 class SpiFile : public OpenFile {
   public:
-    static constexpr std::size_t largestTransfer = 4096; ///< spidev's bufsiz
+    static constexpr std::size_t kLargestTransfer = 4096; ///< spidev's bufsiz
     /// The kernel rounds every record of a message up to this before it adds them up (32-bit ARM).
-    static constexpr std::size_t recordAlignment = 64;
+    static constexpr std::size_t kRecordAlignment = 64;
 
     SpiFile(std::string path, Board& board, SpiSettings& settings, EventLog& events)
         : OpenFile(std::move(path)), board_(board), settings_(settings), events_(events) {
@@ -35,23 +35,23 @@ class SpiFile : public OpenFile {
     SpiFile& operator=(const SpiFile&) = delete;
     ~SpiFile() override;
 
-    long read(void* buffer, std::size_t size) override;
-    long write(const void* data, std::size_t size) override;
-    long control(unsigned long request, void* argument) override;
-    unsigned mode() const override { return S_IFCHR | 0600U; }
+    long Read(void* buffer, std::size_t size) override;
+    long Write(const void* data, std::size_t size) override;
+    long Control(unsigned long request, void* argument) override;
+    unsigned Mode() const override { return S_IFCHR | 0600U; }
 
   private:
-    long message(std::size_t recordBytes, spi_ioc_transfer* records);
-    void exchange(const spi_ioc_transfer& record);
-    long setting(unsigned long request, void* argument);
+    long Message(std::size_t recordBytes, spi_ioc_transfer* records);
+    void Exchange(const spi_ioc_transfer& record);
+    long Setting(unsigned long request, void* argument);
     template <typename Number>
-    long tell(const char* name, std::uint32_t value, void* argument);
+    long Tell(const char* name, std::uint32_t value, void* argument);
     /// Logs a set request, and gives its result.
-    long asked(const char* name, std::uint32_t value, bool accepted);
-    long setMode(const char* name, std::uint32_t mode);
-    long setBits(std::uint8_t bits);
-    long setSpeed(std::uint32_t speed);
-    static long checkLength(std::size_t size, unsigned bits);
+    long Asked(const char* name, std::uint32_t value, bool accepted);
+    long SetMode(const char* name, std::uint32_t mode);
+    long SetBits(std::uint8_t bits);
+    long SetSpeed(std::uint32_t speed);
+    static long CheckLength(std::size_t size, unsigned bits);
 
     Board& board_;
     SpiSettings& settings_;

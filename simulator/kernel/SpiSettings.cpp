@@ -6,71 +6,71 @@ namespace sim {
 namespace {
 
 /// What the controller can do; the kernel refuses every other mode bit.
-constexpr std::uint32_t controllerModes = SPI_CPHA | SPI_CPOL | SPI_CS_HIGH;
+constexpr std::uint32_t kControllerModes = SPI_CPHA | SPI_CPOL | SPI_CS_HIGH;
 
 } // namespace
 
-long SpiFile::setting(unsigned long request, void* argument) {
+long SpiFile::Setting(unsigned long request, void* argument) {
     const auto byte = [argument] { return *static_cast<const std::uint8_t*>(argument); };
     const auto word = [argument] { return *static_cast<const std::uint32_t*>(argument); };
     switch (request) {
     case SPI_IOC_WR_MODE:
-        return setMode("SPI_IOC_WR_MODE", byte());
+        return SetMode("SPI_IOC_WR_MODE", byte());
     case SPI_IOC_WR_MODE32:
-        return setMode("SPI_IOC_WR_MODE32", word());
+        return SetMode("SPI_IOC_WR_MODE32", word());
     case SPI_IOC_WR_LSB_FIRST:
-        return asked("SPI_IOC_WR_LSB_FIRST", byte(), byte() == 0);
+        return Asked("SPI_IOC_WR_LSB_FIRST", byte(), byte() == 0);
     case SPI_IOC_WR_BITS_PER_WORD:
-        return setBits(byte());
+        return SetBits(byte());
     case SPI_IOC_WR_MAX_SPEED_HZ:
-        return setSpeed(word());
+        return SetSpeed(word());
     case SPI_IOC_RD_MODE:
-        return tell<std::uint8_t>("SPI_IOC_RD_MODE", settings_.mode, argument);
+        return Tell<std::uint8_t>("SPI_IOC_RD_MODE", settings_.mode, argument);
     case SPI_IOC_RD_MODE32:
-        return tell<std::uint32_t>("SPI_IOC_RD_MODE32", settings_.mode, argument);
+        return Tell<std::uint32_t>("SPI_IOC_RD_MODE32", settings_.mode, argument);
     case SPI_IOC_RD_LSB_FIRST:
-        return tell<std::uint8_t>("SPI_IOC_RD_LSB_FIRST", 0, argument);
+        return Tell<std::uint8_t>("SPI_IOC_RD_LSB_FIRST", 0, argument);
     case SPI_IOC_RD_BITS_PER_WORD:
-        return tell<std::uint8_t>("SPI_IOC_RD_BITS_PER_WORD", settings_.bitsPerWord, argument);
+        return Tell<std::uint8_t>("SPI_IOC_RD_BITS_PER_WORD", settings_.bitsPerWord, argument);
     case SPI_IOC_RD_MAX_SPEED_HZ:
-        return tell<std::uint32_t>("SPI_IOC_RD_MAX_SPEED_HZ", settings_.speed, argument);
+        return Tell<std::uint32_t>("SPI_IOC_RD_MAX_SPEED_HZ", settings_.speed, argument);
     default:
         return -ENOTTY;
     }
 }
 
 template <typename Number>
-long SpiFile::tell(const char* name, std::uint32_t value, void* argument) {
+long SpiFile::Tell(const char* name, std::uint32_t value, void* argument) {
     *static_cast<Number*>(argument) = static_cast<Number>(value);
-    events_.add("ioctl", path(), std::string(name) + " " + std::to_string(value));
+    events_.Add("ioctl", Path(), std::string(name) + " " + std::to_string(value));
     return 0;
 }
 
-long SpiFile::asked(const char* name, std::uint32_t value, bool accepted) {
-    events_.add("ioctl", path(),
+long SpiFile::Asked(const char* name, std::uint32_t value, bool accepted) {
+    events_.Add("ioctl", Path(),
                 std::string(name) + " " + std::to_string(value) + (accepted ? "" : " EINVAL"));
     return accepted ? 0 : -EINVAL;
 }
 
-long SpiFile::setMode(const char* name, std::uint32_t mode) {
-    const long error = asked(name, mode, (mode & ~controllerModes) == 0);
+long SpiFile::SetMode(const char* name, std::uint32_t mode) {
+    const long error = Asked(name, mode, (mode & ~kControllerModes) == 0);
     if (error == 0) {
         settings_.mode = mode;
     }
     return error;
 }
 
-long SpiFile::setBits(std::uint8_t bits) {
+long SpiFile::SetBits(std::uint8_t bits) {
     const unsigned wanted = bits == 0 ? 8 : bits;
-    const long error = asked("SPI_IOC_WR_BITS_PER_WORD", bits, wanted == 8 || wanted == 16);
+    const long error = Asked("SPI_IOC_WR_BITS_PER_WORD", bits, wanted == 8 || wanted == 16);
     if (error == 0) {
         settings_.bitsPerWord = static_cast<std::uint8_t>(wanted);
     }
     return error;
 }
 
-long SpiFile::setSpeed(std::uint32_t speed) {
-    const long error = asked("SPI_IOC_WR_MAX_SPEED_HZ", speed, speed != 0);
+long SpiFile::SetSpeed(std::uint32_t speed) {
+    const long error = Asked("SPI_IOC_WR_MAX_SPEED_HZ", speed, speed != 0);
     if (error == 0) {
         settings_.speed = speed;
     }

@@ -5,27 +5,27 @@
 namespace sim {
 namespace {
 
-constexpr std::string_view gpioRoot = "/sys/class/gpio";
-constexpr std::string_view pwmRoot = "/sys/class/pwm/pwmchip0";
-constexpr std::string_view converterRoot = "/sys/bus/iio/devices/iio:device0";
-constexpr std::string_view cardRoot = "/sys/block/mmcblk0";
+constexpr std::string_view kGpioRoot = "/sys/class/gpio";
+constexpr std::string_view kPwmRoot = "/sys/class/pwm/pwmchip0";
+constexpr std::string_view kConverterRoot = "/sys/bus/iio/devices/iio:device0";
+constexpr std::string_view kCardRoot = "/sys/block/mmcblk0";
 
-SysfsNode directory(bool link = false) {
+SysfsNode Directory(bool link = false) {
     SysfsNode node;
-    node.kind = SysfsNode::Kind::directory;
+    node.kind = SysfsNode::Kind::Directory;
     node.link = link;
     return node;
 }
 
-SysfsNode missing(bool parentExists) {
+SysfsNode Missing(bool parentExists) {
     SysfsNode node;
     node.parentExists = parentExists;
     return node;
 }
 
-SysfsNode attribute(std::function<std::string()> show, std::function<int(std::string_view)> store) {
+SysfsNode Attribute(std::function<std::string()> show, std::function<int(std::string_view)> store) {
     SysfsNode node;
-    node.kind = SysfsNode::Kind::attribute;
+    node.kind = SysfsNode::Kind::Attribute;
     node.show = std::move(show);
     node.store = std::move(store);
     return node;
@@ -33,7 +33,7 @@ SysfsNode attribute(std::function<std::string()> show, std::function<int(std::st
 
 /// What follows a folder's name in a path: empty for the folder itself, nothing for a path
 /// elsewhere.
-std::optional<std::string_view> below(std::string_view path, std::string_view root) {
+std::optional<std::string_view> Below(std::string_view path, std::string_view root) {
     if (path.substr(0, root.size()) != root) {
         return std::nullopt;
     }
@@ -48,7 +48,7 @@ std::optional<std::string_view> below(std::string_view path, std::string_view ro
     return path;
 }
 
-std::pair<std::string_view, std::string_view> splitAtSlash(std::string_view path) {
+std::pair<std::string_view, std::string_view> SplitAtSlash(std::string_view path) {
     const std::size_t slash = path.find('/');
     if (slash == std::string_view::npos) {
         return {path, {}};
@@ -58,160 +58,160 @@ std::pair<std::string_view, std::string_view> splitAtSlash(std::string_view path
 
 } // namespace
 
-SysfsNode SysfsTree::find(std::string_view path) const {
-    SysfsNode node = lookUp(path);
-    if (taken(path)) {
-        const bool parentTaken = taken(path.substr(0, path.rfind('/')));
-        return missing(!parentTaken &&
-                       (node.parentExists || node.kind != SysfsNode::Kind::missing));
+SysfsNode SysfsTree::Find(std::string_view path) const {
+    SysfsNode node = LookUp(path);
+    if (Taken(path)) {
+        const bool parentTaken = Taken(path.substr(0, path.rfind('/')));
+        return Missing(!parentTaken &&
+                       (node.parentExists || node.kind != SysfsNode::Kind::Missing));
     }
     if (replaced_.empty()) {
         return node;
     }
     if (const auto found = replaced_.find(std::string(path)); found != replaced_.end()) {
-        node.kind = SysfsNode::Kind::attribute;
+        node.kind = SysfsNode::Kind::Attribute;
         node.show = [text = found->second] { return text; };
     }
     return node;
 }
 
-bool SysfsTree::taken(std::string_view path) const {
+bool SysfsTree::Taken(std::string_view path) const {
     return std::any_of(missing_.begin(), missing_.end(),
-                       [&](const std::string& folder) { return below(path, folder).has_value(); });
+                       [&](const std::string& folder) { return Below(path, folder).has_value(); });
 }
 
-SysfsNode SysfsTree::lookUp(std::string_view path) const {
+SysfsNode SysfsTree::LookUp(std::string_view path) const {
     if (!present_) {
-        return missing(false);
+        return Missing(false);
     }
     if (path.size() > 1 && path.back() == '/') {
         path.remove_suffix(1);
     }
-    if (const auto rest = below(path, gpioRoot)) {
-        return gpio(*rest);
+    if (const auto rest = Below(path, kGpioRoot)) {
+        return Gpio(*rest);
     }
-    if (const auto rest = below(path, pwmRoot)) {
-        return pwm(*rest);
+    if (const auto rest = Below(path, kPwmRoot)) {
+        return Pwm(*rest);
     }
-    if (const auto rest = below(path, converterRoot)) {
-        return converter(*rest);
+    if (const auto rest = Below(path, kConverterRoot)) {
+        return Converter(*rest);
     }
-    if (const auto rest = below(path, cardRoot)) {
-        if (!board_.card.listed(board_.now())) {
-            return missing(rest->empty());
+    if (const auto rest = Below(path, kCardRoot)) {
+        if (!board_.card.Listed(board_.Now())) {
+            return Missing(rest->empty());
         }
-        return rest->empty() ? directory(true) : missing(true);
+        return rest->empty() ? Directory(true) : Missing(true);
     }
-    return missing(false);
+    return Missing(false);
 }
 
-SysfsNode SysfsTree::gpio(std::string_view rest) const {
+SysfsNode SysfsTree::Gpio(std::string_view rest) const {
     if (rest.empty()) {
-        return directory();
+        return Directory();
     }
     if (rest == "export") {
-        return attribute({},
-                         [this](std::string_view text) { return board_.lines.exportLine(text); });
+        return Attribute({},
+                         [this](std::string_view text) { return board_.lines.ExportLine(text); });
     }
     if (rest == "unexport") {
-        return attribute({},
-                         [this](std::string_view text) { return board_.lines.unexportLine(text); });
+        return Attribute({},
+                         [this](std::string_view text) { return board_.lines.UnexportLine(text); });
     }
-    const auto [folder, name] = splitAtSlash(rest);
+    const auto [folder, name] = SplitAtSlash(rest);
     const auto line =
-        folder.substr(0, 3) == "pio" ? Lines::number(folder.substr(3)) : std::optional<unsigned>{};
-    if (!line || !board_.lines.at(*line).exported) {
-        return missing(name.empty());
+        folder.substr(0, 3) == "pio" ? Lines::Number(folder.substr(3)) : std::optional<unsigned>{};
+    if (!line || !board_.lines.At(*line).exported) {
+        return Missing(name.empty());
     }
-    SysfsNode node = name.empty() ? directory(true) : gpioAttribute(*line, name);
-    node.instance = board_.lines.at(*line).exports;
+    SysfsNode node = name.empty() ? Directory(true) : GpioAttribute(*line, name);
+    node.instance = board_.lines.At(*line).exports;
     return node;
 }
 
-SysfsNode SysfsTree::gpioAttribute(unsigned line, std::string_view name) const {
+SysfsNode SysfsTree::GpioAttribute(unsigned line, std::string_view name) const {
     Lines& lines = board_.lines;
     if (name == "direction") {
-        return attribute(
-            [&lines, line] { return lines.directionText(line); },
-            [&lines, line](std::string_view text) { return lines.setDirection(line, text); });
+        return Attribute(
+            [&lines, line] { return lines.DirectionText(line); },
+            [&lines, line](std::string_view text) { return lines.SetDirection(line, text); });
     }
     if (name == "edge") {
-        return attribute(
-            [&lines, line] { return lines.edgeText(line); },
-            [&lines, line](std::string_view text) { return lines.setEdge(line, text); });
+        return Attribute(
+            [&lines, line] { return lines.EdgeText(line); },
+            [&lines, line](std::string_view text) { return lines.SetEdge(line, text); });
     }
     if (name == "value") {
         SysfsNode node =
-            attribute([&lines, line] { return lines.valueText(line); },
-                      [&lines, line](std::string_view text) { return lines.setValue(line, text); });
+            Attribute([&lines, line] { return lines.ValueText(line); },
+                      [&lines, line](std::string_view text) { return lines.SetValue(line, text); });
         node.line = line;
         return node;
     }
-    return missing(true);
+    return Missing(true);
 }
 
-SysfsNode SysfsTree::pwm(std::string_view rest) const {
+SysfsNode SysfsTree::Pwm(std::string_view rest) const {
     if (rest.empty()) {
-        return directory(true);
+        return Directory(true);
     }
     if (rest == "npwm") {
-        return attribute([] { return std::to_string(PwmChip::count) + "\n"; }, {});
+        return Attribute([] { return std::to_string(PwmChip::kCount) + "\n"; }, {});
     }
     if (rest == "export") {
-        return attribute({},
-                         [this](std::string_view text) { return board_.pwm.exportChannel(text); });
+        return Attribute({},
+                         [this](std::string_view text) { return board_.pwm.ExportChannel(text); });
     }
     if (rest == "unexport") {
-        return attribute(
-            {}, [this](std::string_view text) { return board_.pwm.unexportChannel(text); });
+        return Attribute(
+            {}, [this](std::string_view text) { return board_.pwm.UnexportChannel(text); });
     }
-    const auto [folder, name] = splitAtSlash(rest);
+    const auto [folder, name] = SplitAtSlash(rest);
     const bool proper = folder.size() == 4 && folder.substr(0, 3) == "pwm" && folder[3] >= '0' &&
-                        folder[3] < static_cast<char>('0' + PwmChip::count);
+                        folder[3] < static_cast<char>('0' + PwmChip::kCount);
     const unsigned channel = proper ? static_cast<unsigned>(folder[3] - '0') : 0;
-    if (!proper || !board_.pwm.at(channel).exported) {
-        return missing(name.empty());
+    if (!proper || !board_.pwm.At(channel).exported) {
+        return Missing(name.empty());
     }
-    SysfsNode node = name.empty() ? directory() : pwmAttribute(channel, name);
-    node.instance = board_.pwm.at(channel).exports;
+    SysfsNode node = name.empty() ? Directory() : PwmAttribute(channel, name);
+    node.instance = board_.pwm.At(channel).exports;
     return node;
 }
 
-SysfsNode SysfsTree::pwmAttribute(unsigned channel, std::string_view name) const {
+SysfsNode SysfsTree::PwmAttribute(unsigned channel, std::string_view name) const {
     PwmChip& chip = board_.pwm;
     if (name == "period") {
-        return attribute(
-            [&chip, channel] { return std::to_string(chip.at(channel).period) + "\n"; },
-            [&chip, channel](std::string_view text) { return chip.setPeriod(channel, text); });
+        return Attribute(
+            [&chip, channel] { return std::to_string(chip.At(channel).period) + "\n"; },
+            [&chip, channel](std::string_view text) { return chip.SetPeriod(channel, text); });
     }
     if (name == "duty_cycle") {
-        return attribute(
-            [&chip, channel] { return std::to_string(chip.at(channel).duty) + "\n"; },
-            [&chip, channel](std::string_view text) { return chip.setDuty(channel, text); });
+        return Attribute(
+            [&chip, channel] { return std::to_string(chip.At(channel).duty) + "\n"; },
+            [&chip, channel](std::string_view text) { return chip.SetDuty(channel, text); });
     }
     if (name == "enable") {
-        return attribute(
-            [&chip, channel] { return std::string(chip.at(channel).enabled ? "1\n" : "0\n"); },
-            [&chip, channel](std::string_view text) { return chip.setEnable(channel, text); });
+        return Attribute(
+            [&chip, channel] { return std::string(chip.At(channel).enabled ? "1\n" : "0\n"); },
+            [&chip, channel](std::string_view text) { return chip.SetEnable(channel, text); });
     }
-    return missing(true);
+    return Missing(true);
 }
 
-SysfsNode SysfsTree::converter(std::string_view rest) const {
+SysfsNode SysfsTree::Converter(std::string_view rest) const {
     const AnalogFrontEnd& analog = board_.analog;
     if (rest.empty()) {
-        return directory(true);
+        return Directory(true);
     }
     if (rest == "in_voltage_scale") {
-        return attribute([&analog] { return analog.scale + "\n"; }, {});
+        return Attribute([&analog] { return analog.scale + "\n"; }, {});
     }
-    for (int input = 0; input < AnalogFrontEnd::inputs; ++input) {
+    for (int input = 0; input < AnalogFrontEnd::kInputs; ++input) {
         if (rest == "in_voltage" + std::to_string(input) + "_raw") {
-            return attribute(
-                [&analog, input] { return std::to_string(analog.rawCount(input)) + "\n"; }, {});
+            return Attribute(
+                [&analog, input] { return std::to_string(analog.RawCount(input)) + "\n"; }, {});
         }
     }
-    return missing(true);
+    return Missing(true);
 }
 
 } // namespace sim

@@ -14,9 +14,9 @@ namespace sim {
 
 /// What stands at a path of the kernel's attribute tree.
 struct SysfsNode {
-    enum class Kind { missing, directory, attribute };
+    enum class Kind { Missing, Directory, Attribute };
 
-    Kind kind = Kind::missing;
+    Kind kind = Kind::Missing;
     bool parentExists = false;         ///< for a missing one: EACCES instead of ENOENT on creation
     bool link = false;                 ///< a directory that is reached through a symbolic link
     std::function<std::string()> show; ///< empty: cannot be opened for reading
@@ -33,31 +33,31 @@ class SysfsTree {
         : board_(board), present_(scenario.boardPresent), replaced_(scenario.attributes),
           missing_(scenario.missing) {}
 
-    SysfsNode find(std::string_view path) const;
+    SysfsNode Find(std::string_view path) const;
 
     /// Reading the attribute gives this text from now on.
-    void replace(const std::string& path, const std::string& text) { replaced_[path] = text; }
+    void Replace(const std::string& path, const std::string& text) { replaced_[path] = text; }
     /// The text that was put in place of the path's own; null when there is none.
-    const std::string* replacement(const std::string& path) const {
+    const std::string* Replacement(const std::string& path) const {
         const auto found = replaced_.find(path);
         return found != replaced_.end() ? &found->second : nullptr;
     }
     /// The path is gone from now on, whatever the board has.
-    void take(const std::string& path) { missing_.insert(path); }
-    void giveBack(const std::string& path) {
+    void Take(const std::string& path) { missing_.insert(path); }
+    void GiveBack(const std::string& path) {
         missing_.erase(path);
         replaced_.erase(path);
     }
     /// True for a path that was taken, and for all below it.
-    bool taken(std::string_view path) const;
+    bool Taken(std::string_view path) const;
 
   private:
-    SysfsNode lookUp(std::string_view path) const;
-    SysfsNode gpio(std::string_view rest) const;
-    SysfsNode gpioAttribute(unsigned line, std::string_view name) const;
-    SysfsNode pwm(std::string_view rest) const;
-    SysfsNode pwmAttribute(unsigned channel, std::string_view name) const;
-    SysfsNode converter(std::string_view rest) const;
+    SysfsNode LookUp(std::string_view path) const;
+    SysfsNode Gpio(std::string_view rest) const;
+    SysfsNode GpioAttribute(unsigned line, std::string_view name) const;
+    SysfsNode Pwm(std::string_view rest) const;
+    SysfsNode PwmAttribute(unsigned channel, std::string_view name) const;
+    SysfsNode Converter(std::string_view rest) const;
 
     Board& board_;
     bool present_;

@@ -16,19 +16,19 @@ class TextFile : public OpenFile {
     TextFile(std::string path, SysfsNode node, const SysfsTree& tree, EventLog& events)
         : OpenFile(std::move(path)), node_(std::move(node)), tree_(tree), events_(events) {}
 
-    long read(void* buffer, std::size_t size) override;
-    long write(const void* data, std::size_t size) override;
-    long seek(std::int64_t offset, int whence) override;
+    long Read(void* buffer, std::size_t size) override;
+    long Write(const void* data, std::size_t size) override;
+    long Seek(std::int64_t offset, int whence) override;
 
     /// The line whose level the attribute is, if it is one's.
-    std::optional<unsigned> line() const { return node_.line; }
+    std::optional<unsigned> Line() const { return node_.line; }
     /// The next read makes the text anew.
-    bool atStart() const { return offset_ == 0; }
+    bool AtStart() const { return offset_ == 0; }
     /// True once what it belongs to was given back, whether or not it was exported again since.
-    bool gone() const;
+    bool Gone() const;
     /// How many edges of its line had come when it was last read; none before the first read.
-    unsigned seenEdges() const { return seenEdges_; }
-    void sawEdges(unsigned edges) { seenEdges_ = edges; }
+    unsigned SeenEdges() const { return seenEdges_; }
+    void SawEdges(unsigned edges) { seenEdges_ = edges; }
 
   private:
     SysfsNode node_;
@@ -44,8 +44,8 @@ class TextFile : public OpenFile {
 class DirectoryFile : public OpenFile {
   public:
     using OpenFile::OpenFile;
-    long read(void* buffer, std::size_t size) override;
-    unsigned mode() const override { return S_IFDIR | 0755U; }
+    long Read(void* buffer, std::size_t size) override;
+    unsigned Mode() const override { return S_IFDIR | 0755U; }
 };
 
 } // namespace sim

@@ -14,9 +14,9 @@
 namespace sim {
 namespace {
 
-constexpr long tickNanoseconds = 200'000'000;
+constexpr long kTickNanoseconds = 200'000'000;
 
-sigset_t awaitedSignals() {
+sigset_t AwaitedSignals() {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGCHLD);
@@ -27,7 +27,7 @@ sigset_t awaitedSignals() {
 
 /// Only one of the program's threads runs at a time: on one processor they hand over some twice as
 /// fast.
-void stayOnThisProcessor() {
+void StayOnThisProcessor() {
     const int processor = sched_getcpu();
     cpu_set_t set;
     CPU_ZERO(&set);
@@ -38,9 +38,9 @@ void stayOnThisProcessor() {
 }
 
 /// Runs in the child; tells the parent through the pipe why it could not begin.
-[[noreturn]] void become(const ChildCommand& command, const sigset_t& oldMask, int failurePipe) {
+[[noreturn]] void Become(const ChildCommand& command, const sigset_t& oldMask, int failurePipe) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    stayOnThisProcessor();
+    StayOnThisProcessor();
     sigprocmask(SIG_SETMASK, &oldMask, nullptr);
     for (const auto& [name, value] : command.environment) {
         setenv(name.c_str(), value.c_str(), 1);
@@ -58,35 +58,35 @@ void stayOnThisProcessor() {
     _exit(127);
 }
 
-ChildEnd fromStatus(int status) {
+ChildEnd FromStatus(int status) {
     if (WIFSIGNALED(status)) {
-        return {ChildEnd::Kind::signalled, WTERMSIG(status)};
+        return {ChildEnd::Kind::Signalled, WTERMSIG(status)};
     }
-    return {ChildEnd::Kind::exited, WEXITSTATUS(status)};
+    return {ChildEnd::Kind::Exited, WEXITSTATUS(status)};
 }
 
-ChildEnd killAndReap(pid_t child, ChildEnd::Kind kind, int value) {
+ChildEnd KillAndReap(pid_t child, ChildEnd::Kind kind, int value) {
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     return {kind, value};
 }
 
-ChildEnd await(pid_t child, double limit, const std::function<void()>& onTick) {
+ChildEnd Await(pid_t child, double limit, const std::function<void()>& onTick) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
-    const sigset_t awaited = awaitedSignals();
+    const sigset_t awaited = AwaitedSignals();
     for (;;) {
         int status = 0;
         if (waitpid(child, &status, WNOHANG) == child) {
-            return fromStatus(status);
+            return FromStatus(status);
         }
         if (limit > 0.0 && std::chrono::duration<double>(Clock::now() - start).count() > limit) {
-            return killAndReap(child, ChildEnd::Kind::timedOut, 0);
+            return KillAndReap(child, ChildEnd::Kind::TimedOut, 0);
         }
-        const timespec tick{0, tickNanoseconds};
+        const timespec tick{0, kTickNanoseconds};
         const int signal = sigtimedwait(&awaited, nullptr, &tick);
         if (signal == SIGINT || signal == SIGTERM) {
-            return killAndReap(child, ChildEnd::Kind::interrupted, signal);
+            return KillAndReap(child, ChildEnd::Kind::Interrupted, signal);
         }
         onTick();
     }
@@ -94,20 +94,20 @@ ChildEnd await(pid_t child, double limit, const std::function<void()>& onTick) {
 
 } // namespace
 
-ChildEnd runChild(const ChildCommand& command, const std::function<void()>& onTick) {
-    const sigset_t awaited = awaitedSignals();
+ChildEnd RunChild(const ChildCommand& command, const std::function<void()>& onTick) {
+    const sigset_t awaited = AwaitedSignals();
     sigset_t oldMask;
     sigprocmask(SIG_BLOCK, &awaited, &oldMask);
     int failure[2] = {-1, -1};
     if (pipe2(failure, O_CLOEXEC) != 0) {
-        return {ChildEnd::Kind::notStarted, errno};
+        return {ChildEnd::Kind::NotStarted, errno};
     }
     const pid_t child = fork();
     if (child < 0) {
-        return {ChildEnd::Kind::notStarted, errno};
+        return {ChildEnd::Kind::NotStarted, errno};
     }
     if (child == 0) {
-        become(command, oldMask, failure[1]);
+        Become(command, oldMask, failure[1]);
     }
     close(failure[1]);
     int error = 0;
@@ -115,9 +115,9 @@ ChildEnd runChild(const ChildCommand& command, const std::function<void()>& onTi
     close(failure[0]);
     if (failed) {
         waitpid(child, nullptr, 0);
-        return {ChildEnd::Kind::notStarted, error};
+        return {ChildEnd::Kind::NotStarted, error};
     }
-    return await(child, command.realTimeLimit, onTick);
+    return Await(child, command.realTimeLimit, onTick);
 }
 
 } // namespace sim

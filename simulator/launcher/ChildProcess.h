@@ -9,9 +9,9 @@ namespace sim {
 
 /// How the program's process ended.
 struct ChildEnd {
-    enum class Kind { exited, signalled, timedOut, interrupted, notStarted };
+    enum class Kind { Exited, Signalled, TimedOut, Interrupted, NotStarted };
 
-    Kind kind = Kind::exited;
+    Kind kind = Kind::Exited;
     int value = 0; ///< exit status, signal or errno
 };
 
@@ -25,6 +25,6 @@ struct ChildCommand {
 
 /// Starts the program on one processor, waits for its end and calls onTick some times a second
 /// meanwhile. A program that outlives its limit, or the launcher, is killed.
-ChildEnd runChild(const ChildCommand& command, const std::function<void()>& onTick);
+ChildEnd RunChild(const ChildCommand& command, const std::function<void()>& onTick);
 
 } // namespace sim

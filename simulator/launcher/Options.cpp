@@ -22,12 +22,12 @@ struct RawOptions {
     double realTime = -1.0;
 };
 
-constexpr std::uint64_t mostCount = 1'000'000'000;
-constexpr double leastPace = 1e-6;
-constexpr double mostPace = 1e9;
+constexpr std::uint64_t kMostCount = 1'000'000'000;
+constexpr double kLeastPace = 1e-6;
+constexpr double kMostPace = 1e9;
 
 template <typename Number>
-std::optional<Number> numberOf(const std::string& text) {
+std::optional<Number> NumberOf(const std::string& text) {
     Number number{};
     const char* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, number);
@@ -35,65 +35,65 @@ std::optional<Number> numberOf(const std::string& text) {
                                                          : std::nullopt;
 }
 
-std::optional<double> paceOf(const std::string& text) {
+std::optional<double> PaceOf(const std::string& text) {
     if (text == "max") {
         return 0.0;
     }
     if (text == "real") {
         return 1.0;
     }
-    const auto factor = numberOf<double>(text);
-    return factor && *factor >= leastPace && *factor <= mostPace ? factor : std::nullopt;
+    const auto factor = NumberOf<double>(text);
+    return factor && *factor >= kLeastPace && *factor <= kMostPace ? factor : std::nullopt;
 }
 
-std::string instead(const std::string& wanted, const std::string& text) {
+std::string Instead(const std::string& wanted, const std::string& text) {
     return "takes " + wanted + ", not '" + text + "'";
 }
 
 /// Checks of a value: each gives what would do instead, or nothing when the value is right.
 using Check = std::function<std::string(const std::string&)>;
 
-Check wholeNumber(std::uint64_t least, std::uint64_t most) {
+Check WholeNumber(std::uint64_t least, std::uint64_t most) {
     return [=](const std::string& text) {
-        const auto number = numberOf<std::uint64_t>(text);
+        const auto number = NumberOf<std::uint64_t>(text);
         return number && *number >= least && *number <= most
                    ? std::string()
-                   : instead("a whole number from " + std::to_string(least) + " to " +
+                   : Instead("a whole number from " + std::to_string(least) + " to " +
                                  std::to_string(most),
                              text);
     };
 }
 
 /// least: the shortest span, as a text too.
-Check spanOfSeconds(double least, const std::string& shown) {
+Check SpanOfSeconds(double least, const std::string& shown) {
     return [=](const std::string& text) {
         constexpr double most = 9e9;
-        const auto number = numberOf<double>(text);
+        const auto number = NumberOf<double>(text);
         return number && *number >= least && *number <= most
                    ? std::string()
-                   : instead("seconds from " + shown + " to 9000000000", text);
+                   : Instead("seconds from " + shown + " to 9000000000", text);
     };
 }
 
-std::string checkPace(const std::string& text) {
-    return paceOf(text) ? "" : instead("max, real or a factor from 0.000001 to 1000000000", text);
+std::string CheckPace(const std::string& text) {
+    return PaceOf(text) ? "" : Instead("max, real or a factor from 0.000001 to 1000000000", text);
 }
 
-std::string checkStart(const std::string& text) {
-    return WallClock::parse(text) ? "" : instead("a time such as \"2026-03-07 09:00:00\"", text);
+std::string CheckStart(const std::string& text) {
+    return WallClock::Parse(text) ? "" : Instead("a time such as \"2026-03-07 09:00:00\"", text);
 }
 
-std::string checkCost(const std::string& text) {
-    return text == "none" || text == "board" ? "" : instead("none or board", text);
+std::string CheckCost(const std::string& text) {
+    return text == "none" || text == "board" ? "" : Instead("none or board", text);
 }
 
-std::string checkPath(const std::string& text) {
+std::string CheckPath(const std::string& text) {
     const bool path = !text.empty() && text != "--" && text.find('\n') == std::string::npos;
-    return path ? "" : instead("a path", text);
+    return path ? "" : Instead("a path", text);
 }
 
 /// What is wrong with a command line as a whole, in our words.
-std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
+std::string ProblemOf(const CLI::App& app, const CLI::ParseError& error) {
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         for (const std::string& extra : app.remaining()) {
             if (extra != "--") {
@@ -112,7 +112,7 @@ std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
     return error.what();
 }
 
-void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
+void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     app.footer(
         "The program's own output is shown unchanged. The run ends when the program does, or at "
         "the\n"
@@ -126,58 +126,58 @@ void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     app.add_option("--scenario", options.scenarioFile,
                    "What the board is like and what befalls it (TOML); see docs/simulated-board.md")
         ->type_name("FILE")
-        ->check(checkPath);
+        ->check(CheckPath);
     app.add_option("--seed", options.run.seed,
                    "Seed of the detector's noise and of seeded thread order")
         ->type_name("N")
-        ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
+        ->check(WholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
         ->capture_default_str();
     app.add_option("--measurements", options.run.limits.measurements,
                    "End after so many measurements")
         ->type_name("N")
-        ->check(wholeNumber(1, mostCount));
+        ->check(WholeNumber(1, kMostCount));
     app.add_option("--steps", options.run.limits.steps, "End after so many steps")
         ->type_name("N")
-        ->check(wholeNumber(1, mostCount));
+        ->check(WholeNumber(1, kMostCount));
     app.add_option("--board-time", raw.boardTime, "End after so many seconds of board time")
         ->type_name("SECONDS")
-        ->check(spanOfSeconds(1e-6, "0.000001"));
+        ->check(SpanOfSeconds(1e-6, "0.000001"));
     app.add_option(
            "--real-time", raw.realTime,
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
            "else 0)")
         ->type_name("SECONDS")
-        ->check(spanOfSeconds(0.0, "0"));
+        ->check(SpanOfSeconds(0.0, "0"));
     app.add_option("--pace", raw.pace, "Board time against real time: max, real or a factor")
         ->type_name("max|real|FACTOR")
         ->capture_default_str()
-        ->check(checkPace);
+        ->check(CheckPace);
     app.add_option("--start", raw.start,
                    "Date and time on the board's clock at the start, in UTC\n"
                    "(\"2026-03-07 09:00:00\")")
         ->type_name("TIME")
-        ->check(checkStart);
+        ->check(CheckStart);
     app.add_option(
            "--root", options.root,
            "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
            "go with the run")
         ->type_name("DIR")
-        ->check(checkPath);
+        ->check(CheckPath);
     app.add_option(
            "--events", options.run.eventsFile,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
            "operation, path, data")
         ->type_name("FILE")
-        ->check(checkPath);
+        ->check(CheckPath);
     app.add_option("--io-cost", raw.ioCost,
                    "Board time that calls take: none, or what a board needs")
         ->type_name("none|board")
         ->capture_default_str()
-        ->check(checkCost);
+        ->check(CheckCost);
     app.add_option("--summary", options.summaryFile,
                    "Write how the run went: its end, board time, steps, calls, memory")
         ->type_name("FILE")
-        ->check(checkPath);
+        ->check(CheckPath);
     app.add_option("PROGRAM", options.program, "The program and its arguments, after --")
         ->required()
         ->type_name("")
@@ -186,12 +186,12 @@ void describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
 
 } // namespace
 
-std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exitStatus) {
+std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exitStatus) {
     LauncherOptions options;
     RawOptions raw;
     CLI::App app("Runs a program on a simulated instrument board.", "simulate");
     app.positionals_at_end();
-    describe(app, options, raw);
+    Describe(app, options, raw);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -199,16 +199,16 @@ std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exit
         if (help) {
             app.exit(error);
         } else {
-            std::cerr << "simulate: " << problemOf(app, error)
+            std::cerr << "simulate: " << ProblemOf(app, error)
                       << " (simulate --help explains every option)\n";
         }
-        exitStatus = static_cast<int>(help ? ExitStatus::asAsked : ExitStatus::wrongUse);
+        exitStatus = static_cast<int>(help ? ExitStatus::AsAsked : ExitStatus::WrongUse);
         return std::nullopt;
     }
-    options.run.pace = *paceOf(raw.pace);
+    options.run.pace = *PaceOf(raw.pace);
     options.run.ioCosts = raw.ioCost == "board";
     if (!raw.start.empty()) {
-        options.run.startTime = *WallClock::parse(raw.start);
+        options.run.startTime = *WallClock::Parse(raw.start);
     }
     if (raw.boardTime > 0.0) {
         options.run.limits.boardTime =

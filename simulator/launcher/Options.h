@@ -10,16 +10,16 @@ namespace sim {
 
 /// Exit statuses of `simulate`; a run that ended as asked is 0.
 enum class ExitStatus {
-    asAsked = 0,
-    wrongUse = 2, ///< option or value
-    badScenario = 3,
-    programFailed = 4, ///< the program ended by itself with a status other than 0
-    crashed = 10,
-    deadlock = 11,
-    realTimeLimit = 12,
-    unmodelled = 13,
-    notArmed = 14,
-    cannotStart = 15 ///< program, root folder or file cannot be used
+    AsAsked = 0,
+    WrongUse = 2, ///< option or value
+    BadScenario = 3,
+    ProgramFailed = 4, ///< the program ended by itself with a status other than 0
+    Crashed = 10,
+    Deadlock = 11,
+    RealTimeLimit = 12,
+    Unmodelled = 13,
+    NotArmed = 14,
+    CannotStart = 15 ///< program, root folder or file cannot be used
 };
 
 /// The command line of `simulate`.
@@ -34,6 +34,6 @@ struct LauncherOptions {
 
 /// Reads the command line. Nothing when the launcher is to end at once, with the status in
 /// exitStatus.
-std::optional<LauncherOptions> parseCommandLine(int argc, char** argv, int& exitStatus);
+std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exitStatus);
 
 } // namespace sim

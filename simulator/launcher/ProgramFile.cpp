@@ -16,20 +16,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool runnable(const std::string& path) {
+bool Runnable(const std::string& path) {
     std::error_code error;
     return fs::is_regular_file(path, error) && access(path.c_str(), X_OK) == 0;
 }
 
-std::string lookUp(const std::string& name) {
+std::string LookUp(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return runnable(name) ? name : std::string();
+        return Runnable(name) ? name : std::string();
     }
     const char* path = std::getenv("PATH");
     std::stringstream folders(path != nullptr ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');) {
         std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
-        if (runnable(candidate)) {
+        if (Runnable(candidate)) {
             return candidate;
         }
     }
@@ -43,7 +43,7 @@ struct Executable {
     bool dynamic = false;
 };
 
-Executable readExecutable(const std::string& path) {
+Executable ReadExecutable(const std::string& path) {
     Executable result;
     std::ifstream file(path, std::ios::binary);
     file.read(reinterpret_cast<char*>(&result.header), sizeof result.header);
@@ -60,7 +60,7 @@ Executable readExecutable(const std::string& path) {
     return result;
 }
 
-std::string whyNotFound(const std::string& name) {
+std::string WhyNotFound(const std::string& name) {
     std::error_code error;
     if (name.find('/') == std::string::npos) {
         return ": no such program in PATH";
@@ -73,17 +73,17 @@ std::string whyNotFound(const std::string& name) {
 
 } // namespace
 
-ProgramFile findProgram(const std::string& name) {
+ProgramFile FindProgram(const std::string& name) {
     ProgramFile program;
-    const std::string found = lookUp(name);
+    const std::string found = LookUp(name);
     std::error_code error;
     const fs::path resolved = found.empty() ? fs::path() : fs::canonical(found, error);
     if (found.empty() || error) {
-        program.problem = name + whyNotFound(name);
+        program.problem = name + WhyNotFound(name);
         return program;
     }
-    const Executable own = readExecutable("/proc/self/exe");
-    const Executable executable = readExecutable(resolved);
+    const Executable own = ReadExecutable("/proc/self/exe");
+    const Executable executable = ReadExecutable(resolved);
     program.path = resolved;
     if (!executable.read) {
         program.problem =

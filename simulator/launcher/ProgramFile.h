@@ -13,6 +13,6 @@ struct ProgramFile {
 
 /// A static program, a script or one for another machine ignores a preloaded library in silence and
 /// would touch this machine's own devices: it is told apart here, before it runs.
-ProgramFile findProgram(const std::string& name);
+ProgramFile FindProgram(const std::string& name);
 
 } // namespace sim

@@ -11,9 +11,9 @@ namespace fs = std::filesystem;
 
 RunRoot::RunRoot(const std::string& given) {
     if (given.empty()) {
-        makeTemporary();
+        MakeTemporary();
     } else {
-        take(given);
+        Take(given);
     }
 }
 
@@ -24,7 +24,7 @@ RunRoot::~RunRoot() {
     }
 }
 
-void RunRoot::makeTemporary() {
+void RunRoot::MakeTemporary() {
     const char* base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
     std::string pattern = std::string(base) + "/tavrelin-board-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
@@ -35,7 +35,7 @@ void RunRoot::makeTemporary() {
     temporary_ = true;
 }
 
-void RunRoot::take(const std::string& given) {
+void RunRoot::Take(const std::string& given) {
     std::error_code error;
     fs::create_directories(given, error);
     if (error || !fs::is_directory(given, error)) {

@@ -14,14 +14,14 @@ class RunRoot {
     RunRoot& operator=(const RunRoot&) = delete;
     ~RunRoot();
 
-    const std::string& path() const { return path_; }
+    const std::string& Path() const { return path_; }
     /// Why the folder cannot be used; empty when it can. A folder with anything in it is refused,
     /// because what an earlier run left behind would change this one.
-    const std::string& problem() const { return problem_; }
+    const std::string& Problem() const { return problem_; }
 
   private:
-    void makeTemporary();
-    void take(const std::string& given);
+    void MakeTemporary();
+    void Take(const std::string& given);
 
     std::string path_;
     std::string problem_;

@@ -11,14 +11,14 @@ namespace sim {
 /// What the end of a run comes to: the launcher's exit status, and one line for standard error that
 /// is empty for a run that ended as asked.
 struct Outcome {
-    ExitStatus status = ExitStatus::asAsked;
+    ExitStatus status = ExitStatus::AsAsked;
     std::string line;
     std::string word; ///< for the summary: "program ended", "limit reached", "deadlock", ...
 };
 
-Outcome judge(const ChildEnd& end, const RunReport& report, const LauncherOptions& options);
+Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOptions& options);
 
 /// "key = value" lines that tell how the run went; also valid TOML.
-std::string summaryText(const Outcome& outcome, const RunReport& report);
+std::string SummaryText(const Outcome& outcome, const RunReport& report);
 
 } // namespace sim

@@ -25,12 +25,12 @@ using sim::ExitStatus;
 using sim::LauncherOptions;
 using sim::RunReport;
 
-int refuse(ExitStatus status, const std::string& line) {
+int Refuse(ExitStatus status, const std::string& line) {
     std::cerr << "simulate: " << line << "\n";
     return static_cast<int>(status);
 }
 
-std::string libraryPath() {
+std::string LibraryPath() {
     std::error_code error;
     const fs::path own = fs::canonical("/proc/self/exe", error);
     return (own.parent_path().parent_path() / "lib" / "libsimulated-board.so").string();
@@ -54,7 +54,7 @@ struct SharedReport {
 };
 
 /// A descriptor that the program inherits and reads the text from; negative when there is none.
-int descriptorOf(const std::optional<std::string>& text) {
+int DescriptorOf(const std::optional<std::string>& text) {
     const int file = text ? memfd_create("scenario", 0) : -1;
     if (file >= 0) {
         const auto size = static_cast<ssize_t>(text->size());
@@ -67,12 +67,12 @@ int descriptorOf(const std::optional<std::string>& text) {
 }
 
 /// Adds to a variable of options in the form that the sanitizers read, after what the user set.
-std::pair<std::string, std::string> sanitizerOptions(const char* name, const std::string& added) {
+std::pair<std::string, std::string> SanitizerOptions(const char* name, const std::string& added) {
     const char* present = std::getenv(name);
     return {name, (present != nullptr ? std::string(present) + ":" : std::string()) + added};
 }
 
-sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& program,
+sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& program,
                              const std::string& root, int report, int scenario) {
     sim::RunRequest request;
     request.program = program;
@@ -88,12 +88,12 @@ sim::ChildCommand commandFor(const LauncherOptions& options, const std::string& 
     command.path = program;
     command.arguments = options.program;
     command.realTimeLimit = options.realTime;
-    command.environment = {{"LD_PRELOAD", libraryPath()},
-                           {sim::runVariable, encode(request)},
+    command.environment = {{"LD_PRELOAD", LibraryPath()},
+                           {sim::kRunVariable, Encode(request)},
                            {"TZ", "UTC"},
-                           sanitizerOptions("ASAN_OPTIONS", "verify_asan_link_order=0"),
+                           SanitizerOptions("ASAN_OPTIONS", "verify_asan_link_order=0"),
                            // Threads that a limit stops in their work are no leak.
-                           sanitizerOptions("TSAN_OPTIONS", "ignore_noninstrumented_modules=1:"
+                           SanitizerOptions("TSAN_OPTIONS", "ignore_noninstrumented_modules=1:"
                                                             "report_thread_leaks=0")};
     return command;
 }
@@ -111,7 +111,7 @@ class ProgressLine {
         }
     }
 
-    void update(const RunReport& report) {
+    void Update(const RunReport& report) {
         if (shown_) {
             std::cerr << "\rstep " << report.steps << ", " << report.measurements
                       << " measurements, " << report.boardTime / 1'000'000'000
@@ -125,12 +125,12 @@ class ProgressLine {
     bool used_ = false;
 };
 
-bool writable(const std::string& path) {
+bool Writable(const std::string& path) {
     return path.empty() || std::ofstream(path, std::ios::app).is_open();
 }
 
 /// Appends the events that a program which was stopped could not write itself.
-void saveEvents(const std::string& path, const sim::EventBuffer& rest) {
+void SaveEvents(const std::string& path, const sim::EventBuffer& rest) {
     const int file = rest.used == 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (file >= 0) {
         static_cast<void>(
@@ -140,11 +140,11 @@ void saveEvents(const std::string& path, const sim::EventBuffer& rest) {
 }
 
 /// What is wrong with the files that the run is to write; empty when nothing is.
-std::string outputProblem(const LauncherOptions& options) {
+std::string OutputProblem(const LauncherOptions& options) {
     std::error_code ignored;
     for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
                                        std::pair{"--summary", options.summaryFile}}) {
-        if (!writable(path)) {
+        if (!Writable(path)) {
             return std::string(option) + " " + path +
                    ": cannot be written to; takes a file in a folder that is there";
         }
@@ -155,30 +155,30 @@ std::string outputProblem(const LauncherOptions& options) {
                : "";
 }
 
-int run(const LauncherOptions& options, const std::optional<std::string>& scenario,
+int Run(const LauncherOptions& options, const std::optional<std::string>& scenario,
         const std::string& program) {
     const sim::RunRoot root(options.root);
-    if (!root.problem().empty()) {
-        return refuse(ExitStatus::cannotStart, root.problem());
+    if (!root.Problem().empty()) {
+        return Refuse(ExitStatus::CannotStart, root.Problem());
     }
-    if (const std::string problem = outputProblem(options); !problem.empty()) {
-        return refuse(ExitStatus::cannotStart, problem);
+    if (const std::string problem = OutputProblem(options); !problem.empty()) {
+        return Refuse(ExitStatus::CannotStart, problem);
     }
     const SharedReport shared;
-    const int scenarioText = descriptorOf(scenario);
+    const int scenarioText = DescriptorOf(scenario);
     if (shared.report == nullptr || (scenario && scenarioText < 0)) {
-        return refuse(ExitStatus::cannotStart, "no memory to share with the program");
+        return Refuse(ExitStatus::CannotStart, "no memory to share with the program");
     }
     sim::ChildEnd end;
     {
         ProgressLine progress(options.run.pace == 0.0);
-        end = runChild(commandFor(options, program, root.path(), shared.descriptor, scenarioText),
-                       [&] { progress.update(*shared.report); });
+        end = RunChild(CommandFor(options, program, root.Path(), shared.descriptor, scenarioText),
+                       [&] { progress.Update(*shared.report); });
     }
-    saveEvents(options.run.eventsFile, shared.report->events);
-    const sim::Outcome outcome = judge(end, *shared.report, options);
+    SaveEvents(options.run.eventsFile, shared.report->events);
+    const sim::Outcome outcome = Judge(end, *shared.report, options);
     if (!options.summaryFile.empty()) {
-        std::ofstream(options.summaryFile, std::ios::trunc) << summaryText(outcome, *shared.report);
+        std::ofstream(options.summaryFile, std::ios::trunc) << SummaryText(outcome, *shared.report);
     }
     if (!outcome.line.empty()) {
         std::cerr << outcome.line << "\n";
@@ -190,30 +190,30 @@ int run(const LauncherOptions& options, const std::optional<std::string>& scenar
 
 int main(int argc, char** argv) {
     int status = 0;
-    const auto options = sim::parseCommandLine(argc, argv, status);
+    const auto options = sim::ParseCommandLine(argc, argv, status);
     if (!options) {
         return status;
     }
     std::optional<std::string> scenario;
     if (!options->scenarioFile.empty()) {
-        const auto read = sim::readScenarioText(options->scenarioFile);
+        const auto read = sim::ReadScenarioText(options->scenarioFile);
         if (const auto* error = std::get_if<sim::ScenarioError>(&read)) {
-            return refuse(ExitStatus::badScenario, error->text);
+            return Refuse(ExitStatus::BadScenario, error->text);
         }
         scenario = std::get<std::string>(read);
-        const auto parsed = sim::parseScenario(*scenario, options->scenarioFile);
+        const auto parsed = sim::ParseScenario(*scenario, options->scenarioFile);
         if (const auto* error = std::get_if<sim::ScenarioError>(&parsed)) {
-            return refuse(ExitStatus::badScenario, error->text);
+            return Refuse(ExitStatus::BadScenario, error->text);
         }
     }
-    if (!fs::exists(libraryPath())) {
-        return refuse(ExitStatus::cannotStart,
-                      libraryPath() + " is missing; build the whole project");
+    if (!fs::exists(LibraryPath())) {
+        return Refuse(ExitStatus::CannotStart,
+                      LibraryPath() + " is missing; build the whole project");
     }
-    const sim::ProgramFile program = sim::findProgram(options->program.front());
+    const sim::ProgramFile program = sim::FindProgram(options->program.front());
     if (!program.problem.empty()) {
-        return refuse(program.path.empty() ? ExitStatus::cannotStart : ExitStatus::notArmed,
+        return Refuse(program.path.empty() ? ExitStatus::CannotStart : ExitStatus::NotArmed,
                       program.problem);
     }
-    return run(*options, scenario, program.path);
+    return Run(*options, scenario, program.path);
 }

@@ -51,7 +51,7 @@ int lstat(const char* path, struct stat64* result) {
     return SIM_REAL(lstat64)(path, result);
 }
 
-int descriptorStatus(int descriptor, struct stat64* result) {
+int DescriptorStatus(int descriptor, struct stat64* result) {
     return SIM_REAL(fstat64)(descriptor, result);
 }
 
@@ -59,14 +59,14 @@ int mkdir(const char* path, mode_t mode) {
     return SIM_REAL(mkdir)(path, mode);
 }
 
-void sleepFor(long long nanoseconds) {
+void SleepFor(long long nanoseconds) {
     timespec span{static_cast<time_t>(nanoseconds / 1'000'000'000),
                   static_cast<long>(nanoseconds % 1'000'000'000)};
     while (SIM_REAL(nanosleep)(&span, &span) != 0) {
     }
 }
 
-long long monotonicNanoseconds() {
+long long MonotonicNanoseconds() {
     timespec time{};
     SIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &time);
     return static_cast<long long>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;

@@ -20,10 +20,10 @@ int fflush(FILE* file);
 size_t fwrite(const void* data, size_t size, size_t count, FILE* file);
 int stat(const char* path, struct stat64* result);
 int lstat(const char* path, struct stat64* result);
-int descriptorStatus(int descriptor, struct stat64* result);
+int DescriptorStatus(int descriptor, struct stat64* result);
 int mkdir(const char* path, mode_t mode);
-void sleepFor(long long nanoseconds);
-long long monotonicNanoseconds();
+void SleepFor(long long nanoseconds);
+long long MonotonicNanoseconds();
 
 } // namespace sim::real
 

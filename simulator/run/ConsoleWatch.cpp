@@ -6,90 +6,90 @@
 namespace sim {
 namespace {
 
-constexpr std::string_view statusTag = "TAVRELIN,";
-constexpr std::string_view stepTag = "main.cpp, 889: ";
-constexpr std::string_view errorTag = "!!!Error";
+constexpr std::string_view kStatusTag = "TAVRELIN,";
+constexpr std::string_view kStepTag = "main.cpp, 889: ";
+constexpr std::string_view kErrorTag = "!!!Error";
 /// Longer lines are none of ours; more of them need not be kept.
-constexpr std::size_t longestLine = 4096;
+constexpr std::size_t kLongestLine = 4096;
 
-bool begins(std::string_view text, std::string_view with) {
+bool Begins(std::string_view text, std::string_view with) {
     return text.substr(0, with.size()) == with;
 }
 
 } // namespace
 
-ConsoleWatch::Verdict ConsoleWatch::take(std::string_view text) {
+ConsoleWatch::Verdict ConsoleWatch::Take(std::string_view text) {
     Verdict verdict;
     while (!text.empty() && !verdict.limit) {
         const std::size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
-        takePart(text.substr(0, length), verdict);
+        TakePart(text.substr(0, length), verdict);
         text.remove_prefix(length);
     }
     return verdict;
 }
 
-std::string ConsoleWatch::release() {
+std::string ConsoleWatch::Release() {
     return std::exchange(held_, {});
 }
 
 /// Takes the rest of a line, with its newline, or a part of one without.
-void ConsoleWatch::takePart(std::string_view part, Verdict& verdict) {
+void ConsoleWatch::TakePart(std::string_view part, Verdict& verdict) {
     const bool whole = part.back() == '\n';
-    line_ += part.substr(0, std::min(part.size() - (whole ? 1 : 0), longestLine - line_.size()));
+    line_ += part.substr(0, std::min(part.size() - (whole ? 1 : 0), kLongestLine - line_.size()));
     held_ += part;
-    Line kind = mayBecomeStatus() ? Line::statusBegins : Line::ordinary;
+    Line kind = MayBecomeStatus() ? Line::StatusBegins : Line::Ordinary;
     if (whole) {
-        kind = takeLine(line_);
+        kind = TakeLine(line_);
         line_.clear();
     }
-    if (kind == Line::stepBeyondLimit) {
+    if (kind == Line::StepBeyondLimit) {
         held_.clear();
         verdict.limit = "steps";
-    } else if (kind != Line::statusBegins || !stepLimit_) {
-        verdict.show += release();
+    } else if (kind != Line::StatusBegins || !stepLimit_) {
+        verdict.show += Release();
     }
-    if (kind == Line::lastResult) {
+    if (kind == Line::LastResult) {
         verdict.limit = "measurements";
     }
 }
 
-bool ConsoleWatch::mayBecomeStatus() const {
-    const std::size_t known = std::min(line_.size(), statusTag.size());
-    return inStatus_ || begins(statusTag, std::string_view(line_).substr(0, known));
+bool ConsoleWatch::MayBecomeStatus() const {
+    const std::size_t known = std::min(line_.size(), kStatusTag.size());
+    return inStatus_ || Begins(kStatusTag, std::string_view(line_).substr(0, known));
 }
 
-ConsoleWatch::Line ConsoleWatch::takeLine(std::string_view line) {
+ConsoleWatch::Line ConsoleWatch::TakeLine(std::string_view line) {
     if (inStatus_) {
         inStatus_ = false;
-        return begins(line, ",") ? takeMessage(line.substr(1)) : Line::ordinary;
+        return Begins(line, ",") ? TakeMessage(line.substr(1)) : Line::Ordinary;
     }
-    if (begins(line, statusTag)) {
+    if (Begins(line, kStatusTag)) {
         inStatus_ = true;
-        return Line::statusBegins;
+        return Line::StatusBegins;
     }
-    if (begins(line, stepTag)) {
+    if (Begins(line, kStepTag)) {
         stepShown_ = true;
         ++steps_;
         if (onStep) {
             onStep(steps_);
         }
     }
-    return Line::ordinary;
+    return Line::Ordinary;
 }
 
-ConsoleWatch::Line ConsoleWatch::takeMessage(std::string_view message) {
-    if (begins(message, errorTag)) {
-        return Line::ordinary;
+ConsoleWatch::Line ConsoleWatch::TakeMessage(std::string_view message) {
+    if (Begins(message, kErrorTag)) {
+        return Line::Ordinary;
     }
     const bool result = stepShown_ && message == announced_;
     stepShown_ = false;
     if (result) {
         ++measurements_;
-        return measurementLimit_ && measurements_ >= *measurementLimit_ ? Line::lastResult
-                                                                        : Line::ordinary;
+        return measurementLimit_ && measurements_ >= *measurementLimit_ ? Line::LastResult
+                                                                        : Line::Ordinary;
     }
     announced_ = message;
-    return stepLimit_ && steps_ >= *stepLimit_ ? Line::stepBeyondLimit : Line::ordinary;
+    return stepLimit_ && steps_ >= *stepLimit_ ? Line::StepBeyondLimit : Line::Ordinary;
 }
 
 } // namespace sim

@@ -28,20 +28,20 @@ class ConsoleWatch {
     std::function<void(std::uint64_t)> onStep;
 
     /// Takes a piece of output; what follows a limit in it is dropped.
-    Verdict take(std::string_view text);
+    Verdict Take(std::string_view text);
     /// Gives up what is held back, for a run that ends otherwise.
-    std::string release();
+    std::string Release();
 
-    std::uint64_t steps() const { return steps_; }
-    std::uint64_t measurements() const { return measurements_; }
+    std::uint64_t Steps() const { return steps_; }
+    std::uint64_t Measurements() const { return measurements_; }
 
   private:
-    enum class Line { ordinary, statusBegins, lastResult, stepBeyondLimit };
+    enum class Line { Ordinary, StatusBegins, LastResult, StepBeyondLimit };
 
-    void takePart(std::string_view part, Verdict& verdict);
-    Line takeLine(std::string_view line);
-    Line takeMessage(std::string_view message);
-    bool mayBecomeStatus() const;
+    void TakePart(std::string_view part, Verdict& verdict);
+    Line TakeLine(std::string_view line);
+    Line TakeMessage(std::string_view message);
+    bool MayBecomeStatus() const;
 
     std::optional<std::uint64_t> stepLimit_;
     std::optional<std::uint64_t> measurementLimit_;

@@ -14,14 +14,14 @@ namespace sim {
 struct RunLimits {
     std::optional<std::uint64_t> measurements;
     std::optional<std::uint64_t> steps;
-    Nanoseconds boardTime = never;
+    Nanoseconds boardTime = kNever;
 };
 
 /// All that makes one run; the same options give the same run.
 struct RunOptions {
     Scenario scenario;
     std::uint64_t seed = 1;
-    std::int64_t startTime = WallClock::defaultStart; ///< seconds since 1970
+    std::int64_t startTime = WallClock::kDefaultStart; ///< seconds since 1970
     std::string root;       ///< folder on this machine for the card's and the mount point's files
     std::string eventsFile; ///< empty: none
     bool ioCosts = false;   ///< calls take board time (CallCosts.h)

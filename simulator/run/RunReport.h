@@ -21,8 +21,8 @@ struct Footprint {
 struct RunReport {
     /// Footprints are taken at step 200 and every 1700 steps (100 measurements) later, in the same
     /// row of the program's table, so that equal use of memory gives equal figures.
-    static constexpr std::uint64_t footprintStep = 200;
-    static constexpr std::uint64_t footprintEvery = 1700;
+    static constexpr std::uint64_t kFootprintStep = 200;
+    static constexpr std::uint64_t kFootprintEvery = 1700;
 
     std::atomic<std::uint32_t> armed{0};
     std::atomic<std::uint32_t> ending{0}; ///< sim::Ending
@@ -37,6 +37,6 @@ struct RunReport {
 };
 
 /// Names the variable that tells the preloaded library about its run.
-inline constexpr const char* runVariable = "TAVRELIN_SIMULATION";
+inline constexpr const char* kRunVariable = "TAVRELIN_SIMULATION";
 
 } // namespace sim

@@ -9,7 +9,7 @@ namespace {
 
 using Fields = std::map<std::string, std::string, std::less<>>;
 
-Fields split(std::string_view text) {
+Fields Split(std::string_view text) {
     Fields fields;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -24,7 +24,7 @@ Fields split(std::string_view text) {
 }
 
 template <typename Number>
-std::optional<Number> number(const Fields& fields, std::string_view key) {
+std::optional<Number> NumberOf(const Fields& fields, std::string_view key) {
     const auto found = fields.find(key);
     if (found == fields.end()) {
         return std::nullopt;
@@ -35,14 +35,14 @@ std::optional<Number> number(const Fields& fields, std::string_view key) {
     return result.ec == std::errc{} ? std::optional<Number>{value} : std::nullopt;
 }
 
-std::string textOf(const Fields& fields, std::string_view key) {
+std::string TextOf(const Fields& fields, std::string_view key) {
     const auto found = fields.find(key);
     return found == fields.end() ? std::string() : found->second;
 }
 
 } // namespace
 
-std::string encode(const RunRequest& request) {
+std::string Encode(const RunRequest& request) {
     const RunOptions& options = request.options;
     std::string text;
     const auto add = [&text](const char* key, const std::string& value) {
@@ -69,29 +69,29 @@ std::string encode(const RunRequest& request) {
     return text;
 }
 
-std::optional<RunRequest> decodeRunRequest(std::string_view text) {
-    const Fields fields = split(text);
-    const auto report = number<int>(fields, "report");
-    const auto scenario = number<int>(fields, "scenario");
-    const auto seed = number<std::uint64_t>(fields, "seed");
-    const auto start = number<std::int64_t>(fields, "start");
-    const auto pace = number<double>(fields, "pace");
-    const auto boardTime = number<Nanoseconds>(fields, "board-time");
+std::optional<RunRequest> DecodeRunRequest(std::string_view text) {
+    const Fields fields = Split(text);
+    const auto report = NumberOf<int>(fields, "report");
+    const auto scenario = NumberOf<int>(fields, "scenario");
+    const auto seed = NumberOf<std::uint64_t>(fields, "seed");
+    const auto start = NumberOf<std::int64_t>(fields, "start");
+    const auto pace = NumberOf<double>(fields, "pace");
+    const auto boardTime = NumberOf<Nanoseconds>(fields, "board-time");
     if (!report || !scenario || !seed || !start || !pace || !boardTime) {
         return std::nullopt;
     }
     RunRequest request;
-    request.program = textOf(fields, "program");
+    request.program = TextOf(fields, "program");
     request.reportDescriptor = *report;
     request.scenarioDescriptor = *scenario;
     request.options.seed = *seed;
     request.options.startTime = *start;
-    request.options.root = textOf(fields, "root");
-    request.options.eventsFile = textOf(fields, "events");
-    request.options.ioCosts = textOf(fields, "costs") == "1";
+    request.options.root = TextOf(fields, "root");
+    request.options.eventsFile = TextOf(fields, "events");
+    request.options.ioCosts = TextOf(fields, "costs") == "1";
     request.options.pace = *pace;
-    request.options.limits.measurements = number<std::uint64_t>(fields, "measurements");
-    request.options.limits.steps = number<std::uint64_t>(fields, "steps");
+    request.options.limits.measurements = NumberOf<std::uint64_t>(fields, "measurements");
+    request.options.limits.steps = NumberOf<std::uint64_t>(fields, "steps");
     request.options.limits.boardTime = *boardTime;
     return request;
 }

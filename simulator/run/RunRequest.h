@@ -17,8 +17,8 @@ struct RunRequest {
     RunOptions options;          ///< all but the scenario
 };
 
-std::string encode(const RunRequest& request);
+std::string Encode(const RunRequest& request);
 /// Nothing when the text is not one that encode made.
-std::optional<RunRequest> decodeRunRequest(std::string_view text);
+std::optional<RunRequest> DecodeRunRequest(std::string_view text);
 
 } // namespace sim

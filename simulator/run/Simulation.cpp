@@ -20,62 +20,62 @@ Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
       timeline(board, scheduler, options.limits.boardTime, options.pace),
       kernel(options, board, events, faults, timeline, scheduler),
       console(options.limits.steps, options.limits.measurements) {
-    events.now = [this] { return board.now(); };
-    events.thread = [this] { return scheduler.current(); };
+    events.now = [this] { return board.Now(); };
+    events.thread = [this] { return scheduler.Current(); };
     if (!options.eventsFile.empty()) {
         if (eventBuffer == nullptr) {
             ownBuffer_ = std::make_unique<EventBuffer>();
         }
-        if (!events.writeTo(options.eventsFile,
+        if (!events.WriteTo(options.eventsFile,
                             eventBuffer != nullptr ? *eventBuffer : *ownBuffer_)) {
             std::abort(); // the launcher has opened it before
         }
     }
     board.onEvent = [this](const std::string& what, const std::string& data) {
-        events.addWorld(what, "-", data);
+        events.AddWorld(what, "-", data);
     };
-    scheduler.deadlock = [this](const std::string& text) { end(Ending::deadlock, text); };
-    kernel.unmodelled = [this](const std::string& text) { end(Ending::unmodelled, text); };
-    timeline.onLimit = [this] { end(Ending::limitReached, "board time"); };
+    scheduler.deadlock = [this](const std::string& text) { end(Ending::Deadlock, text); };
+    kernel.unmodelled = [this](const std::string& text) { end(Ending::Unmodelled, text); };
+    timeline.onLimit = [this] { end(Ending::LimitReached, "board time"); };
     console.onStep = [this](std::uint64_t step) {
         if (onStep) {
             onStep(step);
         }
     };
-    setThreadSelf(&scheduler.adoptMainThread());
+    SetThreadSelf(&scheduler.AdoptMainThread());
     living = this;
 }
 
 Simulation::~Simulation() {
     living = nullptr;
-    setThreadSelf(nullptr);
+    SetThreadSelf(nullptr);
 }
 
-Simulation* Simulation::ofThisThread() {
-    return threadSelf() != nullptr ? living : nullptr;
+Simulation* Simulation::OfThisThread() {
+    return ThreadSelf() != nullptr ? living : nullptr;
 }
 
-void Simulation::leave() {
-    events.abandon();
-    setThreadSelf(nullptr);
+void Simulation::Leave() {
+    events.Abandon();
+    SetThreadSelf(nullptr);
     living = nullptr;
 }
 
-void Simulation::show(const void* data, std::size_t size, FILE* stream) {
-    const ConsoleWatch::Verdict verdict = console.take({static_cast<const char*>(data), size});
+void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
+    const ConsoleWatch::Verdict verdict = console.Take({static_cast<const char*>(data), size});
     real::fwrite(verdict.show.data(), 1, verdict.show.size(), stream);
     if (verdict.limit) {
         real::fflush(stream);
-        end(Ending::limitReached, std::string(*verdict.limit));
+        end(Ending::LimitReached, std::string(*verdict.limit));
     }
 }
 
-void Simulation::showHeld(FILE* stream) {
-    const std::string held = console.release();
+void Simulation::ShowHeld(FILE* stream) {
+    const std::string held = console.Release();
     real::fwrite(held.data(), 1, held.size(), stream);
 }
 
-Gate::Gate() : simulation_(depth == 0 ? Simulation::ofThisThread() : nullptr) {
+Gate::Gate() : simulation_(depth == 0 ? Simulation::OfThisThread() : nullptr) {
     if (simulation_ != nullptr) {
         ++depth;
     }
@@ -87,11 +87,11 @@ Gate::~Gate() {
     }
 }
 
-Scheduler::Thread& Gate::self() const {
-    return *threadSelf();
+Scheduler::Thread& Gate::Self() const {
+    return *ThreadSelf();
 }
 
-long asResult(long result) {
+long AsResult(long result) {
     if (result < 0) {
         errno = static_cast<int>(-result);
         return -1;

@@ -16,7 +16,7 @@
 namespace sim {
 
 /// How a run ended.
-enum class Ending { running, exited, limitReached, deadlock, unmodelled };
+enum class Ending { Running, Exited, LimitReached, Deadlock, Unmodelled };
 
 /// One simulated board under one program: while it lives, the thread that made it and all threads
 /// that descend from it are scheduled by it and see its board. At most one lives at a time.
@@ -29,7 +29,7 @@ class Simulation {
     ~Simulation();
 
     /// The one that lives, if the calling thread takes part in it.
-    static Simulation* ofThisThread();
+    static Simulation* OfThisThread();
 
     /// Called when the run is to end before the program does. Must not return.
     std::function<void(Ending, const std::string&)> end;
@@ -37,12 +37,12 @@ class Simulation {
     std::function<void(std::uint64_t)> onStep;
 
     /// The calling process, just forked off, takes no further part.
-    void leave();
+    void Leave();
     /// Takes what the program shows on standard output and hands it on to the stream, up to a limit
     /// on steps or measurements that is reached in it.
-    void show(const void* data, std::size_t size, FILE* stream);
+    void Show(const void* data, std::size_t size, FILE* stream);
     /// Hands on what may have been held back, for a run that ends otherwise.
-    void showHeld(FILE* stream);
+    void ShowHeld(FILE* stream);
 
     EventLog events;
     Faults faults;
@@ -67,13 +67,13 @@ class Gate {
 
     explicit operator bool() const { return simulation_ != nullptr; }
     Simulation* operator->() const { return simulation_; }
-    Scheduler::Thread& self() const;
+    Scheduler::Thread& Self() const;
 
   private:
     Simulation* simulation_;
 };
 
 /// A result of the simulated kernel as the C library gives it: -1 and errno for a negated errno.
-long asResult(long result);
+long AsResult(long result);
 
 } // namespace sim

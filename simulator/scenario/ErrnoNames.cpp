@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::array names{
+constexpr std::array kNames{
     std::pair{"EPERM"sv, EPERM},
     std::pair{"ENOENT"sv, ENOENT},
     std::pair{"EINTR"sv, EINTR},
@@ -44,8 +44,8 @@ constexpr std::array names{
 
 } // namespace
 
-std::string errnoName(int error) {
-    for (const auto& [name, number] : names) {
+std::string ErrnoName(int error) {
+    for (const auto& [name, number] : kNames) {
         if (number == error) {
             return std::string(name);
         }
@@ -53,8 +53,8 @@ std::string errnoName(int error) {
     return std::to_string(error);
 }
 
-std::optional<int> errnoNumber(std::string_view name) {
-    for (const auto& [known, number] : names) {
+std::optional<int> ErrnoNumber(std::string_view name) {
+    for (const auto& [known, number] : kNames) {
         if (known == name) {
             return number;
         }

@@ -7,8 +7,8 @@
 namespace sim {
 
 /// "EACCES" for 13; the number itself for one that has no name here.
-std::string errnoName(int error);
+std::string ErrnoName(int error);
 /// The errno of a name; nothing for an unknown one.
-std::optional<int> errnoNumber(std::string_view name);
+std::optional<int> ErrnoNumber(std::string_view name);
 
 } // namespace sim

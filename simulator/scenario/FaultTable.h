@@ -8,9 +8,9 @@
 namespace sim {
 
 /// Reads one [[fault]] table.
-void readFault(TomlTable& table, Scenario& scenario);
+void ReadFault(TomlTable& table, Scenario& scenario);
 
 /// The calls that a fault can be set on, separated by ", ".
-std::string faultCallNames();
+std::string FaultCallNames();
 
 } // namespace sim

@@ -23,10 +23,10 @@ struct Fault {
 
 /// Something that happens to the board from outside at a moment of board time.
 struct WorldEvent {
-    enum class Kind { removeCard, insertCard, jumpClock, setInput };
+    enum class Kind { RemoveCard, InsertCard, JumpClock, SetInput };
 
     Nanoseconds at = 0;
-    Kind kind = Kind::removeCard;
+    Kind kind = Kind::RemoveCard;
     std::int64_t value = 0; ///< jumpClock: seconds; setInput: level
     unsigned line = 0;      ///< setInput: kernel line number
 };
@@ -42,8 +42,8 @@ struct FileSystem {
 
 /// In which order threads that could run do run.
 enum class ThreadOrder {
-    arrival, ///< first ready, first run; a thread runs until it waits
-    seeded   ///< picked by the seed, with hand-overs at any operation
+    Arrival, ///< first ready, first run; a thread runs until it waits
+    Seeded   ///< picked by the seed, with hand-overs at any operation
 };
 
 /// Everything that sets one run apart from another: the board's state at the start and what befalls
@@ -84,7 +84,7 @@ struct Scenario {
 
     std::vector<WorldEvent> events;
     std::vector<Fault> faults;
-    ThreadOrder threadOrder = ThreadOrder::arrival;
+    ThreadOrder threadOrder = ThreadOrder::Arrival;
 };
 
 } // namespace sim

@@ -15,8 +15,8 @@ struct ScenarioError {
 
 /// Reads a scenario in TOML; name stands for the file in errors. Every unknown key and every value
 /// out of its range is an error, and so is a path that no call of the program can meet.
-std::variant<Scenario, ScenarioError> parseScenario(std::string_view toml, const std::string& name);
+std::variant<Scenario, ScenarioError> ParseScenario(std::string_view toml, const std::string& name);
 /// The text of a scenario file.
-std::variant<std::string, ScenarioError> readScenarioText(const std::string& path);
+std::variant<std::string, ScenarioError> ReadScenarioText(const std::string& path);
 
 } // namespace sim

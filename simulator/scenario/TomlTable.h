@@ -20,8 +20,8 @@ struct TomlProblems {
     std::string file;
     std::string first;
 
-    void add(const toml::source_region& where, std::string_view key, std::string_view what);
-    bool any() const { return !first.empty(); }
+    void Add(const toml::source_region& where, std::string_view key, std::string_view what);
+    bool Any() const { return !first.empty(); }
 };
 
 /// One table of a scenario: typed, range-checked access by key; keys that nobody asked for are
@@ -31,55 +31,55 @@ class TomlTable {
     TomlTable(const toml::table& table, std::string name, TomlProblems& problems)
         : table_(table), name_(std::move(name)), problems_(problems) {}
 
-    void read(std::string_view key, bool& value);
-    void read(std::string_view key, double& value, double least, double most);
-    void read(std::string_view key, std::string& value);
-    void readStrings(std::string_view key, std::vector<std::string>& values);
+    void Read(std::string_view key, bool& value);
+    void Read(std::string_view key, double& value, double least, double most);
+    void Read(std::string_view key, std::string& value);
+    void ReadStrings(std::string_view key, std::vector<std::string>& values);
     /// A number or a list of numbers.
-    void readNumbers(std::string_view key, std::vector<double>& values, double least, double most);
+    void ReadNumbers(std::string_view key, std::vector<double>& values, double least, double most);
 
     template <typename Integer>
-    void readInteger(std::string_view key, Integer& value, std::int64_t least, std::int64_t most) {
-        if (const auto number = integer(key, least, most)) {
+    void ReadInteger(std::string_view key, Integer& value, std::int64_t least, std::int64_t most) {
+        if (const auto number = WholeNumber(key, least, most)) {
             value = static_cast<Integer>(*number);
         }
     }
     template <typename Integer>
-    void readIntegers(std::string_view key, std::vector<Integer>& values, std::int64_t least,
+    void ReadIntegers(std::string_view key, std::vector<Integer>& values, std::int64_t least,
                       std::int64_t most) {
-        forEach(key, [&](const toml::node& node) {
-            if (const auto number = integerOf(node, key, least, most)) {
+        ForEach(key, [&](const toml::node& node) {
+            if (const auto number = IntegerOf(node, key, least, most)) {
                 values.push_back(static_cast<Integer>(*number));
             }
         });
     }
     /// A moment or span given in seconds of board time.
-    void readSeconds(std::string_view key, Nanoseconds& value, double least, double most);
+    void ReadSeconds(std::string_view key, Nanoseconds& value, double least, double most);
 
     /// A table below this one, or nothing when it is not there.
-    void table(std::string_view key, const std::function<void(TomlTable&)>& read);
+    void Table(std::string_view key, const std::function<void(TomlTable&)>& read);
     /// Every table of an array of tables.
-    void tables(std::string_view key, const std::function<void(TomlTable&)>& read);
+    void Tables(std::string_view key, const std::function<void(TomlTable&)>& read);
     /// Every key with its text.
-    void texts(const std::function<void(const std::string& key, const std::string& text)>& read);
+    void Texts(const std::function<void(const std::string& key, const std::string& text)>& read);
 
-    bool has(std::string_view key) { return take(key) != nullptr; }
-    void require(std::string_view key);
+    bool Has(std::string_view key) { return Take(key) != nullptr; }
+    void Require(std::string_view key);
     /// Notes an error at a key, or at the table when the key is not there.
-    void fail(std::string_view key, std::string_view what);
+    void Fail(std::string_view key, std::string_view what);
     /// Notes an error for each key that was never read.
-    void finish();
+    void Finish();
 
   private:
-    const toml::node* take(std::string_view key);
-    std::optional<std::int64_t> integer(std::string_view key, std::int64_t least,
-                                        std::int64_t most);
-    std::optional<std::int64_t> integerOf(const toml::node& node, std::string_view key,
+    const toml::node* Take(std::string_view key);
+    std::optional<std::int64_t> WholeNumber(std::string_view key, std::int64_t least,
+                                            std::int64_t most);
+    std::optional<std::int64_t> IntegerOf(const toml::node& node, std::string_view key,
                                           std::int64_t least, std::int64_t most);
-    std::optional<double> numberOf(const toml::node& node, std::string_view key, double least,
+    std::optional<double> NumberOf(const toml::node& node, std::string_view key, double least,
                                    double most);
-    void forEach(std::string_view key, const std::function<void(const toml::node&)>& read);
-    std::string full(std::string_view key) const;
+    void ForEach(std::string_view key, const std::function<void(const toml::node&)>& read);
+    std::string Full(std::string_view key) const;
 
     const toml::table& table_;
     std::string name_;

@@ -12,7 +12,7 @@
 namespace sim {
 namespace {
 
-std::string temporaryFolder() {
+std::string TemporaryFolder() {
     std::string pattern =
         std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/tavrelin-test-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
@@ -22,7 +22,7 @@ std::string temporaryFolder() {
     return pattern;
 }
 
-RunOptions withDefaults(const Scenario& scenario, const RunOptions& given,
+RunOptions WithDefaults(const Scenario& scenario, const RunOptions& given,
                         const std::string& root) {
     RunOptions options = given;
     options.scenario = scenario;
@@ -30,7 +30,7 @@ RunOptions withDefaults(const Scenario& scenario, const RunOptions& given,
     return options;
 }
 
-std::string contents(const std::string& path) {
+std::string Contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::stringstream text;
     text << file.rdbuf();
@@ -38,7 +38,7 @@ std::string contents(const std::string& path) {
 }
 
 /// The text that EventLog::quoted made a data column of, with what follows the quotes.
-std::string unquoted(const std::string& data) {
+std::string Unquoted(const std::string& data) {
     std::string text;
     for (const char character : data) {
         if (character != '"') {
@@ -48,7 +48,7 @@ std::string unquoted(const std::string& data) {
     return text;
 }
 
-std::string pathOf(std::string_view device) {
+std::string PathOf(std::string_view device) {
     const std::string name(device);
     if (device == "spi") {
         return "/dev/spidev32765.1";
@@ -66,11 +66,11 @@ std::string pathOf(std::string_view device) {
 } // namespace
 
 SimulatedBoard::SimulatedBoard(const Scenario& scenario, const RunOptions& options)
-    : root_(temporaryFolder()), simulation_(withDefaults(scenario, options, root_)) {
-    simulation_.events.keep();
+    : root_(TemporaryFolder()), simulation_(WithDefaults(scenario, options, root_)) {
+    simulation_.events.Keep();
     simulation_.end = [](Ending ending, const std::string& text) {
-        const char* what = ending == Ending::deadlock       ? "deadlock"
-                           : ending == Ending::limitReached ? "limit reached"
+        const char* what = ending == Ending::Deadlock       ? "deadlock"
+                           : ending == Ending::LimitReached ? "limit reached"
                                                             : "call that is not modelled";
         std::fprintf(stderr, "simulated board: %s: %s\n", what, text.c_str());
         std::abort();
@@ -82,91 +82,91 @@ SimulatedBoard::~SimulatedBoard() {
     std::filesystem::remove_all(root_, ignored);
 }
 
-Line& SimulatedBoard::line(std::string_view name) {
-    return board().lines.at(Lines::number(name).value());
+sim::Line& SimulatedBoard::Line(std::string_view name) {
+    return Model().lines.At(Lines::Number(name).value());
 }
 
-void SimulatedBoard::setInput(std::string_view name, bool level) {
-    const unsigned number = Lines::number(name).value();
-    if (number == homeSensorLine) {
-        board().holdHomeSensor(level);
+void SimulatedBoard::SetInput(std::string_view name, bool level) {
+    const unsigned number = Lines::Number(name).value();
+    if (number == kHomeSensorLine) {
+        Model().HoldHomeSensor(level);
     } else {
-        board().lines.setInput(number, level);
+        Model().lines.SetInput(number, level);
     }
 }
 
-void SimulatedBoard::elapse(Nanoseconds span) {
-    board().advanceTo(now() + span);
+void SimulatedBoard::Elapse(Nanoseconds span) {
+    Model().AdvanceTo(Now() + span);
 }
 
-Texts SimulatedBoard::writesTo(std::string_view device) const {
-    const std::string folder = pathOf(device);
+Texts SimulatedBoard::WritesTo(std::string_view device) const {
+    const std::string folder = PathOf(device);
     Texts writes;
-    for (const Event& event : simulation_.events.kept()) {
+    for (const Event& event : simulation_.events.Kept()) {
         if (event.operation != "write" || event.path.substr(0, folder.size()) != folder) {
             continue;
         }
         const std::string attribute = event.path.substr(folder.size());
         if (attribute.find('/') == std::string::npos) {
-            writes.push_back(attribute + (attribute.empty() ? "" : " ") + unquoted(event.data));
+            writes.push_back(attribute + (attribute.empty() ? "" : " ") + Unquoted(event.data));
         }
     }
     return writes;
 }
 
-Texts SimulatedBoard::events() const {
+Texts SimulatedBoard::Events() const {
     Texts lines;
-    for (const Event& event : simulation_.events.kept()) {
+    for (const Event& event : simulation_.events.Kept()) {
         lines.push_back(event.operation + " " + event.path + " " + event.data);
     }
     return lines;
 }
 
-Texts SimulatedBoard::timedEvents() const {
+Texts SimulatedBoard::TimedEvents() const {
     Texts lines;
-    for (const Event& event : simulation_.events.kept()) {
-        std::string line = EventLog::line(event);
+    for (const Event& event : simulation_.events.Kept()) {
+        std::string line = EventLog::Line(event);
         line.pop_back();
         lines.push_back(line);
     }
     return lines;
 }
 
-std::uint64_t SimulatedBoard::calls(std::string_view name) const {
-    const auto& counts = simulation_.kernel.callCounts();
+std::uint64_t SimulatedBoard::Calls(std::string_view name) const {
+    const auto& counts = simulation_.kernel.CallCounts();
     const auto found = counts.find(name);
     return found == counts.end() ? 0 : found->second;
 }
 
-void SimulatedBoard::fail(const std::string& call, const std::string& path, int error,
+void SimulatedBoard::Fail(const std::string& call, const std::string& path, int error,
                           std::uint64_t occurrence) {
-    simulation_.faults.add({call, path, occurrence, error, std::nullopt, false});
+    simulation_.faults.Add({call, path, occurrence, error, std::nullopt, false});
 }
 
-void SimulatedBoard::failForever(const std::string& call, const std::string& path, int error,
+void SimulatedBoard::FailForever(const std::string& call, const std::string& path, int error,
                                  std::uint64_t occurrence) {
-    simulation_.faults.add({call, path, occurrence, error, std::nullopt, true});
+    simulation_.faults.Add({call, path, occurrence, error, std::nullopt, true});
 }
 
-void SimulatedBoard::cutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
+void SimulatedBoard::CutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
                               std::uint64_t occurrence) {
-    simulation_.faults.add({call, path, occurrence, 0, bytes, false});
+    simulation_.faults.Add({call, path, occurrence, 0, bytes, false});
 }
 
-void SimulatedBoard::replaceText(const std::string& path, const std::string& text) {
-    kernel().sysfs().replace(path, text);
+void SimulatedBoard::ReplaceText(const std::string& path, const std::string& text) {
+    Kernel().Sysfs().Replace(path, text);
 }
 
-std::string SimulatedBoard::fileOnCard(const std::string& name) const {
-    return contents(simulation_.kernel.cardFolder() + "/" + name);
+std::string SimulatedBoard::FileOnCard(const std::string& name) const {
+    return Contents(simulation_.kernel.CardFolder() + "/" + name);
 }
 
-std::string SimulatedBoard::fileBelowMountPoint(const std::string& name) const {
-    return contents(simulation_.kernel.mountPointFolder() + "/" + name);
+std::string SimulatedBoard::FileBelowMountPoint(const std::string& name) const {
+    return Contents(simulation_.kernel.MountPointFolder() + "/" + name);
 }
 
-void SimulatedBoard::writeFileOnCard(const std::string& name, const std::string& text) const {
-    std::ofstream(simulation_.kernel.cardFolder() + "/" + name, std::ios::binary) << text;
+void SimulatedBoard::WriteFileOnCard(const std::string& name, const std::string& text) const {
+    std::ofstream(simulation_.kernel.CardFolder() + "/" + name, std::ios::binary) << text;
 }
 
 } // namespace sim

@@ -9,64 +9,64 @@ namespace sim {
 namespace {
 
 /// Handing over is one futex word per thread: 0 wait, 1 go.
-void awaitGo(std::atomic<std::uint32_t>& word) {
+void AwaitGo(std::atomic<std::uint32_t>& word) {
     while (word.load(std::memory_order_acquire) == 0) {
         syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
     }
     word.store(0, std::memory_order_relaxed);
 }
 
-void giveGo(std::atomic<std::uint32_t>& word) {
+void GiveGo(std::atomic<std::uint32_t>& word) {
     word.store(1, std::memory_order_release);
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
 /// One chance in so many that the seed takes the processor away at an operation.
-constexpr std::uint64_t chanceOneIn = 4;
+constexpr std::uint64_t kChanceOneIn = 4;
 
 } // namespace
 
-Scheduler::Thread& Scheduler::adoptMainThread() {
-    Thread& thread = create();
+Scheduler::Thread& Scheduler::AdoptMainThread() {
+    Thread& thread = Create();
     ready_.pop_back();
     current_ = &thread;
     return thread;
 }
 
-Scheduler::Thread& Scheduler::create() {
+Scheduler::Thread& Scheduler::Create() {
     threads_.push_back(std::make_unique<Thread>(++created_));
     ready_.push_back(threads_.back().get());
     return *threads_.back();
 }
 
-void Scheduler::begin(Thread& self) {
-    awaitGo(self.go);
+void Scheduler::Begin(Thread& self) {
+    AwaitGo(self.go);
 }
 
-void Scheduler::finish(Thread& self) {
+void Scheduler::Finish(Thread& self) {
     self.finished = true;
-    wake(&self);
-    run(next());
+    Wake(&self);
+    Run(Next());
 }
 
-void Scheduler::forget(Thread& thread) {
+void Scheduler::Forget(Thread& thread) {
     std::erase(ready_, &thread);
     std::erase_if(threads_, [&](const auto& held) { return held.get() == &thread; });
 }
 
-void Scheduler::sleepUntil(Thread& self, Nanoseconds moment, std::string reason, const void* key) {
+void Scheduler::SleepUntil(Thread& self, Nanoseconds moment, std::string reason, const void* key) {
     self.wakeAt = moment;
     self.waitsFor = key;
     self.waitReason = std::move(reason);
     waiting_.push_back(&self);
-    handOver(self);
+    HandOver(self);
 }
 
-void Scheduler::waitFor(Thread& self, const void* key, std::string reason) {
-    sleepUntil(self, never, std::move(reason), key);
+void Scheduler::WaitFor(Thread& self, const void* key, std::string reason) {
+    SleepUntil(self, kNever, std::move(reason), key);
 }
 
-void Scheduler::wake(const void* key) {
+void Scheduler::Wake(const void* key) {
     for (auto at = waiting_.begin(); at != waiting_.end();) {
         if ((*at)->waitsFor == key) {
             ready_.push_back(*at);
@@ -77,46 +77,46 @@ void Scheduler::wake(const void* key) {
     }
 }
 
-void Scheduler::chance(Thread& self) {
-    if (order_ == ThreadOrder::seeded && !ready_.empty() && noise_.below(chanceOneIn) == 0) {
+void Scheduler::Chance(Thread& self) {
+    if (order_ == ThreadOrder::Seeded && !ready_.empty() && noise_.Below(kChanceOneIn) == 0) {
         ready_.push_back(&self);
-        handOver(self);
+        HandOver(self);
     }
 }
 
-void Scheduler::handOver(Thread& self) {
-    Thread& chosen = next();
+void Scheduler::HandOver(Thread& self) {
+    Thread& chosen = Next();
     if (&chosen == &self) {
         current_ = &self;
         return;
     }
-    run(chosen);
-    awaitGo(self.go);
+    Run(chosen);
+    AwaitGo(self.go);
 }
 
-void Scheduler::run(Thread& thread) {
+void Scheduler::Run(Thread& thread) {
     current_ = &thread;
-    giveGo(thread.go);
+    GiveGo(thread.go);
 }
 
-Scheduler::Thread& Scheduler::next() {
+Scheduler::Thread& Scheduler::Next() {
     for (;;) {
-        wakeSleepers();
+        WakeSleepers();
         if (!ready_.empty()) {
-            return take();
+            return Take();
         }
-        Nanoseconds earliest = never;
+        Nanoseconds earliest = kNever;
         for (const Thread* thread : waiting_) {
             earliest = std::min(earliest, thread->wakeAt);
         }
-        if (earliest == never) {
-            deadlock(whoWaitsForWhat());
+        if (earliest == kNever) {
+            deadlock(WhoWaitsForWhat());
         }
         advanceTo(earliest);
     }
 }
 
-void Scheduler::wakeSleepers() {
+void Scheduler::WakeSleepers() {
     const Nanoseconds moment = now();
     std::vector<Thread*> due;
     for (auto at = waiting_.begin(); at != waiting_.end();) {
@@ -132,17 +132,17 @@ void Scheduler::wakeSleepers() {
     ready_.insert(ready_.end(), due.begin(), due.end());
 }
 
-Scheduler::Thread& Scheduler::take() {
+Scheduler::Thread& Scheduler::Take() {
     std::size_t index = 0;
-    if (order_ == ThreadOrder::seeded) {
-        index = static_cast<std::size_t>(noise_.below(ready_.size()));
+    if (order_ == ThreadOrder::Seeded) {
+        index = static_cast<std::size_t>(noise_.Below(ready_.size()));
     }
     Thread& thread = *ready_[index];
     ready_.erase(ready_.begin() + static_cast<std::ptrdiff_t>(index));
     return thread;
 }
 
-std::string Scheduler::whoWaitsForWhat() const {
+std::string Scheduler::WhoWaitsForWhat() const {
     std::string text;
     for (const Thread* thread : waiting_) {
         text += (text.empty() ? "" : "; ") + std::string("thread ") +

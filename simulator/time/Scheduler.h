@@ -24,7 +24,7 @@ class Scheduler {
 
         const unsigned number; ///< 1 is the main thread; counted in order of creation
         std::atomic<std::uint32_t> go{0};
-        Nanoseconds wakeAt = never;
+        Nanoseconds wakeAt = kNever;
         const void* waitsFor = nullptr;
         std::string waitReason;
         bool finished = false;
@@ -40,38 +40,38 @@ class Scheduler {
     std::function<void(const std::string&)> deadlock;
 
     /// Makes the calling thread the one that runs, as thread 1.
-    Thread& adoptMainThread();
+    Thread& AdoptMainThread();
     /// A new thread, ready to run after those that are ready already.
-    Thread& create();
+    Thread& Create();
     /// Called first by a new thread: returns when it is its turn.
-    void begin(Thread& self);
+    void Begin(Thread& self);
     /// Called last by a thread: hands over and returns at once.
-    void finish(Thread& self);
+    void Finish(Thread& self);
     /// Drops a thread that ended.
-    void forget(Thread& thread);
+    void Forget(Thread& thread);
 
     /// Lets others run until board time reaches a moment or somebody wakes the key; `never` waits
     /// for ever.
-    void sleepUntil(Thread& self, Nanoseconds moment, std::string reason,
+    void SleepUntil(Thread& self, Nanoseconds moment, std::string reason,
                     const void* key = nullptr);
     /// Waits until somebody wakes the key.
-    void waitFor(Thread& self, const void* key, std::string reason);
-    void wake(const void* key);
+    void WaitFor(Thread& self, const void* key, std::string reason);
+    void Wake(const void* key);
     /// Hands over to any thread that could run, where the seed picks the order; else does nothing.
-    void chance(Thread& self);
+    void Chance(Thread& self);
 
-    unsigned current() const { return current_ != nullptr ? current_->number : 0; }
+    unsigned Current() const { return current_ != nullptr ? current_->number : 0; }
     /// Threads that have not been joined, the main thread included.
-    std::size_t alive() const { return threads_.size(); }
-    unsigned created() const { return created_; }
+    std::size_t Alive() const { return threads_.size(); }
+    unsigned Created() const { return created_; }
 
   private:
-    void handOver(Thread& self);
-    Thread& next();
-    void wakeSleepers();
-    Thread& take();
-    void run(Thread& thread);
-    std::string whoWaitsForWhat() const;
+    void HandOver(Thread& self);
+    Thread& Next();
+    void WakeSleepers();
+    Thread& Take();
+    void Run(Thread& thread);
+    std::string WhoWaitsForWhat() const;
 
     ThreadOrder order_;
     Noise noise_;

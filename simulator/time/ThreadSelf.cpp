@@ -7,10 +7,10 @@ thread_local Scheduler::Thread* self = nullptr;
 
 } // namespace
 
-Scheduler::Thread* threadSelf() {
+Scheduler::Thread* ThreadSelf() {
     return self;
 }
-void setThreadSelf(Scheduler::Thread* thread) {
+void SetThreadSelf(Scheduler::Thread* thread) {
     self = thread;
 }
 

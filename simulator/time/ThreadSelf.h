@@ -6,7 +6,7 @@ namespace sim {
 
 /// The calling thread as the scheduler knows it; null for a thread that does not take part in a
 /// simulation.
-Scheduler::Thread* threadSelf();
-void setThreadSelf(Scheduler::Thread* thread);
+Scheduler::Thread* ThreadSelf();
+void SetThreadSelf(Scheduler::Thread* thread);
 
 } // namespace sim

@@ -8,69 +8,69 @@
 namespace sim {
 namespace {
 
-constexpr unsigned freeReads = 16;
-constexpr Nanoseconds firstPause = microseconds(20);
-constexpr Nanoseconds longestPause = milliseconds(1);
-constexpr unsigned freeClockLooks = 1000;
+constexpr unsigned kFreeReads = 16;
+constexpr Nanoseconds kFirstPause = Microseconds(20);
+constexpr Nanoseconds kLongestPause = Milliseconds(1);
+constexpr unsigned kFreeClockLooks = 1000;
 
 } // namespace
 
 Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace)
     : board_(board), scheduler_(scheduler), limit_(limit), pace_(pace),
-      realStart_(real::monotonicNanoseconds()) {
-    scheduler_.advanceTo = [this](Nanoseconds moment) { advanceTo(moment); };
-    scheduler_.now = [this] { return now(); };
+      realStart_(real::MonotonicNanoseconds()) {
+    scheduler_.advanceTo = [this](Nanoseconds moment) { AdvanceTo(moment); };
+    scheduler_.now = [this] { return Now(); };
 }
 
-void Timeline::sleepUntil(Nanoseconds moment, const std::string& reason, const void* key) {
+void Timeline::SleepUntil(Nanoseconds moment, const std::string& reason, const void* key) {
     equalReads_ = 0;
-    if (moment > now()) {
-        scheduler_.sleepUntil(*threadSelf(), moment, reason, key);
+    if (moment > Now()) {
+        scheduler_.SleepUntil(*ThreadSelf(), moment, reason, key);
     }
 }
 
-void Timeline::advanceTo(Nanoseconds moment) {
-    if (moment <= now()) {
+void Timeline::AdvanceTo(Nanoseconds moment) {
+    if (moment <= Now()) {
         return;
     }
-    board_.advanceTo(std::min(moment, limit_));
+    board_.AdvanceTo(std::min(moment, limit_));
     if (onAdvance) {
-        onAdvance(now());
+        onAdvance(Now());
     }
-    keepPace();
-    if (now() >= limit_) {
+    KeepPace();
+    if (Now() >= limit_) {
         onLimit();
     }
 }
 
-void Timeline::keepPace() const {
+void Timeline::KeepPace() const {
     if (pace_ <= 0.0) {
         return;
     }
-    const auto due = realStart_ + static_cast<long long>(static_cast<double>(now()) / pace_);
-    const long long early = due - real::monotonicNanoseconds();
+    const auto due = realStart_ + static_cast<long long>(static_cast<double>(Now()) / pace_);
+    const long long early = due - real::MonotonicNanoseconds();
     if (early > 0) {
-        real::sleepFor(early);
+        real::SleepFor(early);
     }
 }
 
-void Timeline::pollsLine(unsigned line) {
-    if (line != polledLine_ || equalReads_ < freeReads) {
+void Timeline::PollsLine(unsigned line) {
+    if (line != polledLine_ || equalReads_ < kFreeReads) {
         return;
     }
-    pause(equalReads_ - freeReads, "a line that it polls");
+    Pause(equalReads_ - kFreeReads, "a line that it polls");
 }
 
-void Timeline::pause(unsigned before, const std::string& reason) {
-    board_.settle(); // else what is due now would end every pause before it begins
-    const Nanoseconds span = std::min(firstPause << std::min(before, 6U), longestPause);
-    const Nanoseconds until = std::min(now() + span, std::max(board_.nextEvent(), now()));
-    if (until > now()) {
-        scheduler_.sleepUntil(*threadSelf(), until, reason);
+void Timeline::Pause(unsigned before, const std::string& reason) {
+    board_.Settle(); // else what is due now would end every pause before it begins
+    const Nanoseconds span = std::min(kFirstPause << std::min(before, 6U), kLongestPause);
+    const Nanoseconds until = std::min(Now() + span, std::max(board_.NextEvent(), Now()));
+    if (until > Now()) {
+        scheduler_.SleepUntil(*ThreadSelf(), until, reason);
     }
 }
 
-void Timeline::lineRead(unsigned line, bool level) {
+void Timeline::LineRead(unsigned line, bool level) {
     if (line == polledLine_ && level == polledLevel_) {
         ++equalReads_;
     } else {
@@ -80,15 +80,15 @@ void Timeline::lineRead(unsigned line, bool level) {
     }
 }
 
-void Timeline::looksAtClock() {
-    if (now() != lookedAt_) {
+void Timeline::LooksAtClock() {
+    if (Now() != lookedAt_) {
         clockLooks_ = 0;
     }
-    if (clockLooks_ >= freeClockLooks) {
-        pause(clockLooks_ - freeClockLooks, "the clock that it looks at");
+    if (clockLooks_ >= kFreeClockLooks) {
+        Pause(clockLooks_ - kFreeClockLooks, "the clock that it looks at");
     }
     ++clockLooks_;
-    lookedAt_ = now();
+    lookedAt_ = Now();
 }
 
 } // namespace sim

@@ -18,28 +18,28 @@ class Timeline {
     /// Called whenever time has passed.
     std::function<void(Nanoseconds now)> onAdvance;
 
-    Nanoseconds now() const { return board_.now(); }
+    Nanoseconds Now() const { return board_.Now(); }
     /// The calling thread works for a span: time passes, nobody else runs.
-    void work(Nanoseconds span) { advanceTo(now() + span); }
+    void Work(Nanoseconds span) { AdvanceTo(Now() + span); }
     /// The calling thread sleeps until a moment; others run.
     /// With a key, also until somebody wakes it.
-    void sleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
+    void SleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
 
     /// The calling thread is about to read a line's level once more. After 16 equal reads in a row
     /// each further one costs a growing span of up to 1 ms, cut short where the line may change.
-    void pollsLine(unsigned line);
-    void lineRead(unsigned line, bool level);
+    void PollsLine(unsigned line);
+    void LineRead(unsigned line, bool level);
     /// The calling thread looks at a clock. After 1000 looks at one and the same moment each
     /// further one costs as a poll does: else a program that waits for a moment would wait for
     /// ever.
-    void looksAtClock();
+    void LooksAtClock();
     /// The calling thread did something else: a poll in progress has ended.
-    void busy() { equalReads_ = 0; }
+    void Busy() { equalReads_ = 0; }
 
   private:
-    void advanceTo(Nanoseconds moment);
-    void pause(unsigned before, const std::string& reason);
-    void keepPace() const;
+    void AdvanceTo(Nanoseconds moment);
+    void Pause(unsigned before, const std::string& reason);
+    void KeepPace() const;
 
     Board& board_;
     Scheduler& scheduler_;

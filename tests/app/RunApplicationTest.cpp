@@ -48,7 +48,7 @@ TEST(RunApplication, EndsInSilenceWhenADeviceCannotBeMade) {
         const sim::SimulatedBoard board;
         const MemoryForDevices memory(devices);
         EXPECT_EQ(ConsoleOf(RunApplication), "") << devices << " of five devices made";
-        EXPECT_EQ(board.now(), 0);
+        EXPECT_EQ(board.Now(), 0);
     }
 }
 
@@ -56,9 +56,9 @@ TEST(RunApplication, GivesBackTheDevicesItCouldMake) {
     sim::SimulatedBoard board;
     const MemoryForDevices memory(2); // converter and LED
     ConsoleOf(RunApplication);
-    EXPECT_EQ(board.kernel().held(), 0U);
-    EXPECT_FALSE(board.channel(0).exported);
-    EXPECT_FALSE(board.channel(0).enabled);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+    EXPECT_FALSE(board.Channel(0).exported);
+    EXPECT_FALSE(board.Channel(0).enabled);
 }
 
 } // namespace

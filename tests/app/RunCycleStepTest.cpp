@@ -63,14 +63,14 @@ const std::string kSanityCheckStep = "main.cpp, 889: 17, 0\n"
 
 TEST(RunCycleStep, DoesNothingWithoutTableOrCycle) {
     Instrument instrument;
-    instrument.board.forget();
+    instrument.board.Forget();
     EXPECT_EQ(ConsoleOf([&] {
                   RunCycleStep(nullptr, &instrument.cycle);
                   RunCycleStep(&instrument.table, nullptr);
                   RunCycleStep(nullptr, nullptr);
               }),
               "");
-    EXPECT_EQ(instrument.board.events(), Texts{});
+    EXPECT_EQ(instrument.board.Events(), Texts{});
     EXPECT_EQ(instrument.table.Step(), 1);
 }
 
@@ -108,7 +108,7 @@ TEST(RunCycleStep, AnnouncesAndLogsTheResultAfterTheLastStep) {
     const std::string result = "TAVRELIN,2026-03-07 09:00.02,185.040,1,0.1.4.47\n,Sanity Check\n";
     EXPECT_EQ(instrument.RunStep(),
               StatusLine("0.000", "Sanity Check") + kSanityCheckStep + result);
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-07_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-07_logfile.csv"),
               "2026-03-07 09:00.02,,,0.107906,185.04,20,3e+06,2.34e+06\n");
 }
 
@@ -132,19 +132,19 @@ TEST(RunCycleStep, AppendsTheRecordsOfADayToOneFile) {
         instrument.RunStep();
     }
     const std::string record = "2026-03-07 09:00.02,,,0.107906,185.04,20,3e+06,2.34e+06\n";
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-07_logfile.csv"), record + record);
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-07_logfile.csv"), record + record);
 }
 
 // Steps 14 to 17, of which 14 ends half a second before midnight and 15 half a second after it.
 TEST(RunCycleStep, LogsAMeasurementUnderTheDateOfItsEnd) {
     Instrument instrument({}, StartingAt("2026-03-07 23:59:56"));
-    instrument.board.elapse(sim::milliseconds(500));
+    instrument.board.Elapse(sim::Milliseconds(500));
     instrument.SetReadings(20.0F, 3000000.0F, 2340000.0F);
     for (instrument.TurnTo(14); instrument.table.Step() != 1;) {
         instrument.RunStep();
     }
-    const std::string before = instrument.board.fileOnCard("2026-03-07_logfile.csv");
-    const std::string after = instrument.board.fileOnCard("2026-03-08_logfile.csv");
+    const std::string before = instrument.board.FileOnCard("2026-03-07_logfile.csv");
+    const std::string after = instrument.board.FileOnCard("2026-03-08_logfile.csv");
     EXPECT_EQ(before.rfind("2026-03-07 23:59:58, ", 0), 0U);
     EXPECT_EQ(before.find(",,,"), std::string::npos);
     EXPECT_NE(after.find("\n2026-03-08 00:00.00,,,"), std::string::npos);
@@ -159,7 +159,7 @@ TEST(RunCycleStep, LosesTheRecordWithoutACardButNotTheResult) {
     EXPECT_EQ(instrument.RunStep(), StatusLine("0.000", "Sanity Check") + kSanityCheckStep +
                                         StatusLine("185.040", "Sanity Check"));
     EXPECT_EQ(instrument.table.Step(), 1);
-    EXPECT_EQ(instrument.board.fileBelowMountPoint("2026-03-07_logfile.csv"), "");
+    EXPECT_EQ(instrument.board.FileBelowMountPoint("2026-03-07_logfile.csv"), "");
 }
 
 TEST(RunCycleStep, RecordsTheSentinelsWhenSampleEqualsDark) {
@@ -167,7 +167,7 @@ TEST(RunCycleStep, RecordsTheSentinelsWhenSampleEqualsDark) {
     instrument.TurnTo(17);
     instrument.SetReadings(20.0F, 3000000.0F, 20.0F);
     EXPECT_NE(instrument.RunStep().find(",-1714.818,"), std::string::npos);
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-07_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-07_logfile.csv"),
               "2026-03-07 09:00.02,,,-1,-1714.82,20,3e+06,20\n");
 }
 
@@ -176,7 +176,7 @@ TEST(RunCycleStep, RecordsAReadingThatIsNaNWithConcentrationZero) {
     instrument.TurnTo(17);
     instrument.SetReadings(-std::numeric_limits<float>::quiet_NaN(), 3000000.0F, 2340000.0F);
     EXPECT_NE(instrument.RunStep().find(",0.000,1,0.1.4.47\n,Sanity Check\n"), std::string::npos);
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-07_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-07_logfile.csv"),
               "2026-03-07 09:00.02,,,nan,0,nan,3e+06,2.34e+06\n");
 }
 
@@ -185,7 +185,7 @@ TEST(RunCycleStep, RecordsNaNForAReferenceDarkerThanDark) {
     instrument.TurnTo(17);
     instrument.SetReadings(20.0F, 10.0F, 30.0F);
     EXPECT_NE(instrument.RunStep().find(", nan,1,0.1.4.47\n,Sanity Check\n"), std::string::npos);
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-07_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-07_logfile.csv"),
               "2026-03-07 09:00.02,,,nan,nan,20,10,30\n");
 }
 

@@ -65,22 +65,22 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(StatusReport, ShowsWhetherTheCardIsMountedAnewInEveryLine) {
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
-    board_.card().mountAtStart();
+    board_.Card().MountAtStart();
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,1,"), std::string::npos);
-    board_.card().unmount("/mnt/sd-card", false);
+    board_.Card().Unmount("/mnt/sd-card", false);
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
 }
 
 TEST_F(StatusReport, ShowsAPulledCardThatIsStillListedAsMounted) {
-    board_.card().mountAtStart();
-    board_.removeCard();
-    board_.elapse(sim::seconds(1));
+    board_.Card().MountAtStart();
+    board_.RemoveCard();
+    board_.Elapse(sim::Seconds(1));
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,1,"), std::string::npos);
 }
 
 TEST_F(StatusReport, ShowsNoCardWithoutAMountTable) {
-    board_.card().mountAtStart();
-    board_.takeAway("/etc/mtab");
+    board_.Card().MountAtStart();
+    board_.TakeAway("/etc/mtab");
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
 }
 

@@ -48,12 +48,12 @@ TEST(Timestamp, FollowsSummerTime) {
 TEST(Timestamp, FollowsAClockThatIsSetBack) {
     const TimeZone utc;
     Scenario scenario;
-    scenario.events = {{sim::seconds(60), WorldEvent::Kind::jumpClock, -3600, 0}};
+    scenario.events = {{sim::Seconds(60), WorldEvent::Kind::JumpClock, -3600, 0}};
     SimulatedBoard board(scenario, StartingAt("2026-03-08 00:30:00"));
     EXPECT_EQ(TimestampText(), "2026-03-08 00:30.00");
-    board.elapse(sim::seconds(59));
+    board.Elapse(sim::Seconds(59));
     EXPECT_EQ(TimestampText(), "2026-03-08 00:30.59");
-    board.elapse(sim::seconds(1));
+    board.Elapse(sim::Seconds(1));
     EXPECT_EQ(TimestampText(), "2026-03-07 23:31.00");
     EXPECT_EQ(DateText(), "2026-03-07");
 }

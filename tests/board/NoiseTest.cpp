@@ -12,9 +12,9 @@ TEST(Noise, IsTheSameForTheSameSeedAndAnotherForAnother) {
     Noise other(8);
     bool differs = false;
     for (int i = 0; i < 100; ++i) {
-        const std::uint64_t number = first.next();
-        EXPECT_EQ(number, second.next());
-        differs = differs || number != other.next();
+        const std::uint64_t number = first.Next();
+        EXPECT_EQ(number, second.Next());
+        differs = differs || number != other.Next();
     }
     EXPECT_TRUE(differs);
 }
@@ -25,7 +25,7 @@ TEST(Noise, HasMeanZeroAndDeviationOne) {
     double sum = 0.0;
     double squares = 0.0;
     for (int i = 0; i < count; ++i) {
-        const double number = noise.normal();
+        const double number = noise.Normal();
         sum += number;
         squares += number * number;
     }

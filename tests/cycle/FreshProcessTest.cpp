@@ -32,7 +32,7 @@ TEST_F(FreshProcessDeathTest, ReadsZeroBeforeTheFirstResult) {
 bool TurnsHalfATurnTo180Degrees() {
     Instrument instrument;
     instrument.Run({.angle = 180.0F, .speed = 180, .duration = 1000});
-    return instrument.board.board().shaft.stepsTurned(instrument.board.now()) == 800;
+    return instrument.board.Model().shaft.StepsTurned(instrument.board.Now()) == 800;
 }
 
 TEST_F(FreshProcessDeathTest, DeliversFromAngleZero) {

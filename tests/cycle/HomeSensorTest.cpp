@@ -25,7 +25,7 @@ TEST(HomeSensor, ClaimsItsLineAsInputWithBothEdges) {
 
 TEST(HomeSensor, SeesTheFlagAtALowLevel) {
     SimulatedBoard board;
-    board.setInput("B18", false);
+    board.SetInput("B18", false);
     HomeSensor sensor;
     EXPECT_TRUE(sensor.IsStopPosition());
     EXPECT_FALSE(sensor.IsLevelHigh());
@@ -33,7 +33,7 @@ TEST(HomeSensor, SeesTheFlagAtALowLevel) {
 
 TEST(HomeSensor, SeesNoFlagAtAHighLevel) {
     SimulatedBoard board;
-    board.setInput("B18", true);
+    board.SetInput("B18", true);
     HomeSensor sensor;
     EXPECT_FALSE(sensor.IsStopPosition());
     EXPECT_TRUE(sensor.IsLevelHigh());
@@ -41,7 +41,7 @@ TEST(HomeSensor, SeesNoFlagAtAHighLevel) {
 
 TEST(HomeSensor, AnswersNeitherWhenItsLineCannotBeHad) {
     SimulatedBoard board;
-    board.takeAway("/sys/class/gpio/export");
+    board.TakeAway("/sys/class/gpio/export");
     testing::internal::CaptureStderr();
     {
         HomeSensor sensor;
@@ -57,16 +57,16 @@ TEST(HomeSensor, AnswersNeitherWhenItsLineCannotBeHad) {
 
 TEST(HomeSensor, TakesALevelThatCannotBeReadForTheFlag) {
     SimulatedBoard board;
-    board.setInput("B18", true);
+    board.SetInput("B18", true);
     HomeSensor sensor;
-    board.failForever("open", kValue, EACCES);
+    board.FailForever("open", kValue, EACCES);
     EXPECT_TRUE(sensor.IsStopPosition());
     EXPECT_FALSE(sensor.IsLevelHigh());
 }
 
 TEST(HomeSensor, SetsNoEdgeWhenItsModeCannotBeSet) {
     SimulatedBoard board;
-    board.fail("open", kDirection, EACCES, 2); // the first is the line's own beginning
+    board.Fail("open", kDirection, EACCES, 2); // the first is the line's own beginning
     testing::internal::CaptureStderr();
     const HomeSensor sensor;
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "unable to set the gpio mode");
@@ -76,7 +76,7 @@ TEST(HomeSensor, SetsNoEdgeWhenItsModeCannotBeSet) {
 TEST(HomeSensor, ReleasesItsLine) {
     SimulatedBoard board;
     { const HomeSensor sensor; }
-    EXPECT_FALSE(board.line("B18").exported);
+    EXPECT_FALSE(board.Line("B18").exported);
     EXPECT_EQ(Writes(board).back(), "gpio/unexport 50");
 }
 

@@ -25,8 +25,8 @@ std::string WithoutQuotes(std::string text) {
 Instrument::Instrument(const sim::Scenario& scenario, const sim::RunOptions& options)
     : board(scenario, options) {
     cycle.Init();
-    cycle.valve()->Init();
-    board.forget();
+    cycle.Valve()->Init();
+    board.Forget();
 }
 
 // A delivery that cannot lock the motor has been at its target all the same.
@@ -35,20 +35,20 @@ void Instrument::SetLastPumpAngle(float angle) {
     request.MotorAngle = angle;
     request.MotorSpeed = 1;
     request.Duration = 1;
-    request.reagentPump = cycle.reagentPump();
-    board.fail("pthread_mutex_lock", "", EINVAL);
+    request.reagentPump = cycle.ReagentPump();
+    board.Fail("pthread_mutex_lock", "", EINVAL);
     testing::internal::CaptureStdout();
     DeliverReagent(&request);
     std::cout.flush();
     testing::internal::GetCapturedStdout();
-    board.stopFailing();
-    board.forget();
+    board.StopFailing();
+    board.Forget();
 }
 
 StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const Step& step,
                     bool flags, std::uint32_t count) {
     StepOutcome outcome;
-    const sim::Nanoseconds begin = board.now();
+    const sim::Nanoseconds begin = board.Now();
     testing::internal::CaptureStdout();
     outcome.success =
         doStepRequest(cycle, step.angle, step.speed, step.findStart, step.duration, step.led,
@@ -56,13 +56,13 @@ StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const S
                       flags ? outcome.slots.data() : nullptr, count);
     std::cout.flush();
     outcome.console = testing::internal::GetCapturedStdout();
-    outcome.boardTime = board.now() - begin;
+    outcome.boardTime = board.Now() - begin;
     return outcome;
 }
 
 sim::Texts Writes(const sim::SimulatedBoard& board) {
     sim::Texts writes;
-    for (const std::string& event : board.events()) {
+    for (const std::string& event : board.Events()) {
         const std::string operation = event.substr(0, event.find(' '));
         if (operation == "write" || operation == "ioctl") {
             writes.push_back(WithoutQuotes(ShortOperation(event).substr(operation.size() + 1)));

@@ -56,7 +56,7 @@ class Instrument {
     void SetLastPumpAngle(float angle);
 
     /// Text of the log of the day on which a board starts unless told otherwise.
-    [[nodiscard]] std::string Log() const { return board.fileOnCard("2026-03-07_logfile.csv"); }
+    [[nodiscard]] std::string Log() const { return board.FileOnCard("2026-03-07_logfile.csv"); }
 };
 
 /// Only what was written to lines, channels and converter: "pwm0/enable 1", "B15/value 0", "spi

@@ -29,7 +29,7 @@ const Step kFullStep = {
 class JoinFailures : public testing::Test {
   protected:
     /// Joins are those of stirring, valve, monitoring, LED, reagent delivery, as far as started.
-    void RefuseJoin(std::uint64_t join) { board.fail("pthread_join", "", EINVAL, join); }
+    void RefuseJoin(std::uint64_t join) { board.Fail("pthread_join", "", EINVAL, join); }
 
     Instrument instrument;
     SimulatedBoard& board = instrument.board;
@@ -53,7 +53,7 @@ TEST_F(JoinFailures, OfTheValveJoinAreOverruledByLaterJoins) {
 }
 
 TEST_F(JoinFailures, OfTheMonitoringJoinLeaveTheSuccessAndStillGiveAnAverage) {
-    board.fail("pthread_create", "", EAGAIN); // the LED's, whose join would overrule
+    board.Fail("pthread_create", "", EAGAIN); // the LED's, whose join would overrule
     RefuseJoin(3);
     Step step = kFullStep;
     step.speed = 0;

@@ -21,12 +21,12 @@ TEST(MeasurementCycle, BeginsWithoutDevicesAndReadings) {
     EXPECT_EQ(cycle.DarkCount(), 0.0F);
     EXPECT_EQ(cycle.Reference(), 0.0F);
     EXPECT_EQ(cycle.ReactedSample(), 0.0F);
-    EXPECT_EQ(cycle.stirrer(), nullptr);
-    EXPECT_EQ(cycle.reagentPump(), nullptr);
-    EXPECT_EQ(cycle.valve(), nullptr);
-    EXPECT_EQ(cycle.led(), nullptr);
-    EXPECT_EQ(cycle.externalAdc(), nullptr);
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(cycle.Stirrer(), nullptr);
+    EXPECT_EQ(cycle.ReagentPump(), nullptr);
+    EXPECT_EQ(cycle.Valve(), nullptr);
+    EXPECT_EQ(cycle.Led(), nullptr);
+    EXPECT_EQ(cycle.ExternalAdc(), nullptr);
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST(MeasurementCycle, TakesItsDevicesAndThenItsLinesInOrder) {
@@ -55,18 +55,18 @@ TEST(MeasurementCycle, TakesItsDevicesAndThenItsLinesInOrder) {
                "A6/edge none", "A4/direction out", "A4/edge none", "A5/direction out",
                "A5/edge none", "A6/direction out", "A6/edge none", "A4/value 1", "A5/value 1",
                "A6/value 1"}));
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST(MeasurementCycle, GivesEachDeviceItsChannel) {
     SimulatedBoard board;
     MeasurementCycle cycle;
     ASSERT_TRUE(cycle.Init());
-    EXPECT_EQ(cycle.led()->channel(), 0);
-    EXPECT_EQ(cycle.reagentPump()->channel(), 1);
-    EXPECT_EQ(cycle.stirrer()->channel(), 2);
-    EXPECT_EQ(cycle.valve()->channel(), 3);
-    EXPECT_EQ(cycle.valve()->frequency(), 1000);
+    EXPECT_EQ(cycle.Led()->Channel(), 0);
+    EXPECT_EQ(cycle.ReagentPump()->Channel(), 1);
+    EXPECT_EQ(cycle.Stirrer()->Channel(), 2);
+    EXPECT_EQ(cycle.Valve()->Channel(), 3);
+    EXPECT_EQ(cycle.Valve()->Frequency(), 1000);
 }
 
 TEST(MeasurementCycle, CountsDevicesAsCreatedEvenWithoutABoard) {
@@ -83,20 +83,20 @@ TEST(MeasurementCycle, CountsDevicesAsCreatedEvenWithoutABoard) {
               "StepperDriverBase: Setting up enable GPIO pin failed\n"
               "StepperDriverBase: Setting up direction GPIO pin failed\n"
               "Setting current limit GPIO pin(s) to outputs failed\n");
-    EXPECT_NE(cycle.externalAdc(), nullptr);
-    EXPECT_NE(cycle.led(), nullptr);
-    EXPECT_NE(cycle.reagentPump(), nullptr);
-    EXPECT_NE(cycle.valve(), nullptr);
-    EXPECT_NE(cycle.stirrer(), nullptr);
+    EXPECT_NE(cycle.ExternalAdc(), nullptr);
+    EXPECT_NE(cycle.Led(), nullptr);
+    EXPECT_NE(cycle.ReagentPump(), nullptr);
+    EXPECT_NE(cycle.Valve(), nullptr);
+    EXPECT_NE(cycle.Stirrer(), nullptr);
 }
 
 TEST(MeasurementCycle, ReleasesConverterLedValvePumpAndStirrerInThisOrder) {
     SimulatedBoard board;
     auto cycle = std::make_unique<MeasurementCycle>();
     ASSERT_TRUE(cycle->Init());
-    ASSERT_TRUE(cycle->valve()->Init());
-    board.forget();
-    board.fail("close", "/dev/spidev32765.1", EIO); // a close that succeeds is not told
+    ASSERT_TRUE(cycle->Valve()->Init());
+    board.Forget();
+    board.Fail("close", "/dev/spidev32765.1", EIO); // a close that succeeds is not told
     testing::internal::CaptureStderr();
     cycle.reset();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Could not close SPI device");
@@ -114,7 +114,7 @@ TEST(MeasurementCycle, ReleasesConverterLedValvePumpAndStirrerInThisOrder) {
                // the stirrer
                "thread 1: write pwm2/enable \"0\" EINVAL",
                "thread 1: write pwmchip0/unexport \"2\"", "thread 1: write gpio/unexport \"47\""}));
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(MeasurementCycle, ReleasesNothingWithoutDevices) {
@@ -122,7 +122,7 @@ TEST(MeasurementCycle, ReleasesNothingWithoutDevices) {
     testing::internal::CaptureStderr();
     { const MeasurementCycle cycle; }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::Scenario;
 using sim::SimulatedBoard;
 using sim::Texts;
@@ -27,7 +27,7 @@ class Monitor {
         request.Duration = duration;
         request.Description = "Mixing";
         request.samples = &samples;
-        request.externalAdc = instrument.cycle.externalAdc();
+        request.externalAdc = instrument.cycle.ExternalAdc();
         return MonitorOptics(&request);
     }
 
@@ -51,7 +51,7 @@ TEST_P(MonitorFor, ReadsEvery250MillisecondsUntilLessThan100AreLeft) {
     Monitor monitor;
     EXPECT_TRUE(monitor.Run(GetParam().duration));
     EXPECT_EQ(monitor.samples.size(), static_cast<std::size_t>(GetParam().readings));
-    EXPECT_EQ(monitor.board.now(), milliseconds(250) * GetParam().readings);
+    EXPECT_EQ(monitor.board.Now(), Milliseconds(250) * GetParam().readings);
     EXPECT_EQ(CountOf(monitor.board, "write spi a080"), GetParam().readings);
 }
 
@@ -72,8 +72,8 @@ TEST(OpticalMonitor, DoesNothingWithoutRequestOrConverter) {
     EXPECT_FALSE(MonitorOptics(nullptr));
     EXPECT_FALSE(MonitorOptics(&request));
     EXPECT_EQ(samples, std::vector<float>{});
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST(OpticalMonitor, AddsEveryReadingToTheSamplesInItsOrder) {
@@ -100,11 +100,11 @@ TEST(OpticalMonitor, AddsTheLastReadingAgainWhenThereIsNoNewOne) {
 TEST(OpticalMonitor, SamplesAnHourMoreWhenTheClockIsSetBackByAnHour) {
     Scenario scenario;
     scenario.events = {
-        {.at = milliseconds(600), .kind = WorldEvent::Kind::jumpClock, .value = -3600}};
+        {.at = Milliseconds(600), .kind = WorldEvent::Kind::JumpClock, .value = -3600}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(1000));
     EXPECT_EQ(monitor.samples.size(), 4U + 3600 * 4);
-    EXPECT_EQ(monitor.board.now(), sim::seconds(3601));
+    EXPECT_EQ(monitor.board.Now(), sim::Seconds(3601));
     const std::string log = monitor.instrument.Log();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 4 + 3600 * 4);
     EXPECT_NE(log.find("2026-03-07 08:0:0,"), std::string::npos);
@@ -113,35 +113,35 @@ TEST(OpticalMonitor, SamplesAnHourMoreWhenTheClockIsSetBackByAnHour) {
 TEST(OpticalMonitor, EndsAtOnceWhenTheClockIsSetForward) {
     Scenario scenario;
     scenario.events = {
-        {.at = milliseconds(600), .kind = WorldEvent::Kind::jumpClock, .value = 3600}};
+        {.at = Milliseconds(600), .kind = WorldEvent::Kind::JumpClock, .value = 3600}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(60000));
     EXPECT_EQ(monitor.samples.size(), 3U);
-    EXPECT_EQ(monitor.board.now(), milliseconds(750));
+    EXPECT_EQ(monitor.board.Now(), Milliseconds(750));
 }
 
 TEST(OpticalMonitor, ReadsOnUntilAMissingCardIsThere) {
     Scenario scenario;
     scenario.cardPresent = false;
-    scenario.events = {{.at = milliseconds(2100), .kind = WorldEvent::Kind::insertCard}};
+    scenario.events = {{.at = Milliseconds(2100), .kind = WorldEvent::Kind::InsertCard}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(0));
     EXPECT_EQ(monitor.samples.size(), 9U);
-    EXPECT_EQ(monitor.board.now(), milliseconds(2250)) << "the first reading after 2100 ms";
+    EXPECT_EQ(monitor.board.Now(), Milliseconds(2250)) << "the first reading after 2100 ms";
     EXPECT_EQ(CountOf(monitor.board, "open card/"), 1);
     const std::string log = monitor.instrument.Log();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 9) << "none is lost";
-    EXPECT_EQ(monitor.board.fileBelowMountPoint("2026-03-07_logfile.csv"), "");
+    EXPECT_EQ(monitor.board.FileBelowMountPoint("2026-03-07_logfile.csv"), "");
 }
 
 TEST(OpticalMonitor, ReadsOnWhileACardThatWasPulledIsAway) {
     Scenario scenario;
     scenario.cardMounted = true;
-    scenario.events = {{.at = milliseconds(100), .kind = WorldEvent::Kind::removeCard},
-                       {.at = milliseconds(5100), .kind = WorldEvent::Kind::insertCard}};
+    scenario.events = {{.at = Milliseconds(100), .kind = WorldEvent::Kind::RemoveCard},
+                       {.at = Milliseconds(5100), .kind = WorldEvent::Kind::InsertCard}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(1000));
-    EXPECT_EQ(monitor.board.now(), milliseconds(5250));
+    EXPECT_EQ(monitor.board.Now(), Milliseconds(5250));
     EXPECT_EQ(CountOf(monitor.board, "umount"), 1);
     EXPECT_EQ(CountOf(monitor.board, ": mount"), 1);
     const std::string log = monitor.instrument.Log();
@@ -153,8 +153,8 @@ TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
     scenario.cardMounted = true;
     Monitor monitor(scenario);
     const std::string log = "/mnt/sd-card/2026-03-07_logfile.csv";
-    monitor.board.fail("open", log, EACCES, 1);
-    monitor.board.fail("open", log, EMFILE, 2);
+    monitor.board.Fail("open", log, EACCES, 1);
+    monitor.board.Fail("open", log, EMFILE, 2);
     EXPECT_TRUE(monitor.Run(0));
     EXPECT_EQ(monitor.samples.size(), 3U);
     EXPECT_EQ(monitor.instrument.Log(), "2026-03-07 09:0:0, 3000000,Mixing,,\n"
@@ -165,12 +165,12 @@ TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
 TEST(OpticalMonitor, MakesItsStepWaitForTheCard) {
     Scenario scenario;
     scenario.cardPresent = false;
-    scenario.events = {{.at = sim::seconds(60), .kind = WorldEvent::Kind::insertCard}};
+    scenario.events = {{.at = sim::Seconds(60), .kind = WorldEvent::Kind::InsertCard}};
     Instrument instrument(scenario);
     const StepOutcome outcome = instrument.Run(
         {.duration = 1000, .sampling = true, .description = "Dark Count Measurement"});
     EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.boardTime, sim::seconds(60));
+    EXPECT_EQ(outcome.boardTime, sim::Seconds(60));
     EXPECT_EQ(instrument.cycle.DarkCount(), 20000.0F);
 }
 

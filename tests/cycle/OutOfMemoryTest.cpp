@@ -45,12 +45,12 @@ TEST_P(ShortOfMemory, InitCreatesNoDeviceAfterTheFirstThatCannotBe) {
     const int created = GetParam();
     allocationsToRefusal = created;
     EXPECT_FALSE(cycle.Init());
-    EXPECT_EQ(cycle.externalAdc() != nullptr, created > 0);
-    EXPECT_EQ(cycle.led() != nullptr, created > 1);
-    EXPECT_EQ(cycle.reagentPump() != nullptr, created > 2);
-    EXPECT_EQ(cycle.valve() != nullptr, created > 3);
-    EXPECT_EQ(cycle.stirrer(), nullptr);
-    EXPECT_EQ(board.writesTo("gpio"), Texts{}) << "no line is set up";
+    EXPECT_EQ(cycle.ExternalAdc() != nullptr, created > 0);
+    EXPECT_EQ(cycle.Led() != nullptr, created > 1);
+    EXPECT_EQ(cycle.ReagentPump() != nullptr, created > 2);
+    EXPECT_EQ(cycle.Valve() != nullptr, created > 3);
+    EXPECT_EQ(cycle.Stirrer(), nullptr);
+    EXPECT_EQ(board.WritesTo("gpio"), Texts{}) << "no line is set up";
 }
 
 INSTANTIATE_TEST_SUITE_P(AfterDevices, ShortOfMemory, testing::Values(0, 1, 2, 3, 4));
@@ -60,13 +60,13 @@ class PrimeShortOfMemory : public ShortOfMemory {};
 TEST_P(PrimeShortOfMemory, PrimeRefusesWithoutPumpOrValve) {
     allocationsToRefusal = GetParam();
     ASSERT_FALSE(cycle.Init());
-    board.forget();
+    board.Forget();
     testing::internal::CaptureStdout();
     EXPECT_FALSE(cycle.Prime());
     std::cout.flush();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "MeasurementCycle.cpp, 162, NULL Pointer ERROR!\n");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 // Neither pump nor valve; the pump alone.

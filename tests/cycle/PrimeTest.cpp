@@ -17,7 +17,7 @@ class Prime : public testing::Test {
   protected:
     Prime() {
         cycle.Init();
-        board.forget();
+        board.Forget();
     }
 
     bool RunPrime() {
@@ -51,8 +51,8 @@ TEST_F(Prime, OpensTheValveTurnsThePumpTwiceAndClosesTheValve) {
                                     "A6/value 0", "A2/value 0",
                                     // the valve closes
                                     "pwm3/enable 0"}));
-    EXPECT_EQ(board.now(), sim::milliseconds(2000));
-    EXPECT_EQ(board.board().shaft.stepsTurned(board.now()), 3200);
+    EXPECT_EQ(board.Now(), sim::Milliseconds(2000));
+    EXPECT_EQ(board.Model().shaft.StepsTurned(board.Now()), 3200);
 }
 
 TEST_F(Prime, SaysWhatTheValveDid) {
@@ -64,18 +64,18 @@ TEST_F(Prime, SaysWhatTheValveDid) {
 }
 
 TEST_F(Prime, AnswersForThePumpAndStillClosesTheValve) {
-    board.fail("pthread_mutex_lock", "", EINVAL); // the pump's own lock
+    board.Fail("pthread_mutex_lock", "", EINVAL); // the pump's own lock
     EXPECT_FALSE(RunPrime());
     EXPECT_EQ(console, "MeasurementCycle.cpp, 150, success: 1\n"
                        "MeasurementCycle.cpp, 152, success: 1\n"
                        "StepperDriverMotor::MoveAngle failed!\n"
                        "MeasurementCycle.cpp, 158, success: 1\n");
     EXPECT_EQ(Writes(board).back(), "pwm3/enable 0");
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST_F(Prime, SucceedsWithAValveThatDoesNotSwitch) {
-    board.takeAway("/sys/class/pwm/pwmchip0/pwm3");
+    board.TakeAway("/sys/class/pwm/pwmchip0/pwm3");
     EXPECT_TRUE(RunPrime());
     EXPECT_EQ(console, "MeasurementCycle.cpp, 150, success: 1\n"
                        "ValvePWM::ValveOn: valve did not successfully turn on\n"
@@ -83,7 +83,7 @@ TEST_F(Prime, SucceedsWithAValveThatDoesNotSwitch) {
                        "not locked yet\n"
                        "ValvePWM::ValveOff: error turning valve off\n"
                        "MeasurementCycle.cpp, 158, success: 0\n");
-    EXPECT_EQ(board.board().shaft.stepsTurned(board.now()), 3200);
+    EXPECT_EQ(board.Model().shaft.StepsTurned(board.Now()), 3200);
 }
 
 TEST(PrimeWithoutDevices, SaysSoAndTouchesNothing) {
@@ -94,14 +94,14 @@ TEST(PrimeWithoutDevices, SaysSoAndTouchesNothing) {
     std::cout.flush();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "MeasurementCycle.cpp, 162, NULL Pointer ERROR!\n");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST(StartPositionWithoutPump, IsNotFound) {
     SimulatedBoard board;
     MeasurementCycle cycle;
     EXPECT_FALSE(cycle.doFindStartPosition(360));
-    EXPECT_FALSE(board.line("B18").exported);
+    EXPECT_FALSE(board.Line("B18").exported);
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::SimulatedBoard;
 using sim::Texts;
 
@@ -23,25 +23,25 @@ class ReagentDelivery : public testing::Test {
         request.MotorSpeed = speed;
         request.FindStartPosition = findStart;
         request.Duration = duration;
-        request.reagentPump = instrument.cycle.reagentPump();
+        request.reagentPump = instrument.cycle.ReagentPump();
         return Deliver(request);
     }
 
     bool Deliver(const StepRequest& request) {
-        const std::int64_t before = board.board().shaft.stepsTurned(board.now());
-        const sim::Nanoseconds begin = board.now();
-        board.forget();
+        const std::int64_t before = board.Model().shaft.StepsTurned(board.Now());
+        const sim::Nanoseconds begin = board.Now();
+        board.Forget();
         testing::internal::CaptureStdout();
         const bool moved = DeliverReagent(&request);
         std::cout.flush();
         console = testing::internal::GetCapturedStdout();
-        turned = board.board().shaft.stepsTurned(board.now()) - before;
-        took = board.now() - begin;
+        turned = board.Model().shaft.StepsTurned(board.Now()) - before;
+        took = board.Now() - begin;
         return moved;
     }
 
     void ExpectNothingMoved() const {
-        EXPECT_EQ(board.events(), Texts{});
+        EXPECT_EQ(board.Events(), Texts{});
         EXPECT_EQ(console, "");
         EXPECT_EQ(took, 0);
     }
@@ -76,15 +76,15 @@ TEST_F(ReagentDelivery, GoesOnToTheNextTurnForASmallerAngle) {
 TEST_F(ReagentDelivery, TakesTheTimeOfTheStepsAngleNotOfTheWay) {
     instrument.SetLastPumpAngle(270.0F);
     Deliver(90.0F, 90, 5000); // a second for 90 degrees, though it turns 180
-    EXPECT_EQ(took, milliseconds(1000));
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"duty_cycle 0 EINVAL", "period 1250000",
+    EXPECT_EQ(took, Milliseconds(1000));
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"duty_cycle 0 EINVAL", "period 1250000",
                                              "duty_cycle 625000", "enable 1", "enable 0"}));
 }
 
 TEST_F(ReagentDelivery, IsDoneWithinTheStepsDuration) {
     instrument.SetLastPumpAngle(270.0F);
     Deliver(90.0F, 90, 500);
-    EXPECT_EQ(took, milliseconds(500));
+    EXPECT_EQ(took, Milliseconds(500));
     EXPECT_EQ(turned, 800);
 }
 
@@ -103,7 +103,7 @@ TEST_F(ReagentDelivery, KeepsItsAngleForTheNext) {
 
 TEST_F(ReagentDelivery, KeepsItsAngleEvenWhenItFailed) {
     instrument.SetLastPumpAngle(90.0F);
-    board.fail("pthread_mutex_lock", "", EINVAL);
+    board.Fail("pthread_mutex_lock", "", EINVAL);
     EXPECT_FALSE(Deliver(270.0F, 270, 1000));
     EXPECT_EQ(turned, 0);
     ExpectLastAngle(270.0F);
@@ -145,13 +145,13 @@ TEST_F(ReagentDelivery, SearchesTheStartAndCallsItZero) {
     instrument.SetLastPumpAngle(270.0F);
     EXPECT_TRUE(Deliver(360.0F, 200, 1000, true));
     EXPECT_EQ(turned, 1267) << "to the flag's trailing edge";
-    EXPECT_EQ(took, sim::microseconds(1267 * 1125)) << "longer than the step's duration";
+    EXPECT_EQ(took, sim::Microseconds(1267 * 1125)) << "longer than the step's duration";
     ExpectLastAngle(0.0F);
 }
 
 TEST_F(ReagentDelivery, KeepsTheLastAngleAfterASearchInVain) {
     instrument.SetLastPumpAngle(90.0F);
-    board.setInput("B18", true); // no flag comes
+    board.SetInput("B18", true); // no flag comes
     EXPECT_FALSE(Deliver(360.0F, 200, 1000, true));
     ExpectLastAngle(90.0F);
 }
@@ -169,7 +169,7 @@ TEST(LastPumpAngle, OutlivesTheInstrument) {
     }
     Instrument second;
     second.Run({.angle = 300.0F, .speed = 300, .duration = 1000});
-    EXPECT_EQ(second.board.board().shaft.stepsTurned(second.board.now()), 800) << "half a turn";
+    EXPECT_EQ(second.board.Model().shaft.StepsTurned(second.board.Now()), 800) << "half a turn";
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::Scenario;
 using sim::Texts;
 
@@ -22,7 +22,7 @@ void Sample(Instrument& instrument, std::uint32_t duration, const std::string& d
     request.Duration = duration;
     request.Description = description;
     request.samples = &samples;
-    request.externalAdc = instrument.cycle.externalAdc();
+    request.externalAdc = instrument.cycle.ExternalAdc();
     EXPECT_TRUE(MonitorOptics(&request));
 }
 
@@ -30,7 +30,7 @@ void Sample(Instrument& instrument, std::uint32_t duration, const std::string& d
 std::string LogOfAStepAt(const std::string& wallTime) {
     Instrument instrument({}, StartingAt(wallTime));
     Sample(instrument, 0, "Any Step");
-    return instrument.board.fileOnCard(wallTime.substr(0, 10) + "_logfile.csv");
+    return instrument.board.FileOnCard(wallTime.substr(0, 10) + "_logfile.csv");
 }
 
 /// The log's text for these readings.
@@ -77,7 +77,7 @@ TEST(SampleLog, PadsMonthDayAndHourButNeitherMinutesNorSeconds) {
 
 TEST(SampleLog, TakesTheTimeAfterTheReading) {
     Instrument instrument({}, StartingAt("2026-03-07 09:00:09"));
-    instrument.board.elapse(milliseconds(749));
+    instrument.board.Elapse(Milliseconds(749));
     Sample(instrument, 0, "Just before"); // at 9.999 s
     Sample(instrument, 0, "Just after");
     EXPECT_EQ(instrument.Log(), "2026-03-07 09:0:9, 3000000,Just before,,\n"
@@ -99,10 +99,10 @@ TEST(SampleLog, LetsLongReadingsPassTheirField) {
 // The file is that of the day of the last reading.
 TEST(SampleLog, BelongsToTheNewDayAfterMidnight) {
     Instrument instrument({}, StartingAt("2026-12-31 23:59:59"));
-    instrument.board.elapse(milliseconds(400));
+    instrument.board.Elapse(Milliseconds(400));
     Sample(instrument, 1000, "Mixing");
-    EXPECT_EQ(instrument.board.fileOnCard("2026-12-31_logfile.csv"), "");
-    EXPECT_EQ(instrument.board.fileOnCard("2027-01-01_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-12-31_logfile.csv"), "");
+    EXPECT_EQ(instrument.board.FileOnCard("2027-01-01_logfile.csv"),
               "2026-12-31 23:59:59, 3000000,Mixing,,\n"
               "2026-12-31 23:59:59, 3000000,Mixing,,\n"
               "2027-01-01 00:0:0, 3000000,Mixing,,\n"
@@ -127,12 +127,12 @@ TEST(SampleLog, IsOpenedOnceForTheLinesOfEachStep) {
                             "thread 1: write card/2026-03-07_logfile.csv "
                             "\"2026-03-07 09:0:1, 3000000,B,,\\n\"",
                             "thread 1: close card/2026-03-07_logfile.csv ok"}));
-    EXPECT_EQ(instrument.board.kernel().held(), 1U) << "the converter's descriptor alone";
+    EXPECT_EQ(instrument.board.Kernel().Held(), 1U) << "the converter's descriptor alone";
 }
 
 TEST(SampleLog, AppendsToWhatTheDayHasAlready) {
     Instrument instrument;
-    instrument.board.writeFileOnCard("2026-03-07_logfile.csv", "earlier line\n");
+    instrument.board.WriteFileOnCard("2026-03-07_logfile.csv", "earlier line\n");
     Sample(instrument, 0, "Mixing");
     EXPECT_EQ(instrument.Log(), "earlier line\n2026-03-07 09:0:0, 3000000,Mixing,,\n");
 }
@@ -166,7 +166,7 @@ TEST(SampleLog, IsKeptInLocalTime) {
     const TimeZone sixHoursEast("EAST-6");
     Instrument instrument({}, StartingAt("2026-02-28 20:07:30"));
     Sample(instrument, 0, "Mixing");
-    EXPECT_EQ(instrument.board.fileOnCard("2026-03-01_logfile.csv"),
+    EXPECT_EQ(instrument.board.FileOnCard("2026-03-01_logfile.csv"),
               "2026-03-01 02:7:30, 3000000,Mixing,,\n");
 }
 

@@ -8,56 +8,56 @@
 namespace tavrelin {
 namespace {
 
-using sim::microseconds;
-using sim::milliseconds;
+using sim::Microseconds;
+using sim::Milliseconds;
 using sim::Nanoseconds;
 
 // Reaching the flag.
 
 TEST_F(SensorHeld, WaitsForTheFlagForJustUnderTwoSeconds) {
-    ReadingAt(milliseconds(2000) - 1);
-    FlagAt(milliseconds(2000) + 1);
-    NoFlagAt(milliseconds(2100));
+    ReadingAt(Milliseconds(2000) - 1);
+    FlagAt(Milliseconds(2000) + 1);
+    NoFlagAt(Milliseconds(2100));
     EXPECT_TRUE(Search());
-    EXPECT_EQ(took, milliseconds(2100));
+    EXPECT_EQ(took, Milliseconds(2100));
 }
 
 TEST_F(SensorHeld, FailsAfterTwoSecondsWithoutFlag) {
-    ReadingAt(milliseconds(2000));
-    FlagAt(milliseconds(2000) + 1);
+    ReadingAt(Milliseconds(2000));
+    FlagAt(Milliseconds(2000) + 1);
     EXPECT_FALSE(Search());
-    EXPECT_EQ(took, milliseconds(2000));
+    EXPECT_EQ(took, Milliseconds(2000));
 }
 
 TEST_F(SensorHeld, CountsTheTwoSecondsAcrossTheFullSecond) {
-    board.elapse(milliseconds(700));
-    ReadingAt(milliseconds(2700) - 1);
-    ReadingAt(milliseconds(2700));
+    board.Elapse(Milliseconds(700));
+    ReadingAt(Milliseconds(2700) - 1);
+    ReadingAt(Milliseconds(2700));
     EXPECT_FALSE(Search());
-    EXPECT_EQ(took, milliseconds(2000));
+    EXPECT_EQ(took, Milliseconds(2000));
 }
 
 TEST_F(SensorHeld, FailsWhenTheClockIsSetForward) {
-    board.board().at(milliseconds(500), [this] { board.board().clock.jump(3600); });
+    board.Model().At(Milliseconds(500), [this] { board.Model().clock.Jump(3600); });
     EXPECT_FALSE(Search());
-    EXPECT_EQ(took, milliseconds(500));
+    EXPECT_EQ(took, Milliseconds(500));
 }
 
 TEST_F(SensorHeld, IsPatientWhenTheClockIsSetBack) {
-    board.board().at(milliseconds(500), [this] { board.board().clock.jump(-3600); });
-    FlagAt(milliseconds(2500));
-    NoFlagAt(milliseconds(2600));
+    board.Model().At(Milliseconds(500), [this] { board.Model().clock.Jump(-3600); });
+    FlagAt(Milliseconds(2500));
+    NoFlagAt(Milliseconds(2600));
     EXPECT_TRUE(Search());
-    EXPECT_EQ(took, milliseconds(2600));
+    EXPECT_EQ(took, Milliseconds(2600));
 }
 
 // Leaving the flag.
 
 TEST_F(SensorHeld, MeasuresTheTimeOnTheFlagFromTheFlagOn) {
-    FlagAt(milliseconds(1900));
-    NoFlagAt(milliseconds(2800));
+    FlagAt(Milliseconds(1900));
+    NoFlagAt(Milliseconds(2800));
     EXPECT_TRUE(Search(360));
-    EXPECT_EQ(took, milliseconds(2800));
+    EXPECT_EQ(took, Milliseconds(2800));
 }
 
 struct RevolutionLimit {
@@ -72,21 +72,21 @@ void PrintTo(const RevolutionLimit& limit, std::ostream* out) {
 class SensorHeldOnFlag : public SensorHeld, public testing::WithParamInterface<RevolutionLimit> {};
 
 TEST_P(SensorHeldOnFlag, FailsWhenTheRevolutionLimitIsReached) {
-    const Nanoseconds limit = milliseconds(GetParam().milliseconds);
-    FlagAt(milliseconds(10));
-    ReadingAt(milliseconds(10) + limit);
-    NoFlagAt(milliseconds(10) + limit + 1);
+    const Nanoseconds limit = Milliseconds(GetParam().milliseconds);
+    FlagAt(Milliseconds(10));
+    ReadingAt(Milliseconds(10) + limit);
+    NoFlagAt(Milliseconds(10) + limit + 1);
     EXPECT_FALSE(Search(GetParam().speed));
-    EXPECT_EQ(took, milliseconds(10) + limit);
+    EXPECT_EQ(took, Milliseconds(10) + limit);
 }
 
 TEST_P(SensorHeldOnFlag, SucceedsJustBeforeTheRevolutionLimitIsReached) {
-    const Nanoseconds limit = milliseconds(GetParam().milliseconds);
-    FlagAt(milliseconds(10));
-    ReadingAt(milliseconds(10) + limit - 1);
-    NoFlagAt(milliseconds(10) + limit + 1);
+    const Nanoseconds limit = Milliseconds(GetParam().milliseconds);
+    FlagAt(Milliseconds(10));
+    ReadingAt(Milliseconds(10) + limit - 1);
+    NoFlagAt(Milliseconds(10) + limit + 1);
     EXPECT_TRUE(Search(GetParam().speed));
-    EXPECT_EQ(took, milliseconds(10) + limit + 1);
+    EXPECT_EQ(took, Milliseconds(10) + limit + 1);
 }
 
 // A second for each whole time that the speed goes into a turn.
@@ -109,7 +109,7 @@ class SensorBouncing : public SensorHeld {
 
     /// When the pump's pulses were switched off, in us.
     long StoppedAt() {
-        for (const std::string& event : board.timedEvents()) {
+        for (const std::string& event : board.TimedEvents()) {
             if (event.find("pwm1/enable \"0\"") != std::string::npos) {
                 return std::stol(event);
             }
@@ -119,13 +119,13 @@ class SensorBouncing : public SensorHeld {
 };
 
 TEST_F(SensorBouncing, WaitsUntilTheEdgeIsSteady) {
-    const Nanoseconds edge = board.now() + milliseconds(20);
-    FlagAt(board.now() + milliseconds(10));
+    const Nanoseconds edge = board.Now() + Milliseconds(20);
+    FlagAt(board.Now() + Milliseconds(10));
     for (int bounce = 0; bounce < 5; ++bounce) {
-        NoFlagAt(edge + microseconds(200 * bounce));
-        FlagAt(edge + microseconds(200 * bounce + 100));
+        NoFlagAt(edge + Microseconds(200 * bounce));
+        FlagAt(edge + Microseconds(200 * bounce + 100));
     }
-    const Nanoseconds steady = edge + microseconds(1000);
+    const Nanoseconds steady = edge + Microseconds(1000);
     NoFlagAt(steady);
     EXPECT_TRUE(Search());
     EXPECT_GE(StoppedAt(), steady / 1000 + 9 * 42) << "ten readings";
@@ -133,7 +133,7 @@ TEST_F(SensorBouncing, WaitsUntilTheEdgeIsSteady) {
 }
 
 TEST_F(SensorBouncing, FailsWithoutItsLineAfterTwoSeconds) {
-    board.takeAway("/sys/class/gpio/export");
+    board.TakeAway("/sys/class/gpio/export");
     testing::internal::CaptureStderr();
     EXPECT_FALSE(Search());
     testing::internal::GetCapturedStderr();

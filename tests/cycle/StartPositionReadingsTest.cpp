@@ -30,30 +30,30 @@ TEST_F(SensorHeld, SucceedsAfterOneTimedReadingOffTheFlag) {
 }
 
 TEST_F(SensorHeld, ForgetsThatItWasOffTheFlagWhenTheClockFails) {
-    board.fail("clock_gettime", "", EINVAL, 3);
+    board.Fail("clock_gettime", "", EINVAL, 3);
     FlagAtReadings({4});
     EXPECT_FALSE(Search());
     EXPECT_EQ(readings, 4);
 }
 
 TEST_F(SensorHeld, GoesOnAfterAClockThatFailed) {
-    board.fail("clock_gettime", "", EINVAL, 3);
+    board.Fail("clock_gettime", "", EINVAL, 3);
     FlagAtReadings({5});
     EXPECT_TRUE(Search());
 }
 
 TEST_F(SensorHeld, StartsItsTimerAtTheFirstClockThatDoesNotFail) {
-    board.fail("clock_gettime", "", EINVAL, 1);
+    board.Fail("clock_gettime", "", EINVAL, 1);
     FlagAtReadings({3});
     EXPECT_FALSE(Search()) << "the second reading started the timer";
-    board.stopFailing();
-    board.fail("clock_gettime", "", EINVAL, 1);
+    board.StopFailing();
+    board.Fail("clock_gettime", "", EINVAL, 1);
     FlagAtReadings({4});
     EXPECT_TRUE(Search());
 }
 
 TEST_F(SensorHeld, FailsWithoutAClock) {
-    board.failForever("clock_gettime", "", EINVAL);
+    board.FailForever("clock_gettime", "", EINVAL);
     FlagAtReadings({15});
     EXPECT_FALSE(Search());
     EXPECT_EQ(readings, 15);
@@ -75,7 +75,7 @@ TEST_F(SensorHeld, FindsTheStartAbove360DegreesPerSecondWhenTheFlagIsLeftBeforeA
 
 TEST_F(SensorHeld, TimesNothingOnTheFlagWhileTheClockFails) {
     FlagAtReadings({3, 4, 5, 6, 7, 8});
-    board.failForever("clock_gettime", "", EINVAL, 4); // after the timer was started once more
+    board.FailForever("clock_gettime", "", EINVAL, 4); // after the timer was started once more
     EXPECT_TRUE(Search(361));
 }
 

@@ -11,8 +11,8 @@
 namespace tavrelin {
 namespace {
 
-using sim::microseconds;
-using sim::milliseconds;
+using sim::Microseconds;
+using sim::Milliseconds;
 using sim::Nanoseconds;
 using sim::Scenario;
 using sim::SimulatedBoard;
@@ -29,23 +29,23 @@ class StartPosition : public testing::Test {
     explicit StartPosition(const Scenario& scenario = {}) : instrument(scenario) {}
 
     bool Search(std::uint32_t speed) {
-        board.forget();
-        const Nanoseconds begin = board.now();
+        board.Forget();
+        const Nanoseconds begin = board.Now();
         testing::internal::CaptureStdout();
         const bool found = instrument.cycle.doFindStartPosition(speed);
         std::cout.flush();
         console = testing::internal::GetCapturedStdout();
-        took = board.now() - begin;
+        took = board.Now() - begin;
         return found;
     }
 
-    std::int64_t Shaft() { return board.board().shaft.stepsTurned(board.now()); }
+    std::int64_t Shaft() { return board.Model().shaft.StepsTurned(board.Now()); }
 
     void ExpectBrakedAndReleased() {
-        EXPECT_FALSE(board.channel(1).enabled);
-        EXPECT_FALSE(board.line("A4").level || board.line("A5").level || board.line("A6").level);
-        EXPECT_FALSE(board.line("A2").level) << "low: the chip holds the rotor";
-        EXPECT_FALSE(board.line("B18").exported);
+        EXPECT_FALSE(board.Channel(1).enabled);
+        EXPECT_FALSE(board.Line("A4").level || board.Line("A5").level || board.Line("A6").level);
+        EXPECT_FALSE(board.Line("A2").level) << "low: the chip holds the rotor";
+        EXPECT_FALSE(board.Line("B18").exported);
         EXPECT_EQ(console, "");
     }
 
@@ -58,8 +58,8 @@ class StartPosition : public testing::Test {
 TEST_F(StartPosition, IsTheTrailingEdgeOfTheFlag) {
     EXPECT_TRUE(Search(360));
     EXPECT_EQ(Shaft(), kTrailingEdge);
-    EXPECT_EQ(took, microseconds(kTrailingEdge * 625));
-    EXPECT_TRUE(board.line("B18").level) << "off the flag";
+    EXPECT_EQ(took, Microseconds(kTrailingEdge * 625));
+    EXPECT_TRUE(board.Line("B18").level) << "off the flag";
     ExpectBrakedAndReleased();
 }
 
@@ -67,10 +67,10 @@ TEST_F(StartPosition, IsFoundAgainAfterExactlyOneTurn) {
     Search(360);
     EXPECT_TRUE(Search(360));
     EXPECT_EQ(Shaft(), kTrailingEdge + kTurn);
-    EXPECT_EQ(took, milliseconds(1000));
+    EXPECT_EQ(took, Milliseconds(1000));
     EXPECT_TRUE(Search(200));
     EXPECT_EQ(Shaft(), kTrailingEdge + 2 * kTurn);
-    EXPECT_EQ(took, milliseconds(1800));
+    EXPECT_EQ(took, Milliseconds(1800));
 }
 
 TEST_F(StartPosition, IsSoughtWithTheseWritesInThisOrder) {
@@ -101,14 +101,14 @@ TEST_F(StartPosition, IsCheckedOnceMoreAfterBraking) {
 
 TEST_F(StartPosition, LeavesThePumpFreeForTheNextMove) {
     Search(360);
-    EXPECT_TRUE(instrument.cycle.reagentPump()->MoveAngle(360.0F, 50.0F, 1000, false));
+    EXPECT_TRUE(instrument.cycle.ReagentPump()->MoveAngle(360.0F, 50.0F, 1000, false));
 }
 
 TEST_F(StartPosition, IsNotFoundWithoutPump) {
     EXPECT_FALSE(doFindStartPosition(nullptr, 360));
     EXPECT_EQ(Writes(board), (Texts{"gpio/export 50", "B18/direction in", "B18/edge none",
                                     "B18/direction in", "B18/edge both", "gpio/unexport 50"}));
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 // The pulses' period in ns, computed in single precision: 1e9 / (speed / 0.225).
@@ -125,9 +125,9 @@ void PrintTo(const Pulse& pulse, std::ostream* out) {
 class SearchPulse : public StartPosition, public testing::WithParamInterface<Pulse> {};
 
 TEST_P(SearchPulse, FollowsTheSpeedUpTo1600Hertz) {
-    board.setInput("B18", false); // ends the search at once
+    board.SetInput("B18", false); // ends the search at once
     EXPECT_FALSE(Search(GetParam().speed));
-    EXPECT_EQ(board.writesTo("pwm1"),
+    EXPECT_EQ(board.WritesTo("pwm1"),
               (Texts{"duty_cycle 0 EINVAL", std::string("period ") + GetParam().period,
                      std::string("duty_cycle ") + GetParam().duty, "enable 1", "enable 0"}));
 }
@@ -160,7 +160,7 @@ TEST_F(OnFlag, ThePumpDoesNotKnowWhereItStandsAndFails) {
 }
 
 TEST_F(OnFlag, ThePumpFindsItsStartAfterItLeftTheFlag) {
-    instrument.cycle.reagentPump()->MoveAngle(90.0F, 50.0F, 1000, false);
+    instrument.cycle.ReagentPump()->MoveAngle(90.0F, 50.0F, 1000, false);
     EXPECT_TRUE(Search(360));
 }
 
@@ -176,34 +176,34 @@ class WithoutFlag : public StartPosition {
 };
 
 TEST_F(WithoutFlag, TheSearchFailsAfterTwoSeconds) {
-    board.board().at(milliseconds(2000), [] {}); // something that the sensor is read at
+    board.Model().At(Milliseconds(2000), [] {}); // something that the sensor is read at
     EXPECT_FALSE(Search(360));
-    EXPECT_EQ(took, milliseconds(2000));
+    EXPECT_EQ(took, Milliseconds(2000));
     EXPECT_EQ(Shaft(), 3200);
     ExpectBrakedAndReleased();
 }
 
 // 444 Hz need 2.7 s to the flag.
 TEST_F(StartPosition, IsNotFoundByASlowPumpFarFromTheFlag) {
-    board.board().at(milliseconds(2000), [] {});
+    board.Model().At(Milliseconds(2000), [] {});
     EXPECT_FALSE(Search(100));
-    EXPECT_EQ(took, milliseconds(2000));
+    EXPECT_EQ(took, Milliseconds(2000));
     EXPECT_LT(Shaft(), kLeadingEdge);
     ExpectBrakedAndReleased();
 }
 
 TEST_F(StartPosition, IsFoundByASlowPumpNearTheFlag) {
-    instrument.cycle.reagentPump()->MoveAngle(180.0F, 50.0F, 1000, false);
+    instrument.cycle.ReagentPump()->MoveAngle(180.0F, 50.0F, 1000, false);
     EXPECT_TRUE(Search(100));
-    EXPECT_EQ(took, microseconds((kTrailingEdge - 800) * 2250));
+    EXPECT_EQ(took, Microseconds((kTrailingEdge - 800) * 2250));
     EXPECT_EQ(Shaft(), kTrailingEdge);
 }
 
 // The pump is at rest at speed 0, and says so; the flag does not come.
 TEST_F(StartPosition, IsNotFoundAtRest) {
-    board.board().at(milliseconds(2000), [] {});
+    board.Model().At(Milliseconds(2000), [] {});
     EXPECT_FALSE(Search(0));
-    EXPECT_EQ(took, milliseconds(2000));
+    EXPECT_EQ(took, Milliseconds(2000));
     EXPECT_EQ(Shaft(), 0);
     EXPECT_EQ(console, "Invalid PWM frequency or duty cycle in StepperDriver::Start\n"
                        "StepperDriverMotor: Start operation failed\n");
@@ -211,11 +211,11 @@ TEST_F(StartPosition, IsNotFoundAtRest) {
 
 // Whether the pump started is not looked at: the sensor tells.
 TEST_F(StartPosition, IsSoughtEvenWhenThePumpDidNotStart) {
-    board.fail("pthread_mutex_lock", "", EINVAL); // the motor's
-    board.board().at(milliseconds(100), [&] { board.setInput("B18", false); });
-    board.board().at(milliseconds(200), [&] { board.setInput("B18", true); });
+    board.Fail("pthread_mutex_lock", "", EINVAL); // the motor's
+    board.Model().At(Milliseconds(100), [&] { board.SetInput("B18", false); });
+    board.Model().At(Milliseconds(200), [&] { board.SetInput("B18", true); });
     EXPECT_TRUE(Search(360));
-    EXPECT_EQ(took, milliseconds(200));
+    EXPECT_EQ(took, Milliseconds(200));
     EXPECT_EQ(Shaft(), 0);
     EXPECT_EQ(console, "StepperDriverMotor: Start operation failed\n");
 }

@@ -27,7 +27,7 @@ constexpr std::uint64_t kMonitoringStart = 5;
 
 class StepFailures : public testing::Test {
   protected:
-    void RefuseStart(std::uint64_t start) { board.fail("pthread_create", "", EAGAIN, start); }
+    void RefuseStart(std::uint64_t start) { board.Fail("pthread_create", "", EAGAIN, start); }
 
     Instrument instrument;
     SimulatedBoard& board = instrument.board;
@@ -68,7 +68,7 @@ TEST_F(StepFailures, WithoutValveAndStirringSampleNothing) {
     EXPECT_TRUE(outcome.success);
     EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, o})) << "monitoring counts as not needed";
     EXPECT_EQ(CountOf(board, "thread-start"), 1);
-    EXPECT_EQ(board.writesTo("spi"), Texts{});
+    EXPECT_EQ(board.WritesTo("spi"), Texts{});
 }
 
 TEST_F(StepFailures, WithoutStirringWorkerSampleNothing) {
@@ -77,7 +77,7 @@ TEST_F(StepFailures, WithoutStirringWorkerSampleNothing) {
     EXPECT_TRUE(outcome.success);
     EXPECT_EQ(outcome.slots, (Slots{o, X, X, X, X, X}));
     EXPECT_EQ(CountOf(board, ": join "), 3);
-    EXPECT_EQ(board.writesTo("spi"), Texts{});
+    EXPECT_EQ(board.WritesTo("spi"), Texts{});
 }
 
 TEST_F(StepFailures, WithoutMonitoringWorkerLeaveSlotAndAverageAlone) {
@@ -93,17 +93,17 @@ TEST_F(StepFailures, WithoutMonitoringWorkerLeaveSlotAndAverageAlone) {
 }
 
 TEST_F(StepFailures, WithoutAnyWorkerJoinNone) {
-    board.failForever("pthread_create", "", EAGAIN);
+    board.FailForever("pthread_create", "", EAGAIN);
     const StepOutcome outcome = instrument.Run(kFullStep);
     EXPECT_FALSE(outcome.success);
     EXPECT_EQ(outcome.slots, (Slots{o, o, o, X, X, o}));
     EXPECT_EQ(outcome.console, "");
-    EXPECT_EQ(board.calls("pthread_join"), 0U);
+    EXPECT_EQ(board.Calls("pthread_join"), 0U);
     EXPECT_EQ(outcome.boardTime, 0);
 }
 
 TEST_F(StepFailures, AnswerForTheLastStartWhenNothingIsJoined) {
-    board.failForever("pthread_create", "", EAGAIN);
+    board.FailForever("pthread_create", "", EAGAIN);
     EXPECT_FALSE(instrument.Run({}).success) << "the valve's";
 }
 

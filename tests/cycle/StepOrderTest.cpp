@@ -93,7 +93,7 @@ class StepOrderWithSeed : public testing::TestWithParam<int> {};
 
 TEST_P(StepOrderWithSeed, OfStartsAndJoinsDoesNotDependOnWhoRunsFirst) {
     Scenario scenario = MountedCard();
-    scenario.threadOrder = ThreadOrder::seeded;
+    scenario.threadOrder = ThreadOrder::Seeded;
     sim::RunOptions options;
     options.seed = static_cast<std::uint64_t>(GetParam());
     Instrument instrument(scenario, options);
@@ -110,8 +110,8 @@ TEST_P(StepOrderWithSeed, OfStartsAndJoinsDoesNotDependOnWhoRunsFirst) {
                      "thread 1: join - 6", "thread 1: join - 3", "thread 1: join - 2"}));
     EXPECT_TRUE(outcome.success);
     EXPECT_EQ(outcome.slots, (std::array<bool, 6>{true, true, true, true, true, true}));
-    EXPECT_EQ(outcome.boardTime, sim::milliseconds(500));
-    EXPECT_EQ(instrument.board.board().shaft.stepsTurned(instrument.board.now()), 800);
+    EXPECT_EQ(outcome.boardTime, sim::Milliseconds(500));
+    EXPECT_EQ(instrument.board.Model().shaft.StepsTurned(instrument.board.Now()), 800);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, StepOrderWithSeed, testing::Range(1, 13));

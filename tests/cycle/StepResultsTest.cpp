@@ -103,10 +103,10 @@ TEST(StepResults, MayBeAbsentAltogether) {
 TEST(StepResults, AreTrueForWorkersThatFailInTheirOwnAction) {
     Instrument instrument;
     SimulatedBoard& board = instrument.board;
-    board.takeAway("/sys/class/pwm/pwmchip0/pwm0");
-    board.takeAway("/sys/class/pwm/pwmchip0/pwm3");
-    board.fail("pthread_mutex_lock", "", EINVAL, 1); // the pump's
-    board.fail("pthread_mutex_lock", "", EINVAL, 2); // the stirrer's
+    board.TakeAway("/sys/class/pwm/pwmchip0/pwm0");
+    board.TakeAway("/sys/class/pwm/pwmchip0/pwm3");
+    board.Fail("pthread_mutex_lock", "", EINVAL, 1); // the pump's
+    board.Fail("pthread_mutex_lock", "", EINVAL, 2); // the stirrer's
     testing::internal::CaptureStderr();
     const StepOutcome outcome = instrument.Run({.angle = 200.0F,
                                                 .speed = 200,
@@ -123,8 +123,8 @@ TEST(StepResults, AreTrueForWorkersThatFailInTheirOwnAction) {
                                "ValvePWM::ValveOn: valve did not successfully turn on\n"
                                "MeasurementCycle.cpp, 1091, success: 0\n"
                                "Stepper Driver: PWM mutex lock failed\n");
-    board.restore("/sys/class/pwm/pwmchip0/pwm0");
-    board.restore("/sys/class/pwm/pwmchip0/pwm3");
+    board.Restore("/sys/class/pwm/pwmchip0/pwm0");
+    board.Restore("/sys/class/pwm/pwmchip0/pwm3");
 }
 
 TEST(StepResults, AreTrueWithoutAnyDevice) {

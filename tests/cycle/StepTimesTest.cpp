@@ -10,8 +10,8 @@
 namespace tavrelin {
 namespace {
 
-using sim::microseconds;
-using sim::milliseconds;
+using sim::Microseconds;
+using sim::Milliseconds;
 using sim::Nanoseconds;
 using sim::SimulatedBoard;
 
@@ -43,7 +43,7 @@ class StepTimes : public testing::Test {
         testing::internal::CaptureStdout();
         cycle.Init();
         cycle.Prime();
-        primed = board.now();
+        primed = board.Now();
         cycle.doFindStartPosition(360);
         std::cout.flush();
         testing::internal::GetCapturedStdout();
@@ -57,15 +57,15 @@ class StepTimes : public testing::Test {
 
 // Priming is two turns of 1600 steps; the flag's trailing edge is step 1267 of the next.
 TEST_F(StepTimes, BeginAfterTwoSecondsOfPrimingAndTheWayToTheFlag) {
-    EXPECT_EQ(primed, milliseconds(2000));
-    EXPECT_EQ(board.now(), milliseconds(2000) + microseconds(1267 * 625));
+    EXPECT_EQ(primed, Milliseconds(2000));
+    EXPECT_EQ(board.Now(), Milliseconds(2000) + Microseconds(1267 * 625));
 }
 
 TEST_F(StepTimes, OfTwoMeasurementsAreExactlyWhatTheWaitsAskFor) {
     for (int measurement = 1; measurement <= 2; ++measurement) {
         for (std::size_t row = 0; row < kStepTimes.size(); ++row, table.Next()) {
             const StepOutcome outcome = RunStep(board, cycle, CurrentStepOf(table));
-            EXPECT_EQ(outcome.boardTime, milliseconds(kStepTimes[row]))
+            EXPECT_EQ(outcome.boardTime, Milliseconds(kStepTimes[row]))
                 << "step " << row + 1 << " of measurement " << measurement;
             EXPECT_TRUE(outcome.success);
         }
@@ -74,7 +74,7 @@ TEST_F(StepTimes, OfTwoMeasurementsAreExactlyWhatTheWaitsAskFor) {
 
 TEST_F(StepTimes, LeaveRoomForTheirReadings) {
     for (std::size_t row = 0; row < kReadings.size(); ++row, table.Next()) {
-        board.forget();
+        board.Forget();
         RunStep(board, cycle, CurrentStepOf(table));
         EXPECT_EQ(CountOf(board, "read spi"), kReadings[row]) << "step " << row + 1;
     }

@@ -10,8 +10,8 @@
 namespace tavrelin {
 
 void Trace(const char* module, const char* operation, int line) {
-    if (sim::Simulation* const simulation = sim::Simulation::ofThisThread()) {
-        simulation->events.add("trace", module,
+    if (sim::Simulation* const simulation = sim::Simulation::OfThisThread()) {
+        simulation->events.Add("trace", module,
                                std::string(operation) + " " + std::to_string(line));
     }
 }

@@ -19,7 +19,7 @@ constexpr const char* kSensorValue = "/sys/class/gpio/pioB18/value";
 /// The calls of the hook by the cycle and its sensor, with what they are told.
 Texts TraceOf(const SimulatedBoard& board) {
     Texts trace;
-    for (const std::string& event : board.events()) {
+    for (const std::string& event : board.Events()) {
         if (event.rfind("trace MeasurementCycle.cpp ", 0) == 0 ||
             event.rfind("trace HomeSensor.cpp ", 0) == 0) {
             trace.push_back(event.substr(event.find(' ') + 1));
@@ -66,7 +66,7 @@ class DeliveryTrace : public testing::Test {
         request.MotorSpeed = speed;
         request.FindStartPosition = findStart;
         request.Duration = 1000;
-        request.reagentPump = instrument.cycle.reagentPump();
+        request.reagentPump = instrument.cycle.ReagentPump();
         DeliverReagent(&request);
     }
 
@@ -96,7 +96,7 @@ TEST_F(DeliveryTrace, OfAMoveStandsAroundTheMove) {
 }
 
 TEST_F(DeliveryTrace, OfASearchMarksItsStagesAroundTheSearch) {
-    board.fail("open", kSensorValue, EACCES, 3); // the flag, once
+    board.Fail("open", kSensorValue, EACCES, 3); // the flag, once
     Deliver(360.0F, 200, true);
     EXPECT_EQ(TraceOf(board),
               (Texts{"MeasurementCycle.cpp doReagentDeliveryThread 986",
@@ -126,8 +126,8 @@ TEST_F(DeliveryTrace, WithoutTimeToMoveMarksAlsoThatItCould) {
 TEST(Trace, OfASearchStandsAfterThePumpsStartAndBeforeEachLookForTheFlag) {
     Instrument instrument;
     SimulatedBoard& board = instrument.board;
-    board.setInput("B18", true);
-    board.fail("open", kSensorValue, EACCES, 3);
+    board.SetInput("B18", true);
+    board.Fail("open", kSensorValue, EACCES, 3);
     EXPECT_TRUE(instrument.cycle.doFindStartPosition(360));
     const std::string look = "thread 1: trace HomeSensor.cpp IsStopPosition 96";
     const std::string high = "thread 1: read B18/value \"1\\n\"";
@@ -155,7 +155,7 @@ TEST(Trace, OfASearchWithoutPumpIsEmpty) {
 TEST(Trace, OfTheSensorStandsBeforeTheLookForTheFlagAlone) {
     SimulatedBoard board;
     HomeSensor sensor;
-    board.forget();
+    board.Forget();
     sensor.IsStopPosition();
     sensor.IsLevelHigh();
     EXPECT_EQ(Happenings(board),

@@ -24,13 +24,13 @@ constexpr float kUntouched = -123.5F;
 class BoardsConverter : public testing::Test {
   protected:
     void Show(const std::string& raw, const std::string& scale) {
-        board.replaceText(kRawOfInput6, raw);
-        board.replaceText(kScale, scale);
+        board.ReplaceText(kRawOfInput6, raw);
+        board.ReplaceText(kScale, scale);
     }
 
     void ExpectSilence() {
-        EXPECT_EQ(console.output(), "");
-        EXPECT_EQ(console.error(), "");
+        EXPECT_EQ(console.Output(), "");
+        EXPECT_EQ(console.Error(), "");
     }
 
     sim::SimulatedBoard board;
@@ -41,32 +41,32 @@ class BoardsConverter : public testing::Test {
 using BoardsConverterChannel = BoardsConverter;
 
 TEST_F(BoardsConverterChannel, IsMinusOneUntilItIsOpened) {
-    EXPECT_EQ(adc.channel(), -1);
+    EXPECT_EQ(adc.Channel(), -1);
     EXPECT_EQ(adc.RawPath(), std::string(kDevice) + "in_voltage-1_raw");
 }
 
 TEST_F(BoardsConverterChannel, MayBeAnyUpTo11) {
     for (std::int32_t channel = 0; channel <= 11; ++channel) {
         EXPECT_TRUE(adc.Open(channel)) << channel;
-        EXPECT_EQ(adc.channel(), channel);
+        EXPECT_EQ(adc.Channel(), channel);
     }
     ExpectSilence();
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST_F(BoardsConverterChannel, Above11IsRefusedWithoutALookAtTheDevice) {
     for (const std::int32_t channel : {12, 13, std::numeric_limits<std::int32_t>::max()}) {
         EXPECT_FALSE(adc.Open(channel)) << channel;
-        EXPECT_EQ(adc.channel(), -1);
+        EXPECT_EQ(adc.Channel(), -1);
     }
     ExpectSilence();
-    EXPECT_EQ(board.calls("access") + board.calls("open") + board.calls("stat"), 0U);
+    EXPECT_EQ(board.Calls("access") + board.Calls("open") + board.Calls("stat"), 0U);
 }
 
 TEST_F(BoardsConverterChannel, BelowZeroIsFoundOutByTheReadingsOnly) {
     for (const std::int32_t channel : {-1, -2, std::numeric_limits<std::int32_t>::min()}) {
         EXPECT_TRUE(adc.Open(channel)) << channel;
-        EXPECT_EQ(adc.channel(), channel);
+        EXPECT_EQ(adc.Channel(), channel);
         float voltage = kUntouched;
         EXPECT_FALSE(adc.ReadVoltage(voltage));
         EXPECT_EQ(voltage, kUntouched);
@@ -77,11 +77,11 @@ TEST_F(BoardsConverterChannel, BelowZeroIsFoundOutByTheReadingsOnly) {
 TEST_F(BoardsConverterChannel, StaysWhatItWasWhenAnotherIsRefused) {
     ASSERT_TRUE(adc.Open(6));
     EXPECT_FALSE(adc.Open(12));
-    EXPECT_EQ(adc.channel(), 6);
-    board.failForever("access", kDevice, EACCES);
+    EXPECT_EQ(adc.Channel(), 6);
+    board.FailForever("access", kDevice, EACCES);
     EXPECT_FALSE(adc.Open(3));
-    EXPECT_EQ(adc.channel(), 6);
-    EXPECT_EQ(console.error(), "ADC: device does not exist\n");
+    EXPECT_EQ(adc.Channel(), 6);
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\n");
 }
 
 TEST_F(BoardsConverterChannel, GivesItsNumberToTheAttributesName) {
@@ -105,13 +105,13 @@ TEST(BoardWithoutConverter, RefusesEveryChannelThatThereCouldBe) {
     CapturedConsole console;
     ADC adc;
     EXPECT_FALSE(adc.Open(6));
-    EXPECT_EQ(adc.channel(), -1);
-    EXPECT_EQ(console.error(), "ADC: device does not exist\n");
+    EXPECT_EQ(adc.Channel(), -1);
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\n");
     EXPECT_FALSE(adc.Open(-1));
-    EXPECT_EQ(console.error(), "ADC: device does not exist\nADC: device does not exist\n");
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\nADC: device does not exist\n");
     EXPECT_FALSE(adc.Open(12));
-    EXPECT_EQ(console.error(), "ADC: device does not exist\nADC: device does not exist\n");
-    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\nADC: device does not exist\n");
+    EXPECT_EQ(console.Output(), "");
 }
 
 TEST_F(BoardsConverter, ReadsNothingBeforeAChannelIsOpened) {
@@ -122,37 +122,37 @@ TEST_F(BoardsConverter, ReadsNothingBeforeAChannelIsOpened) {
     EXPECT_FALSE(adc.ReadVoltage(figure));
     EXPECT_EQ(raw, 77);
     EXPECT_EQ(figure, kUntouched);
-    EXPECT_EQ(board.calls("open"), 0U);
+    EXPECT_EQ(board.Calls("open"), 0U);
     ExpectSilence();
 }
 
 TEST_F(BoardsConverter, TellsThatTheCountsCannotBeReadAndLeavesTheScaleAlone) {
-    board.takeAway(kRawOfInput6);
+    board.TakeAway(kRawOfInput6);
     ASSERT_TRUE(adc.Open(6));
     float voltage = kUntouched;
     EXPECT_FALSE(adc.ReadVoltage(voltage));
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_EQ(console.error(), "ADC: can't read raw counts\n");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.calls("open"), 1U);
+    EXPECT_EQ(console.Error(), "ADC: can't read raw counts\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.Calls("open"), 1U);
 }
 
 TEST_F(BoardsConverter, TellsThatTheReferenceCannotBeRead) {
-    board.takeAway(kScale);
+    board.TakeAway(kScale);
     ASSERT_TRUE(adc.Open(6));
     float voltage = kUntouched;
     EXPECT_FALSE(adc.ReadVoltage(voltage));
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_EQ(console.error(), "ADC: can't read the reference\n");
-    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.Error(), "ADC: can't read the reference\n");
+    EXPECT_EQ(console.Output(), "");
 }
 
 TEST_F(BoardsConverter, GoesOnWhenAnAttributeIsBack) {
-    board.takeAway(kRawOfInput6);
+    board.TakeAway(kRawOfInput6);
     ASSERT_TRUE(adc.Open(6));
     float voltage = 0.0F;
     EXPECT_FALSE(adc.ReadVoltage(voltage));
-    board.restore(kRawOfInput6);
+    board.Restore(kRawOfInput6);
     EXPECT_TRUE(adc.ReadVoltage(voltage));
 }
 
@@ -162,20 +162,20 @@ TEST_F(BoardsConverter, OpensReadsAndClosesBothAttributesForEveryReading) {
     float voltage = 0.0F;
     EXPECT_TRUE(adc.ReadVoltage(voltage));
     EXPECT_EQ(voltage, 2.0F);
-    EXPECT_EQ(board.calls("open"), 2U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("open"), 2U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
     Show("2048", "0.5");
     EXPECT_TRUE(adc.ReadVoltage(voltage));
     EXPECT_EQ(voltage, 1.0F);
-    EXPECT_EQ(board.calls("open"), 4U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("open"), 4U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
     ExpectSilence();
 }
 
 TEST_F(BoardsConverter, ReadsTheInputThatWasOpened) {
-    board.board().analog.scale = "1024";
+    board.Model().analog.scale = "1024";
     for (std::size_t input = 0; input < 12; ++input) {
-        board.board().analog.direct[input] = 100.0 + static_cast<double>(input);
+        board.Model().analog.direct[input] = 100.0 + static_cast<double>(input);
     }
     for (const std::int32_t channel : {0, 5, 7, 11}) {
         ASSERT_TRUE(adc.Open(channel));
@@ -251,7 +251,7 @@ TEST_F(BoardsConverter, TakesAScaleOutOfRangeForTheLargest) {
 }
 
 TEST_F(BoardsConverter, TakesAnAttributeThatCannotBeReadForZero) {
-    board.failForever("read", kRawOfInput6, EIO);
+    board.FailForever("read", kRawOfInput6, EIO);
     ASSERT_TRUE(adc.Open(6));
     std::int32_t raw = 77;
     EXPECT_TRUE(adc.ReadRaw(raw));

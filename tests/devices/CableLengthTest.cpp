@@ -25,7 +25,7 @@ class CableLength : public FrontEnd {
   protected:
     CableLength() {
         EXPECT_TRUE(indicator.Init(wiring::kIndicatorLeds));
-        board.forget();
+        board.Forget();
     }
 
     bool Measure() { return indicator.CalculateCableLength(length); }
@@ -65,7 +65,7 @@ class CableOfKnownLength : public CableLength, public testing::WithParamInterfac
 // The board turns the length into the lamp's voltage and the cable's, each a count of the
 // converter.
 TEST_P(CableOfKnownLength, ComesBackToSixDigits) {
-    board.board().analog.cableLength = GetParam();
+    board.Model().analog.cableLength = GetParam();
     EXPECT_TRUE(Measure());
     EXPECT_EQ(SixDigits(length), SixDigits(static_cast<float>(GetParam())));
     ExpectSilence();
@@ -76,9 +76,9 @@ INSTANTIATE_TEST_SUITE_P(, CableOfKnownLength,
                                          3333.33, 10000.0));
 
 TEST_F(CableLength, DoesNotDependOnTheLamp) {
-    board.board().analog.cableLength = 432.1;
+    board.Model().analog.cableLength = 432.1;
     for (const double volts : {1.25, 4.0, 12.0, -4.0}) {
-        board.board().analog.lampVoltage = volts;
+        board.Model().analog.lampVoltage = volts;
         EXPECT_TRUE(Measure());
         EXPECT_EQ(SixDigits(length), "432.1") << volts;
     }
@@ -86,7 +86,7 @@ TEST_F(CableLength, DoesNotDependOnTheLamp) {
 
 TEST_F(CableLength, MayBeMeasuredAgain) {
     for (const double metres : {300.0, 20.0, 300.0}) {
-        board.board().analog.cableLength = metres;
+        board.Model().analog.cableLength = metres;
         EXPECT_TRUE(Measure());
         EXPECT_EQ(SixDigits(length), SixDigits(static_cast<float>(metres)));
     }
@@ -108,8 +108,8 @@ class CableFormula : public CableLength, public testing::WithParamInterface<Equa
 // To the last bit: V0 times 5, less 3.023, by V2 over 7.87, by 0.0572, in single precision and in
 // this order. Any other order gives other last bits for some of these.
 TEST_P(CableFormula, IsExact) {
-    board.replaceText(kCounts, GetParam().count);
-    board.replaceText(kScale, GetParam().scale);
+    board.ReplaceText(kCounts, GetParam().count);
+    board.ReplaceText(kScale, GetParam().scale);
     EXPECT_TRUE(Measure());
     EXPECT_EQ(length, GetParam().length);
 }
@@ -125,19 +125,19 @@ INSTANTIATE_TEST_SUITE_P(, CableFormula,
 
 // Without a lamp there is no voltage to divide by; what V0 is depends on what a count is worth.
 TEST_F(CableLength, IsInfiniteWithoutAVoltageAtTheLamp) {
-    board.board().analog.lampVoltage = 0.0;
-    board.board().analog.scale = "1024"; // 0.6 V is one count of 1 V
+    board.Model().analog.lampVoltage = 0.0;
+    board.Model().analog.scale = "1024"; // 0.6 V is one count of 1 V
     EXPECT_TRUE(Measure());
     EXPECT_EQ(length, std::numeric_limits<float>::infinity());
-    board.board().analog.scale = "2048"; // 0.6 V is no count of 2 V
+    board.Model().analog.scale = "2048"; // 0.6 V is no count of 2 V
     EXPECT_TRUE(Measure());
     EXPECT_EQ(length, -std::numeric_limits<float>::infinity());
     ExpectSilence();
 }
 
 TEST_F(CableLength, IsNotANumberWhenNothingIsDividedByNothing) {
-    board.board().analog.lampVoltage = 0.0;
-    board.board().analog.scale = "619.1104"; // one count of 3.023 V / 5
+    board.Model().analog.lampVoltage = 0.0;
+    board.Model().analog.scale = "619.1104"; // one count of 3.023 V / 5
     EXPECT_TRUE(Measure());
     EXPECT_TRUE(std::isnan(length)) << length;
     ExpectSilence();
@@ -174,58 +174,58 @@ std::string OutputWhenOpenFails(std::uint64_t open) {
 class CableLengthFailing : public CableLength, public testing::WithParamInterface<std::uint64_t> {};
 
 TEST_P(CableLengthFailing, IsTold) {
-    board.fail("open", "/sys/class/gpio/*", EACCES, GetParam());
+    board.Fail("open", "/sys/class/gpio/*", EACCES, GetParam());
     const std::string output = OutputWhenOpenFails(GetParam());
     EXPECT_EQ(Measure(), output.empty());
-    EXPECT_EQ(console.output(), output);
-    EXPECT_NE(console.error() == "", GetParam() != 28 && GetParam() != 34);
+    EXPECT_EQ(console.Output(), output);
+    EXPECT_NE(console.Error() == "", GetParam() != 28 && GetParam() != 34);
     EXPECT_EQ(length != kUntouched, output.empty() || GetParam() >= 37);
 }
 
 INSTANTIATE_TEST_SUITE_P(AtOpen, CableLengthFailing, testing::Range(std::uint64_t{1}, kOpens + 1));
 
 TEST_F(CableLength, HasNoFurtherOpenThatCouldFail) {
-    board.fail("open", "/sys/class/gpio/*", EACCES, kOpens + 1);
+    board.Fail("open", "/sys/class/gpio/*", EACCES, kOpens + 1);
     EXPECT_TRUE(Measure());
     ExpectSilence();
 }
 
 TEST_F(CableLength, LeavesTheTestColourWhenItCannotBeMeasured) {
-    board.takeAway(kCounts);
+    board.TakeAway(kCounts);
     EXPECT_FALSE(Measure());
     EXPECT_EQ(length, kUntouched);
-    EXPECT_TRUE(board.board().analog.showsTestColour());
-    EXPECT_FALSE(board.line("C27").exported || board.line("C28").exported ||
-                 board.line("C31").exported);
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n"
+    EXPECT_TRUE(board.Model().analog.ShowsTestColour());
+    EXPECT_FALSE(board.Line("C27").exported || board.Line("C28").exported ||
+                 board.Line("C31").exported);
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n"
                                 "RemoteIndicator::CalculateCableLength failed!\n");
-    EXPECT_EQ(console.error(), "ADC: can't read raw counts\n");
+    EXPECT_EQ(console.Error(), "ADC: can't read raw counts\n");
 }
 
 TEST_F(CableLength, FailsAtTheSecondVoltageToo) {
-    board.fail("open", kScale, EACCES, 2);
+    board.Fail("open", kScale, EACCES, 2);
     EXPECT_FALSE(Measure());
     EXPECT_EQ(length, kUntouched);
     EXPECT_EQ(Writes(board).back(), "gpio unexport 95");
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n"
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n"
                                 "RemoteIndicator::CalculateCableLength failed!\n");
-    EXPECT_EQ(console.error(), "ADC: can't read the reference\n");
+    EXPECT_EQ(console.Error(), "ADC: can't read the reference\n");
 }
 
 TEST_F(CableLength, FailsWithoutAConverter) {
-    board.failForever("access", kDevice, ENOENT);
+    board.FailForever("access", kDevice, ENOENT);
     EXPECT_FALSE(Measure());
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n"
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n"
                                 "RemoteIndicator::CalculateCableLength failed!\n");
-    EXPECT_EQ(console.error(), "ADC: device does not exist\n");
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\n");
 }
 
 TEST_F(CableLength, MakesDoWithASelectLineThatAnEarlierRunLeftBehind) {
-    board.line("C28").exported = true;
+    board.Line("C28").exported = true;
     EXPECT_TRUE(Measure());
     EXPECT_EQ(SixDigits(length), "25");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "already used\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "already used\n");
 }
 
 } // namespace

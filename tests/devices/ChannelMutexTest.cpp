@@ -19,7 +19,7 @@ struct TwoDriversOnOneChannel {
     TwoDriversOnOneChannel() {
         one.SetupEnablePin(1, 15);
         other.SetupEnablePin(1, 16);
-        board.forget();
+        board.Forget();
     }
 
     CapturedConsole console;
@@ -68,16 +68,16 @@ TEST(ChannelMutex, LetsDriversOnDifferentChannelsRunTogether) {
     Worker second([&] { EXPECT_TRUE(pump.Run(50.0F, 1000.0F, 2000, false)); });
     first.Join();
     second.Join();
-    EXPECT_EQ(board.now(), sim::milliseconds(2000));
+    EXPECT_EQ(board.Now(), sim::Milliseconds(2000));
 }
 
 TEST(ChannelMutex, IsFreeAgainAfterARunThatFailed) {
     TwoDriversOnOneChannel drivers;
-    drivers.board.fail("open", "/sys/class/pwm/pwmchip0/pwm2/duty_cycle", EACCES);
+    drivers.board.Fail("open", "/sys/class/pwm/pwmchip0/pwm2/duty_cycle", EACCES);
     EXPECT_FALSE(drivers.one.Run(50.0F, 640.0F, 1500, false));
     Worker second([&] { EXPECT_TRUE(drivers.other.Run(50.0F, 1000.0F, 2000, false)); });
     second.Join();
-    EXPECT_EQ(drivers.board.now(), sim::milliseconds(2000));
+    EXPECT_EQ(drivers.board.Now(), sim::Milliseconds(2000));
 }
 
 TEST(ChannelMutex, IsFreedByTheStopOfADriverThatNeverStarted) {

@@ -12,7 +12,7 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::Scenario;
 using sim::SimulatedBoard;
 using sim::Texts;
@@ -47,20 +47,20 @@ std::vector<float> ReadingsOf(const std::vector<std::uint32_t>& words) {
 TEST(Converter, IsAskedAndAfter250MillisecondsRead) {
     SimulatedBoard board;
     const SpiDevice device;
-    board.forget();
+    board.Forget();
     doRawConversion(0, &device);
     EXPECT_EQ(Happenings(board), (Texts{"thread 1: write spi a080", "thread 1: sleep - 250000 us",
                                         "thread 1: read spi 2009c400"}));
-    EXPECT_EQ(board.now(), milliseconds(250));
+    EXPECT_EQ(board.Now(), Milliseconds(250));
 }
 
 TEST(Converter, IsGivenItsTimeEvenWhenTheWaitIsInterrupted) {
     SimulatedBoard board;
     const SpiDevice device;
-    board.fail("nanosleep", "", EINTR, 1);
-    board.fail("nanosleep", "", EINTR, 2);
+    board.Fail("nanosleep", "", EINTR, 1);
+    board.Fail("nanosleep", "", EINTR, 2);
     EXPECT_EQ(doADCConversion(&device), 20000.0F);
-    EXPECT_EQ(board.now(), milliseconds(250));
+    EXPECT_EQ(board.Now(), Milliseconds(250));
 }
 
 struct Command {
@@ -78,7 +78,7 @@ TEST_P(ConverterCommand, GoesOutMostSignificantByteFirst) {
     SimulatedBoard board;
     const SpiDevice device;
     doRawConversion(static_cast<std::uint8_t>(GetParam().channel), &device);
-    EXPECT_EQ(board.writesTo("spi"), (Texts{GetParam().onTheWire}));
+    EXPECT_EQ(board.WritesTo("spi"), (Texts{GetParam().onTheWire}));
 }
 
 // The channel is put over the bits a0 of the first byte; from 200 on there is none.
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Channels, ConverterCommand,
 TEST(Converter, GivesItsWordMostSignificantByteFirst) {
     SimulatedBoard board(Sending({0x12345678}));
     const SpiDevice device;
-    board.forget();
+    board.Forget();
     EXPECT_EQ(doRawConversion(0, &device), static_cast<float>(0x12345678 >> 5));
     EXPECT_EQ(CountOf(board, "read spi 12345678"), 1);
 }
@@ -124,24 +124,24 @@ TEST(Converter, GivesNoMarkerForAnyOtherWord) {
 TEST(Converter, GivesZeroWithoutADevice) {
     SimulatedBoard board;
     EXPECT_EQ(doRawConversion(0, nullptr), 0.0F);
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST(Converter, GivesZeroWhenItCannotBeRead) {
     SimulatedBoard board;
     const SpiDevice device;
-    board.fail("read", kSpi, EIO);
+    board.Fail("read", kSpi, EIO);
     EXPECT_EQ(doRawConversion(0, &device), 0.0F);
-    EXPECT_EQ(board.now(), milliseconds(250));
+    EXPECT_EQ(board.Now(), Milliseconds(250));
 }
 
 TEST(Converter, IsReadEvenWhenItCouldNotBeAsked) {
     SimulatedBoard board(Sending(WordsFor({1000})));
     const SpiDevice device;
-    board.fail("write", kSpi, EIO);
+    board.Fail("write", kSpi, EIO);
     EXPECT_EQ(doADCConversion(&device), 1000.0F);
-    EXPECT_EQ(board.now(), milliseconds(250));
+    EXPECT_EQ(board.Now(), Milliseconds(250));
 }
 
 TEST(Reading, IsNotNegativeWhenBit24IsSet) {
@@ -175,7 +175,7 @@ TEST(Reading, IsKeptFromOneDeviceToTheNext) {
 TEST(Reading, IsTheMostNegativeWithoutAWord) {
     SimulatedBoard board;
     const SpiDevice device;
-    board.fail("read", kSpi, EIO);
+    board.Fail("read", kSpi, EIO);
     EXPECT_EQ(doADCConversion(&device), -16777216.0F);
     EXPECT_EQ(doADCConversion(nullptr), -16777216.0F);
 }

@@ -32,15 +32,15 @@ class DemultiplexerInit : public FrontEnd {};
 
 TEST_F(DemultiplexerInit, IsStillToCome) {
     Demultiplexer demultiplexer;
-    EXPECT_FALSE(demultiplexer.initialised());
-    EXPECT_EQ(demultiplexer.channel(), 0U);
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_FALSE(demultiplexer.Initialised());
+    EXPECT_EQ(demultiplexer.Channel(), 0U);
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST_F(DemultiplexerInit, MakesThePinsThenEachALowOutput) {
     Demultiplexer demultiplexer;
     EXPECT_TRUE(Init(demultiplexer));
-    EXPECT_TRUE(demultiplexer.initialised());
+    EXPECT_TRUE(demultiplexer.Initialised());
     EXPECT_EQ(Writes(board), Together(kClaimed, kConfigured));
     ExpectSilence();
 }
@@ -48,16 +48,16 @@ TEST_F(DemultiplexerInit, MakesThePinsThenEachALowOutput) {
 TEST_F(DemultiplexerInit, TakesTheLinesThatItIsGiven) {
     Demultiplexer demultiplexer;
     EXPECT_TRUE(demultiplexer.Init({{{0, 1}, {1, 0}, {3, 31}}}));
-    EXPECT_TRUE(board.line("A1").output);
-    EXPECT_TRUE(board.line("B0").output);
-    EXPECT_TRUE(board.line("D31").output);
+    EXPECT_TRUE(board.Line("A1").output);
+    EXPECT_TRUE(board.Line("B0").output);
+    EXPECT_TRUE(board.Line("D31").output);
 }
 
 TEST_F(DemultiplexerInit, EndsWithTheLinesGivenBack) {
     {
         Demultiplexer demultiplexer;
         EXPECT_TRUE(Init(demultiplexer));
-        board.forget();
+        board.Forget();
     }
     EXPECT_EQ(Writes(board), (Texts{"gpio unexport 91", "gpio unexport 92", "gpio unexport 95"}));
 }
@@ -66,20 +66,20 @@ TEST_F(DemultiplexerInit, RefusesABitThatNoPortHas) {
     {
         Demultiplexer demultiplexer;
         EXPECT_FALSE(demultiplexer.Init({{{2, 27}, {2, 32}, {2, 31}}}));
-        EXPECT_FALSE(demultiplexer.initialised());
-        EXPECT_EQ(console.output(), "wrong gpio pin" + std::string(kInitFailed));
+        EXPECT_FALSE(demultiplexer.Initialised());
+        EXPECT_EQ(console.Output(), "wrong gpio pin" + std::string(kInitFailed));
     }
-    EXPECT_FALSE(board.line("C27").exported);
-    EXPECT_FALSE(board.line("C31").exported);
+    EXPECT_FALSE(board.Line("C27").exported);
+    EXPECT_FALSE(board.Line("C31").exported);
 }
 
 // A line left behind by an earlier run is complained of, but does its work.
 TEST_F(DemultiplexerInit, MakesDoWithALineThatIsAlreadyUsed) {
-    board.line("C28").exported = true;
+    board.Line("C28").exported = true;
     Demultiplexer demultiplexer;
     EXPECT_TRUE(Init(demultiplexer));
-    EXPECT_EQ(console.error(), "already used\n");
-    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.Error(), "already used\n");
+    EXPECT_EQ(console.Output(), "");
 }
 
 /// The how-manieth file that cannot be opened, what is said about it, and whether Init minds.
@@ -97,12 +97,12 @@ class DemultiplexerInitFailing : public FrontEnd,
                                  public testing::WithParamInterface<FailingOpen> {};
 
 TEST_P(DemultiplexerInitFailing, IsTold) {
-    board.fail("open", "/sys/class/gpio/*", EACCES, GetParam().occurrence);
+    board.Fail("open", "/sys/class/gpio/*", EACCES, GetParam().occurrence);
     Demultiplexer demultiplexer;
     EXPECT_EQ(Init(demultiplexer), GetParam().works);
-    EXPECT_EQ(demultiplexer.initialised(), GetParam().works);
-    EXPECT_EQ(console.output(), GetParam().works ? "" : kInitFailed);
-    EXPECT_EQ(console.error(), GetParam().complaint);
+    EXPECT_EQ(demultiplexer.Initialised(), GetParam().works);
+    EXPECT_EQ(console.Output(), GetParam().works ? "" : kInitFailed);
+    EXPECT_EQ(console.Error(), GetParam().complaint);
 }
 
 constexpr const char* kNotClaimed = "unable to lock a gpionot locked yet\n";
@@ -141,18 +141,18 @@ TEST_F(DemultiplexerInit, MayBeTriedAgain) {
     Demultiplexer demultiplexer;
     EXPECT_FALSE(Init(demultiplexer));
     EXPECT_TRUE(Init(demultiplexer));
-    EXPECT_EQ(console.output(), kInitFailed);
-    EXPECT_EQ(console.error(), kValue);
+    EXPECT_EQ(console.Output(), kInitFailed);
+    EXPECT_EQ(console.Error(), kValue);
 }
 
 TEST_F(DemultiplexerInit, OnceDoneAnswersTrueThoughALineIsLost) {
     Demultiplexer demultiplexer;
     EXPECT_TRUE(Init(demultiplexer));
-    board.failForever("open", "/sys/class/gpio/pioC31/value", EACCES);
+    board.FailForever("open", "/sys/class/gpio/pioC31/value", EACCES);
     EXPECT_TRUE(Init(demultiplexer));
-    EXPECT_TRUE(demultiplexer.initialised());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), kValue);
+    EXPECT_TRUE(demultiplexer.Initialised());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), kValue);
 }
 
 } // namespace

@@ -18,9 +18,9 @@ constexpr float kUntouched = -123.5F;
 class DemultiplexerReadVoltage : public DemultiplexerAtWork {
   protected:
     DemultiplexerReadVoltage() {
-        board.board().analog.scale = "1024";
+        board.Model().analog.scale = "1024";
         for (std::size_t signal = 0; signal < 16; ++signal) {
-            board.board().analog.signals[signal] = 100.0 + static_cast<double>(signal);
+            board.Model().analog.signals[signal] = 100.0 + static_cast<double>(signal);
         }
     }
 
@@ -47,63 +47,63 @@ TEST_F(DemultiplexerReadVoltage, TakesTheFirstOfTheUpperGroupForAChannelThatTher
         EXPECT_EQ(voltage, 108.0F);
     }
     const std::string invalid = "Demultiplexer::SelectChannel - Invalid channel\n";
-    EXPECT_EQ(console.output(), invalid + invalid + invalid + invalid);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), invalid + invalid + invalid + invalid);
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(DemultiplexerReadVoltage, SelectsReadsAndRestoresTheSwitch) {
     ASSERT_TRUE(analogSwitch.Write(1));
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(Read(10));
     EXPECT_EQ(Writes(board),
               (Texts{"C27 value 0", "C28 value 1", "C31 value 0", "D18 value 0", "D18 value 1"}));
-    board.forget();
+    board.Forget();
     ASSERT_TRUE(analogSwitch.Write(0));
     EXPECT_TRUE(Read(2));
     EXPECT_EQ(Writes(board), (Texts{"D18 value 0", "C27 value 0", "C28 value 1", "C31 value 0",
                                     "D18 value 1", "D18 value 0"}));
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
     ExpectSilence();
 }
 
 TEST_F(DemultiplexerReadVoltage, LeavesTheSelectLinesAtTheChannel) {
     EXPECT_TRUE(Read(13));
-    EXPECT_TRUE(board.line("C27").level);
-    EXPECT_FALSE(board.line("C28").level);
-    EXPECT_TRUE(board.line("C31").level);
+    EXPECT_TRUE(board.Line("C27").level);
+    EXPECT_FALSE(board.Line("C28").level);
+    EXPECT_TRUE(board.Line("C31").level);
 }
 
 TEST_F(DemultiplexerReadVoltage, UsesTheConvertersInput6) {
-    board.board().analog.direct.fill(999.0);
+    board.Model().analog.direct.fill(999.0);
     EXPECT_TRUE(Read(3));
     EXPECT_EQ(voltage, 103.0F);
-    board.takeAway(kCounts);
+    board.TakeAway(kCounts);
     EXPECT_FALSE(Read(3));
 }
 
 TEST_F(DemultiplexerReadVoltage, FailsFirstOfAllWithoutAConverter) {
-    board.failForever("access", kDevice, ENOENT);
+    board.FailForever("access", kDevice, ENOENT);
     EXPECT_FALSE(Read(2));
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(demultiplexer.channel(), 0U);
+    EXPECT_EQ(demultiplexer.Channel(), 0U);
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n");
-    EXPECT_EQ(console.error(), "ADC: device does not exist\n");
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n");
+    EXPECT_EQ(console.Error(), "ADC: device does not exist\n");
 }
 
 TEST_F(DemultiplexerReadVoltage, FailsWithoutASwitchAndReadsNothing) {
     EXPECT_FALSE(demultiplexer.ReadVoltage(2, nullptr, voltage));
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_EQ(console.output(), "Demultiplexer::SetAnalogSwitch: failed!\n"
+    EXPECT_EQ(console.Output(), "Demultiplexer::SetAnalogSwitch: failed!\n"
                                 "Demultiplexer::SelectChannel - Setting mux channel failed\n"
                                 "Demultiplexer::ReadVoltage failed!\n");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(DemultiplexerReadVoltage, FailsBeforeInit) {
     Demultiplexer fresh;
     EXPECT_FALSE(fresh.ReadVoltage(2, &analogSwitch, voltage));
-    EXPECT_EQ(console.output(), "Demultiplexer::SelectChannel - Setting mux channel failed\n"
+    EXPECT_EQ(console.Output(), "Demultiplexer::SelectChannel - Setting mux channel failed\n"
                                 "Demultiplexer::ReadVoltage failed!\n");
     EXPECT_EQ(Writes(board), Texts{});
 }
@@ -127,8 +127,8 @@ TEST_P(DemultiplexerReadFailing, StopsThere) {
     FailToOpen(GetParam().line, "value", GetParam().occurrence);
     EXPECT_FALSE(Read(7));
     EXPECT_EQ(Writes(board), GetParam().before);
-    EXPECT_EQ(console.output(), GetParam().output);
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
+    EXPECT_EQ(console.Output(), GetParam().output);
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
 }
 
 constexpr const char* kSelectFailed = "Demultiplexer::SelectChannel - Setting mux channel "
@@ -151,23 +151,23 @@ INSTANTIATE_TEST_SUITE_P(
             "D18", 3, {"C27 value 1", "C28 value 1", "C31 value 1", "D18 value 1"}, kResetFailed}));
 
 TEST_F(DemultiplexerReadVoltage, KeepsTheSwitchWhenTheVoltageCannotBeRead) {
-    board.takeAway(kCounts);
+    board.TakeAway(kCounts);
     EXPECT_FALSE(Read(7));
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_TRUE(board.line("D18").level);
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n");
-    EXPECT_EQ(console.error(), "ADC: can't read raw counts\n");
+    EXPECT_TRUE(board.Line("D18").level);
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n");
+    EXPECT_EQ(console.Error(), "ADC: can't read raw counts\n");
     EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState()); // still held, with the level it had
-    EXPECT_FALSE(board.line("D18").level);
+    EXPECT_FALSE(board.Line("D18").level);
 }
 
 TEST_F(DemultiplexerReadVoltage, KeepsTheSwitchWhenTheScaleCannotBeRead) {
-    board.takeAway(kScale);
+    board.TakeAway(kScale);
     EXPECT_FALSE(Read(7));
     EXPECT_EQ(voltage, kUntouched);
-    EXPECT_TRUE(board.line("D18").level);
-    EXPECT_EQ(console.output(), "Demultiplexer::ReadVoltage failed!\n");
-    EXPECT_EQ(console.error(), "ADC: can't read the reference\n");
+    EXPECT_TRUE(board.Line("D18").level);
+    EXPECT_EQ(console.Output(), "Demultiplexer::ReadVoltage failed!\n");
+    EXPECT_EQ(console.Error(), "ADC: can't read the reference\n");
 }
 
 TEST_F(DemultiplexerReadVoltage, HasStoredTheVoltageWhenOnlyTheSwitchCannotBeRestored) {
@@ -177,7 +177,7 @@ TEST_F(DemultiplexerReadVoltage, HasStoredTheVoltageWhenOnlyTheSwitchCannotBeRes
 }
 
 TEST_F(DemultiplexerReadVoltage, TakesRubbishInTheCountForZero) {
-    board.replaceText(kCounts, "rubbish");
+    board.ReplaceText(kCounts, "rubbish");
     EXPECT_TRUE(Read(7));
     EXPECT_EQ(voltage, 0.0F);
     ExpectSilence();

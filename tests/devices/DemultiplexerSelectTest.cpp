@@ -33,13 +33,13 @@ class DemultiplexerSelection : public DemultiplexerAtWork,
 TEST_P(DemultiplexerSelection, DrivesBitsZeroToTwoAndThenTheSwitch) {
     const Selection& selection = GetParam();
     EXPECT_TRUE(demultiplexer.SelectChannel(selection.channel, &analogSwitch));
-    EXPECT_EQ(demultiplexer.channel(), selection.channel);
+    EXPECT_EQ(demultiplexer.Channel(), selection.channel);
     EXPECT_EQ(Writes(board), (Texts{std::string("C27 value ") + selection.bits[2],
                                     std::string("C28 value ") + selection.bits[1],
                                     std::string("C31 value ") + selection.bits[0],
                                     std::string("D18 value ") + selection.analogSwitch}));
-    EXPECT_EQ(console.output(), selection.exists ? "" : kInvalid);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), selection.exists ? "" : kInvalid);
+    EXPECT_EQ(console.Error(), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheLowerGroup, DemultiplexerSelection,
@@ -61,11 +61,11 @@ INSTANTIATE_TEST_SUITE_P(OfNone, DemultiplexerSelection,
 
 TEST_F(DemultiplexerSelect, SetsTheBitsBackToZero) {
     EXPECT_TRUE(demultiplexer.SelectChannel(7, &analogSwitch));
-    EXPECT_TRUE(board.line("C27").level && board.line("C28").level && board.line("C31").level);
-    EXPECT_TRUE(board.line("D18").level);
+    EXPECT_TRUE(board.Line("C27").level && board.Line("C28").level && board.Line("C31").level);
+    EXPECT_TRUE(board.Line("D18").level);
     EXPECT_TRUE(demultiplexer.SelectChannel(9, &analogSwitch));
-    EXPECT_FALSE(board.line("C27").level || board.line("C28").level || board.line("C31").level);
-    EXPECT_FALSE(board.line("D18").level);
+    EXPECT_FALSE(board.Line("C27").level || board.Line("C28").level || board.Line("C31").level);
+    EXPECT_FALSE(board.Line("D18").level);
 }
 
 class DemultiplexerSelectBeforeInit : public FrontEnd {};
@@ -73,22 +73,22 @@ class DemultiplexerSelectBeforeInit : public FrontEnd {};
 TEST_F(DemultiplexerSelectBeforeInit, FailsAndTouchesNoLine) {
     GpioPin analogSwitch(3, 18);
     analogSwitch.SetDirection(kPinOutput);
-    board.forget();
+    board.Forget();
     Demultiplexer demultiplexer;
     EXPECT_FALSE(demultiplexer.SelectChannel(3, &analogSwitch));
-    EXPECT_EQ(demultiplexer.channel(), 3U);
-    EXPECT_EQ(console.output(), kSelectFailed);
+    EXPECT_EQ(demultiplexer.Channel(), 3U);
+    EXPECT_EQ(console.Output(), kSelectFailed);
     EXPECT_FALSE(demultiplexer.SelectChannel(8, &analogSwitch));
-    EXPECT_EQ(console.output(), kSelectFailed + (kInvalid + std::string(kSelectFailed)));
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(console.Output(), kSelectFailed + (kInvalid + std::string(kSelectFailed)));
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST_F(DemultiplexerSelectBeforeInit, FailsAfterAFailedInitToo) {
     FailToOpen("C31", "value");
     Demultiplexer demultiplexer;
     EXPECT_FALSE(demultiplexer.Init(wiring::kDemultiplexerSelect));
-    board.forget();
+    board.Forget();
     EXPECT_FALSE(demultiplexer.SelectChannel(3, nullptr));
     EXPECT_EQ(Writes(board), Texts{});
 }
@@ -109,10 +109,10 @@ class DemultiplexerSelectFailing : public DemultiplexerAtWork,
 TEST_P(DemultiplexerSelectFailing, StopsThere) {
     FailToOpen(GetParam().line, "value");
     EXPECT_FALSE(demultiplexer.SelectChannel(5, &analogSwitch));
-    EXPECT_EQ(demultiplexer.channel(), 5U);
+    EXPECT_EQ(demultiplexer.Channel(), 5U);
     EXPECT_EQ(Writes(board), GetParam().before);
-    EXPECT_EQ(console.output(), kSelectFailed);
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
+    EXPECT_EQ(console.Output(), kSelectFailed);
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
 }
 
 INSTANTIATE_TEST_SUITE_P(, DemultiplexerSelectFailing,
@@ -124,15 +124,15 @@ TEST_F(DemultiplexerSelect, FailsWhenTheSwitchCannotBeWritten) {
     FailToOpen("D18", "value", 2); // after its level was read
     EXPECT_FALSE(demultiplexer.SelectChannel(5, &analogSwitch));
     EXPECT_EQ(Writes(board), (Texts{"C27 value 1", "C28 value 0", "C31 value 1"}));
-    EXPECT_EQ(console.output(), kSwitchFailed + std::string(kSelectFailed));
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
+    EXPECT_EQ(console.Output(), kSwitchFailed + std::string(kSelectFailed));
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
 }
 
 TEST_F(DemultiplexerSelect, FailsWithoutASwitch) {
     EXPECT_FALSE(demultiplexer.SelectChannel(5, nullptr));
     EXPECT_EQ(Writes(board), (Texts{"C27 value 1", "C28 value 0", "C31 value 1"}));
-    EXPECT_EQ(console.output(), kSwitchFailed + std::string(kSelectFailed));
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), kSwitchFailed + std::string(kSelectFailed));
+    EXPECT_EQ(console.Error(), "");
 }
 
 using DemultiplexerSwitch = DemultiplexerAtWork;
@@ -141,7 +141,7 @@ TEST_F(DemultiplexerSwitch, FollowsTheChannelLastAskedFor) {
     EXPECT_TRUE(demultiplexer.SetAnalogSwitch(&analogSwitch)); // channel 0 at first
     EXPECT_EQ(Writes(board), Texts{"D18 value 1"});
     EXPECT_FALSE(demultiplexer.SelectChannel(12, nullptr));
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(demultiplexer.SetAnalogSwitch(&analogSwitch));
     EXPECT_EQ(Writes(board), Texts{"D18 value 0"});
 }
@@ -151,9 +151,9 @@ TEST_F(DemultiplexerSwitch, GetsItsLevelBack) {
         ASSERT_TRUE(analogSwitch.Write(level ? 1 : 0));
         for (const std::uint32_t channel : {2U, 10U}) {
             EXPECT_TRUE(demultiplexer.SelectChannel(channel, &analogSwitch));
-            EXPECT_EQ(board.line("D18").level, channel < 8);
+            EXPECT_EQ(board.Line("D18").level, channel < 8);
             EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState());
-            EXPECT_EQ(board.line("D18").level, level) << channel;
+            EXPECT_EQ(board.Line("D18").level, level) << channel;
         }
     }
     ExpectSilence();
@@ -162,62 +162,62 @@ TEST_F(DemultiplexerSwitch, GetsItsLevelBack) {
 TEST_F(DemultiplexerSwitch, IsResetOnceOnly) {
     EXPECT_TRUE(demultiplexer.SelectChannel(2, &analogSwitch));
     EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState());
-    board.forget();
+    board.Forget();
     EXPECT_FALSE(demultiplexer.ResetAnalogSwitchState());
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(console.output(), kResetFailed);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), kResetFailed);
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(DemultiplexerSwitch, IsNotThereToResetBeforeItIsSet) {
     EXPECT_FALSE(demultiplexer.ResetAnalogSwitchState());
-    EXPECT_EQ(console.output(), kResetFailed);
+    EXPECT_EQ(console.Output(), kResetFailed);
 }
 
 TEST_F(DemultiplexerSwitch, StaysHeldWhenItCannotBeReset) {
     EXPECT_TRUE(demultiplexer.SelectChannel(2, &analogSwitch));
     FailToOpen("D18", "value");
     EXPECT_FALSE(demultiplexer.ResetAnalogSwitchState());
-    EXPECT_EQ(console.output(), kResetFailed);
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
-    EXPECT_TRUE(board.line("D18").level);
+    EXPECT_EQ(console.Output(), kResetFailed);
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
+    EXPECT_TRUE(board.Line("D18").level);
     EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState());
-    EXPECT_FALSE(board.line("D18").level);
+    EXPECT_FALSE(board.Line("D18").level);
 }
 
 TEST_F(DemultiplexerSwitch, IsNotSetWhenItsLevelIsAnError) {
-    board.line("D18").exported = false;
+    board.Line("D18").exported = false;
     EXPECT_FALSE(demultiplexer.SetAnalogSwitch(&analogSwitch));
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(console.output(), kSwitchFailed);
-    EXPECT_EQ(console.error(), "not locked yet\n");
+    EXPECT_EQ(console.Output(), kSwitchFailed);
+    EXPECT_EQ(console.Error(), "not locked yet\n");
 }
 
 // It is remembered before it is looked at, and so is the error for a level: anything but 1 is low.
 TEST_F(DemultiplexerSwitch, IsHeldThoughItsLevelIsAnError) {
-    board.line("D18").exported = false;
+    board.Line("D18").exported = false;
     EXPECT_FALSE(demultiplexer.SetAnalogSwitch(&analogSwitch));
-    board.line("D18").exported = true;
+    board.Line("D18").exported = true;
     EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState());
     EXPECT_EQ(Writes(board), Texts{"D18 value 0"});
-    EXPECT_EQ(console.output(), kSwitchFailed);
+    EXPECT_EQ(console.Output(), kSwitchFailed);
 }
 
 TEST_F(DemultiplexerSwitch, ThatIsAnInputCannotBeSet) {
     ASSERT_TRUE(analogSwitch.SetDirection(kPinInput));
-    board.forget();
+    board.Forget();
     EXPECT_FALSE(demultiplexer.SetAnalogSwitch(&analogSwitch));
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(console.output(), kSwitchFailed);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), kSwitchFailed);
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(DemultiplexerSwitch, WhoseLevelCannotBeReadCountsAsLow) {
     ASSERT_TRUE(analogSwitch.Write(1));
-    board.failForever("read", "/sys/class/gpio/pioD18/value", EIO);
+    board.FailForever("read", "/sys/class/gpio/pioD18/value", EIO);
     EXPECT_TRUE(demultiplexer.SelectChannel(2, &analogSwitch));
     EXPECT_TRUE(demultiplexer.ResetAnalogSwitchState());
-    EXPECT_FALSE(board.line("D18").level);
+    EXPECT_FALSE(board.Line("D18").level);
     ExpectSilence();
 }
 

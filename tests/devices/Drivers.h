@@ -28,10 +28,10 @@ struct Pump {
 /// The pump on its board, set up and what was written for that forgotten. A motor mutex that a
 /// failure leaves locked goes with the pump.
 struct PumpOnBoard {
-    PumpOnBoard() { board.forget(); }
+    PumpOnBoard() { board.Forget(); }
 
-    [[nodiscard]] std::uint64_t Locks() const { return board.calls("pthread_mutex_lock"); }
-    [[nodiscard]] std::uint64_t Unlocks() const { return board.calls("pthread_mutex_unlock"); }
+    [[nodiscard]] std::uint64_t Locks() const { return board.Calls("pthread_mutex_lock"); }
+    [[nodiscard]] std::uint64_t Unlocks() const { return board.Calls("pthread_mutex_unlock"); }
 
     sim::SimulatedBoard board;
     Pump pump;

@@ -18,12 +18,12 @@ class FrontEnd : public testing::Test {
   protected:
     /// The occurrence-th opening of one of a line's attributes fails.
     void FailToOpen(const std::string& line, const char* attribute, std::uint64_t occurrence = 1) {
-        board.fail("open", "/sys/class/gpio/pio" + line + "/" + attribute, EACCES, occurrence);
+        board.Fail("open", "/sys/class/gpio/pio" + line + "/" + attribute, EACCES, occurrence);
     }
 
     void ExpectSilence() {
-        EXPECT_EQ(console.output(), "");
-        EXPECT_EQ(console.error(), "");
+        EXPECT_EQ(console.Output(), "");
+        EXPECT_EQ(console.Error(), "");
     }
 
     sim::SimulatedBoard board;
@@ -37,7 +37,7 @@ class DemultiplexerAtWork : public FrontEnd {
     DemultiplexerAtWork() {
         EXPECT_TRUE(analogSwitch.SetDirection(kPinOutput));
         EXPECT_TRUE(demultiplexer.Init(wiring::kDemultiplexerSelect));
-        board.forget();
+        board.Forget();
     }
 
     GpioPin analogSwitch{3, 18};

@@ -37,24 +37,24 @@ Texts Move(const std::string& from, const std::string& to, const std::string& re
 TEST(MotorMutex, MakesTheSecondMoverWaitUntilTheFirstHasBraked) {
     SimulatedBoard board;
     Pump pump;
-    board.forget();
+    board.Forget();
     Worker first([&] { EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false)); });
     Worker second([&] { EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 2000, false)); });
     first.Join();
     second.Join();
     EXPECT_EQ(TimedWritesOfThread(board, 2), Move("0", "1000", "0 EINVAL", "625000", "312500"));
     EXPECT_EQ(TimedWritesOfThread(board, 3), Move("1000", "3000", "0", "1250000", "625000"));
-    EXPECT_EQ(board.now(), sim::milliseconds(3000));
+    EXPECT_EQ(board.Now(), sim::Milliseconds(3000));
 }
 
 TEST(MotorMutex, KeepsTwoMoversApartWhoeverComesFirst) {
     Scenario scenario;
-    scenario.threadOrder = sim::ThreadOrder::seeded;
+    scenario.threadOrder = sim::ThreadOrder::Seeded;
     RunOptions options;
     for (options.seed = 1; options.seed <= 20; ++options.seed) {
         SimulatedBoard board(scenario, options);
         Pump pump;
-        board.forget();
+        board.Forget();
         Worker first([&] { EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false)); });
         Worker second([&] { EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false)); });
         first.Join();
@@ -70,7 +70,7 @@ TEST(MotorMutex, KeepsTwoMoversApartWhoeverComesFirst) {
 TEST(MotorMutex, IsHeldFromStartThroughStopToBrake) {
     SimulatedBoard board;
     Pump pump;
-    board.forget();
+    board.Forget();
     ASSERT_TRUE(pump.motor.Start(50.0F, 1600.0F, 7));
     Worker second([&] { EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false)); });
     SleepMilliseconds(1000);
@@ -85,12 +85,12 @@ TEST(MotorMutex, IsHeldFromStartThroughStopToBrake) {
 /// Whether another thread's move of one second can begin only when this one has braked, two seconds
 /// from now.
 bool OtherMoverWaitsForTheBrake(const SimulatedBoard& board, StepperDriverMotor& motor) {
-    const sim::Nanoseconds begin = board.now();
+    const sim::Nanoseconds begin = board.Now();
     Worker other([&] { EXPECT_TRUE(motor.MoveAngle(360.0F, 50.0F, 1000, false)); });
     SleepMilliseconds(2000);
     EXPECT_TRUE(motor.Brake());
     other.Join();
-    return board.now() - begin == sim::milliseconds(3000);
+    return board.Now() - begin == sim::Milliseconds(3000);
 }
 
 TEST(MotorMutex, IsFreeAfterAMove) {
@@ -104,7 +104,7 @@ TEST(MotorMutex, StaysLockedAfterAMoveThatCouldNotSetTheCurrent) {
     SimulatedBoard board;
     Pump pump;
     CapturedConsole console;
-    board.fail("open", "/sys/class/gpio/pioA4/value", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioA4/value", EACCES);
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
     EXPECT_TRUE(OtherMoverWaitsForTheBrake(board, pump.motor));
 }
@@ -113,7 +113,7 @@ TEST(MotorMutex, StaysLockedAfterAMoveThatCouldNotRun) {
     SimulatedBoard board;
     Pump pump;
     CapturedConsole console;
-    board.fail("open", "/sys/class/pwm/pwmchip0/pwm1/duty_cycle", EACCES);
+    board.Fail("open", "/sys/class/pwm/pwmchip0/pwm1/duty_cycle", EACCES);
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
     EXPECT_TRUE(OtherMoverWaitsForTheBrake(board, pump.motor));
 }
@@ -122,7 +122,7 @@ TEST(MotorMutex, StaysLockedAfterAStartThatCouldNotSetTheCurrent) {
     SimulatedBoard board;
     Pump pump;
     CapturedConsole console;
-    board.fail("open", "/sys/class/gpio/pioA4/value", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioA4/value", EACCES);
     EXPECT_FALSE(pump.motor.Start(50.0F, 1600.0F, 7));
     EXPECT_TRUE(OtherMoverWaitsForTheBrake(board, pump.motor));
 }
@@ -141,7 +141,7 @@ TEST(MotorMutex, IsFreeAfterABrakeThatCouldNotSetTheCurrent) {
     CapturedConsole console;
     ASSERT_TRUE(pump.motor.Start(50.0F, 1600.0F, 7));
     ASSERT_TRUE(pump.motor.Stop());
-    board.fail("open", "/sys/class/gpio/pioA4/value", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioA4/value", EACCES);
     EXPECT_FALSE(pump.motor.Brake());
     EXPECT_FALSE(OtherMoverWaitsForTheBrake(board, pump.motor));
 }
@@ -156,7 +156,7 @@ TEST(MotorMutex, BelongsToOneMotorOnly) {
     Worker second([&] { EXPECT_TRUE(other.MoveAngle(360.0F, 50.0F, 1000, false)); });
     first.Join();
     second.Join();
-    EXPECT_EQ(board.now(), sim::milliseconds(1000));
+    EXPECT_EQ(board.Now(), sim::Milliseconds(1000));
 }
 
 } // namespace

@@ -30,21 +30,21 @@ TEST(MoveAngle, TurnsAtFullCurrentAndBrakesAtTheLowestWithTheChipEnabled) {
                      "1000 1 A6 value 0", "1000 1 A2 value 0"}));
     EXPECT_EQ(pump.Locks(), 2U);
     EXPECT_EQ(pump.Unlocks(), 2U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(MoveAngle, Of720DegreesIn2000MillisecondsIs3200Steps) {
     PumpOnBoard pump;
     EXPECT_TRUE(pump.motor.MoveAngle(720.0F, 50.0F, 2000, false));
-    EXPECT_EQ(pump.board.channel(1).period, 625000U); // 1600 Hz
-    EXPECT_EQ(pump.board.board().shaft.stepsTurned(pump.board.now()), 3200);
+    EXPECT_EQ(pump.board.Channel(1).period, 625000U); // 1600 Hz
+    EXPECT_EQ(pump.board.Model().shaft.StepsTurned(pump.board.Now()), 3200);
 }
 
 TEST(MoveAngle, SpinsWhereItIsAskedTo) {
     PumpOnBoard pump;
-    pump.board.failForever("nanosleep", "", EINVAL);
+    pump.board.FailForever("nanosleep", "", EINVAL);
     EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, true));
-    EXPECT_EQ(pump.board.now(), sim::microseconds(1000001)); // the first look takes the one
+    EXPECT_EQ(pump.board.Now(), sim::Microseconds(1000001)); // the first look takes the one
 }
 
 // Degrees and milliseconds, and the nanoseconds that come of them in single precision, in the order
@@ -66,7 +66,7 @@ TEST(MoveAngle, KeepsTheOrderOfItsSinglePrecisionFigures) {
     for (const Turn& turn : turns) {
         PumpOnBoard pump;
         EXPECT_TRUE(pump.motor.MoveAngle(turn.angle, 50.0F, turn.milliseconds, false));
-        const Texts writes = pump.board.writesTo("pwm1");
+        const Texts writes = pump.board.WritesTo("pwm1");
         EXPECT_EQ(Texts(writes.begin() + 1, writes.begin() + 3), turn.nanoseconds) << turn.angle;
     }
 }
@@ -89,9 +89,9 @@ TEST(MoveAngle, OfNothingIsRefusedWithoutTouchingHardwareAndMutex) {
         CapturedConsole console;
         EXPECT_FALSE(
             pump.motor.MoveAngle(refusal.angle, refusal.dutyCycle, refusal.milliseconds, false));
-        EXPECT_EQ(console.output(), kNotMoved) << refusal.angle << " " << refusal.dutyCycle;
-        EXPECT_EQ(console.error(), "");
-        EXPECT_EQ(pump.board.events(), Texts{});
+        EXPECT_EQ(console.Output(), kNotMoved) << refusal.angle << " " << refusal.dutyCycle;
+        EXPECT_EQ(console.Error(), "");
+        EXPECT_EQ(pump.board.Events(), Texts{});
         EXPECT_EQ(pump.Locks() + pump.Unlocks(), 0U);
     }
 }
@@ -99,7 +99,7 @@ TEST(MoveAngle, OfNothingIsRefusedWithoutTouchingHardwareAndMutex) {
 TEST(MoveAngle, TakesADutyOfAHundredPercent) {
     PumpOnBoard pump;
     EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 100.0F, 1000, false));
-    EXPECT_EQ(pump.board.channel(1).duty, 625000U);
+    EXPECT_EQ(pump.board.Channel(1).duty, 625000U);
 }
 
 TEST(MoveAngle, OfAMotorThatIsNotUsableFailsAtOnce) {
@@ -107,26 +107,26 @@ TEST(MoveAngle, OfAMotorThatIsNotUsableFailsAtOnce) {
     CapturedConsole console;
     StepperDriverMotor motor(4);
     EXPECT_FALSE(motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n" + kNotMoved);
-    EXPECT_EQ(board.calls("pthread_mutex_lock"), 0U);
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n" + kNotMoved);
+    EXPECT_EQ(board.Calls("pthread_mutex_lock"), 0U);
 }
 
 TEST(MoveAngle, FailsWithoutTheMotorsMutex) {
     PumpOnBoard pump;
-    pump.board.fail("pthread_mutex_lock", "", EINVAL);
+    pump.board.Fail("pthread_mutex_lock", "", EINVAL);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.output(), kNotMoved);
+    EXPECT_EQ(console.Output(), kNotMoved);
     EXPECT_EQ(Writes(pump.board), Texts{});
     EXPECT_EQ(pump.Unlocks(), 0U);
 }
 
 TEST(MoveAngle, FailsWithoutTheCurrentAndKeepsTheMotorsMutex) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA6/value", EACCES);
+    pump.board.Fail("open", "/sys/class/gpio/pioA6/value", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.output(), kNoValues + kNotMoved);
+    EXPECT_EQ(console.Output(), kNoValues + kNotMoved);
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1"}));
     EXPECT_EQ(pump.Locks(), 1U);
     EXPECT_EQ(pump.Unlocks(), 0U);
@@ -142,33 +142,33 @@ TEST(MoveAngle, TooSlowOrTooFastIsRefusedByTheDriverAndKeepsTheMotorsMutex) {
         CapturedConsole console;
         EXPECT_FALSE(
             pump.motor.MoveAngle(refusal.angle, refusal.dutyCycle, refusal.milliseconds, false));
-        EXPECT_EQ(console.output(),
+        EXPECT_EQ(console.Output(),
                   "Invalid PWM frequency or duty cycle in StepperDriver::Start\n" + kNotMoved);
         EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1", "A6 value 1"}));
         EXPECT_EQ(pump.Locks(), 1U);
         EXPECT_EQ(pump.Unlocks(), 0U);
-        EXPECT_EQ(pump.board.now(), 0);
+        EXPECT_EQ(pump.board.Now(), 0);
     }
 }
 
 TEST(MoveAngle, FailsWhenTheStopFailsAndDoesNotBrake) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA2/value", EACCES, 2);
+    pump.board.Fail("open", "/sys/class/gpio/pioA2/value", EACCES, 2);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.output(), "Stepper Driver: PWM disable or chip disable failed\n" + kNotMoved);
+    EXPECT_EQ(console.Output(), "Stepper Driver: PWM disable or chip disable failed\n" + kNotMoved);
     EXPECT_EQ(Writes(pump.board).back(), "pwm1 enable 0");
-    EXPECT_EQ(pump.board.now(), sim::milliseconds(1000));
+    EXPECT_EQ(pump.board.Now(), sim::Milliseconds(1000));
     EXPECT_EQ(pump.Locks(), 2U);
     EXPECT_EQ(pump.Unlocks(), 1U);
 }
 
 TEST(MoveAngle, FailsWhenTheBrakeFails) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA4/value", EACCES, 2);
+    pump.board.Fail("open", "/sys/class/gpio/pioA4/value", EACCES, 2);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.output(), kNoValues + kNotBraked + kNotMoved);
+    EXPECT_EQ(console.Output(), kNoValues + kNotBraked + kNotMoved);
     EXPECT_EQ(Writes(pump.board).back(), "A2 value 1");
     EXPECT_EQ(pump.Unlocks(), 2U);
 }

@@ -20,21 +20,21 @@ TEST(PumpMotorSetup, ClaimsTheThreeLinesThenMakesThemOutputsThenSetsTheLevel) {
     CapturedConsole console;
     StepperDriverMotor motor(1);
     motor.SetupCurrentLimitPins(0, 4, 0, 5, 0, 6, 7);
-    EXPECT_TRUE(motor.ok());
+    EXPECT_TRUE(motor.Ok());
     EXPECT_EQ(Writes(board),
               (Texts{"gpio export 4", "A4 direction in", "A4 edge none", "gpio export 5",
                      "A5 direction in", "A5 edge none", "gpio export 6", "A6 direction in",
                      "A6 edge none", "A4 direction out", "A4 edge none", "A5 direction out",
                      "A5 edge none", "A6 direction out", "A6 edge none", "A4 value 1", "A5 value 1",
                      "A6 value 1"}));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(PumpMotorSetup, GivesBackTheLimitLinesInTheirOrderThenTheDriver) {
     SimulatedBoard board;
     {
         const Pump pump;
-        board.forget();
+        board.Forget();
     }
     EXPECT_EQ(Writes(board), (Texts{"gpio unexport 4", "gpio unexport 5", "gpio unexport 6",
                                     "pwm1 enable 0 EINVAL", "pwmchip0 unexport 1",
@@ -85,15 +85,15 @@ TEST(PumpMotorSetup, StopsAtTheFirstStepThatFails) {
     for (const SetupFailure& failure : SetupFailures()) {
         SCOPED_TRACE(failure.attribute);
         SimulatedBoard board;
-        board.fail("open", failure.attribute, EACCES, failure.occurrence);
+        board.Fail("open", failure.attribute, EACCES, failure.occurrence);
         CapturedConsole console;
         StepperDriverMotor motor(1);
         motor.SetupCurrentLimitPins(0, 4, 0, 5, 0, 6, 7);
-        EXPECT_FALSE(motor.ok());
+        EXPECT_FALSE(motor.Ok());
         const Texts writes = Writes(board);
         EXPECT_EQ(Texts(writes.begin() + claims, writes.end()), failure.writes);
-        EXPECT_EQ(console.output(), failure.output);
-        EXPECT_EQ(console.error(), failure.error);
+        EXPECT_EQ(console.Output(), failure.output);
+        EXPECT_EQ(console.Error(), failure.error);
     }
 }
 
@@ -102,22 +102,22 @@ TEST(PumpMotorSetup, ClaimsTheLimitLinesEvenForAMotorThatIsNotUsable) {
     CapturedConsole console;
     StepperDriverMotor motor(4);
     motor.SetupCurrentLimitPins(0, 4, 0, 5, 0, 6, 7);
-    EXPECT_FALSE(motor.ok());
-    EXPECT_TRUE(board.line("A4").output && board.line("A5").output && board.line("A6").output);
-    EXPECT_FALSE(board.line("A4").level || board.line("A5").level || board.line("A6").level);
-    EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_FALSE(motor.Ok());
+    EXPECT_TRUE(board.Line("A4").output && board.Line("A5").output && board.Line("A6").output);
+    EXPECT_FALSE(board.Line("A4").level || board.Line("A5").level || board.Line("A6").level);
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST(PumpMotorSetup, MakesAMotorWithoutMutexUnusableInSilence) {
     SimulatedBoard board;
-    board.fail("pthread_mutex_init", "", ENOMEM);
+    board.Fail("pthread_mutex_init", "", ENOMEM);
     CapturedConsole console;
     StepperDriverMotor motor(1);
-    EXPECT_FALSE(motor.ok());
+    EXPECT_FALSE(motor.Ok());
     motor.SetupPins(0, 2, 0, 3);
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 struct CurrentLimit {
@@ -143,7 +143,7 @@ TEST(PumpMotorCurrentLimit, GoesOutAsANumberOfThreeBits) {
     SimulatedBoard board;
     Pump pump;
     for (const CurrentLimit& limit : limits) {
-        board.forget();
+        board.Forget();
         EXPECT_TRUE(pump.motor.SetCurrentLimit(limit.level));
         EXPECT_EQ(Writes(board), limit.writes) << limit.level;
     }
@@ -154,13 +154,13 @@ TEST(PumpMotorCurrentLimit, StopsAtTheFirstLineThatFails) {
     for (const std::ptrdiff_t before : {0, 1, 2}) {
         SimulatedBoard board;
         Pump pump;
-        board.forget();
-        board.fail("open", kLine + std::to_string(4 + before) + "/value", EACCES);
+        board.Forget();
+        board.Fail("open", kLine + std::to_string(4 + before) + "/value", EACCES);
         CapturedConsole console;
         EXPECT_FALSE(pump.motor.SetCurrentLimit(5));
         EXPECT_EQ(Writes(board), Texts(levels.begin(), levels.begin() + before));
-        EXPECT_EQ(console.output(), kNoValues);
-        EXPECT_TRUE(pump.motor.ok());
+        EXPECT_EQ(console.Output(), kNoValues);
+        EXPECT_TRUE(pump.motor.Ok());
         EXPECT_TRUE(pump.motor.SetCurrentLimit(5));
     }
 }
@@ -170,8 +170,8 @@ TEST(PumpMotorCurrentLimit, OfAMotorThatIsNotUsableFailsInSilence) {
     CapturedConsole console;
     StepperDriverMotor motor(4);
     EXPECT_FALSE(motor.SetCurrentLimit(7));
-    EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n");
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 } // namespace

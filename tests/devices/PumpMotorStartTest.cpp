@@ -26,7 +26,7 @@ TEST(PumpMotorStart, SetsTheCurrentAndThenRunsTheDriver) {
     EXPECT_EQ(pump.Unlocks(), 0U);
     EXPECT_TRUE(pump.motor.Stop());
     EXPECT_TRUE(pump.motor.Brake());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(PumpMotorStart, OfAMotorThatIsNotUsableFailsAtOnce) {
@@ -34,25 +34,25 @@ TEST(PumpMotorStart, OfAMotorThatIsNotUsableFailsAtOnce) {
     CapturedConsole console;
     StepperDriverMotor motor(4);
     EXPECT_FALSE(motor.Start(50.0F, 1600.0F, 7));
-    EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n" + kNotStarted);
-    EXPECT_EQ(board.calls("pthread_mutex_lock"), 0U);
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n" + kNotStarted);
+    EXPECT_EQ(board.Calls("pthread_mutex_lock"), 0U);
 }
 
 TEST(PumpMotorStart, FailsWithoutTheMotorsMutex) {
     PumpOnBoard pump;
-    pump.board.fail("pthread_mutex_lock", "", EINVAL);
+    pump.board.Fail("pthread_mutex_lock", "", EINVAL);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Start(50.0F, 1600.0F, 7));
-    EXPECT_EQ(console.output(), kNotStarted);
+    EXPECT_EQ(console.Output(), kNotStarted);
     EXPECT_EQ(Writes(pump.board), Texts{});
 }
 
 TEST(PumpMotorStart, FailsWithoutTheCurrentAndKeepsTheMotorsMutex) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA5/value", EACCES);
+    pump.board.Fail("open", "/sys/class/gpio/pioA5/value", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Start(50.0F, 1600.0F, 7));
-    EXPECT_EQ(console.output(), kNoValues + kNotStarted);
+    EXPECT_EQ(console.Output(), kNoValues + kNotStarted);
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1"}));
     EXPECT_EQ(pump.Locks(), 1U);
     EXPECT_EQ(pump.Unlocks(), 0U);
@@ -62,7 +62,7 @@ TEST(PumpMotorStart, FailsForAFrequencyOutOfRangeAndKeepsTheMotorsMutex) {
     PumpOnBoard pump;
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Start(50.0F, 0.5F, 7));
-    EXPECT_EQ(console.output(),
+    EXPECT_EQ(console.Output(),
               "Invalid PWM frequency or duty cycle in StepperDriver::Start\n" + kNotStarted);
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1", "A6 value 1"}));
     EXPECT_EQ(pump.Locks(), 1U);
@@ -71,10 +71,10 @@ TEST(PumpMotorStart, FailsForAFrequencyOutOfRangeAndKeepsTheMotorsMutex) {
 
 TEST(PumpMotorStart, FailsWithTheDriverWhichFreesTheChannelsMutexOnly) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA2/value", EACCES);
+    pump.board.Fail("open", "/sys/class/gpio/pioA2/value", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Start(50.0F, 1600.0F, 7));
-    EXPECT_EQ(console.output(), "Stepper Driver: PWM enable or chip enable failed\n" + kNotStarted);
+    EXPECT_EQ(console.Output(), "Stepper Driver: PWM enable or chip enable failed\n" + kNotStarted);
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1", "A6 value 1",
                                          "pwm1 enable 0 EINVAL", "A2 value 1"}));
     EXPECT_EQ(pump.Locks(), 2U);
@@ -86,14 +86,14 @@ TEST(PumpMotorBrake, HoldsTheRotorWithTheLowestCurrentAndTheChipEnabled) {
     CapturedConsole console;
     EXPECT_TRUE(pump.motor.Brake());
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 0", "A5 value 0", "A6 value 0", "A2 value 0"}));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(PumpMotorBrake, DoesNotStopThePulses) {
     PumpOnBoard pump;
     EXPECT_TRUE(pump.motor.Start(50.0F, 1600.0F, 7));
     EXPECT_TRUE(pump.motor.Brake());
-    EXPECT_TRUE(pump.board.channel(1).pulsing());
+    EXPECT_TRUE(pump.board.Channel(1).Pulsing());
     EXPECT_EQ(pump.Unlocks(), 1U);
     EXPECT_TRUE(pump.motor.Stop());
 }
@@ -110,20 +110,20 @@ TEST(PumpMotorBrake, OfAMotorThatIsNotUsableFailsAtOnce) {
     CapturedConsole console;
     StepperDriverMotor motor(4);
     EXPECT_FALSE(motor.Brake());
-    EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n" + kNotBraked);
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(board.calls("pthread_mutex_unlock"), 0U);
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n" + kNotBraked);
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(board.Calls("pthread_mutex_unlock"), 0U);
 }
 
 TEST(PumpMotorBrake, FailsWithoutTheCurrentButFreesTheMotor) {
     const Texts levels = {"A4 value 0", "A5 value 0"};
     for (const std::ptrdiff_t before : {0, 1, 2}) {
         PumpOnBoard pump;
-        pump.board.fail("open", "/sys/class/gpio/pioA" + std::to_string(4 + before) + "/value",
+        pump.board.Fail("open", "/sys/class/gpio/pioA" + std::to_string(4 + before) + "/value",
                         EACCES);
         CapturedConsole console;
         EXPECT_FALSE(pump.motor.Brake());
-        EXPECT_EQ(console.output(), kNoValues + kNotBraked);
+        EXPECT_EQ(console.Output(), kNoValues + kNotBraked);
         EXPECT_EQ(Writes(pump.board), Texts(levels.begin(), levels.begin() + before));
         EXPECT_EQ(pump.Unlocks(), 1U);
     }
@@ -131,20 +131,20 @@ TEST(PumpMotorBrake, FailsWithoutTheCurrentButFreesTheMotor) {
 
 TEST(PumpMotorBrake, FailsWithoutTheEnableLineButFreesTheMotor) {
     PumpOnBoard pump;
-    pump.board.fail("open", "/sys/class/gpio/pioA2/value", EACCES);
+    pump.board.Fail("open", "/sys/class/gpio/pioA2/value", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Brake());
-    EXPECT_EQ(console.output(), kNotBraked);
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
+    EXPECT_EQ(console.Output(), kNotBraked);
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
     EXPECT_EQ(pump.Unlocks(), 1U);
 }
 
 TEST(PumpMotorBrake, FailsWhenTheMotorsMutexCannotBeUnlocked) {
     PumpOnBoard pump;
-    pump.board.fail("pthread_mutex_unlock", "", EPERM);
+    pump.board.Fail("pthread_mutex_unlock", "", EPERM);
     CapturedConsole console;
     EXPECT_FALSE(pump.motor.Brake());
-    EXPECT_EQ(console.output(), kNotBraked);
+    EXPECT_EQ(console.Output(), kNotBraked);
     EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 0", "A5 value 0", "A6 value 0", "A2 value 0"}));
 }
 

@@ -23,10 +23,10 @@ class RemoteIndicatorInit : public FrontEnd {};
 
 TEST_F(RemoteIndicatorInit, MakesTheLinesThenEachAnOutputThenShowsColour0) {
     RemoteIndicator indicator;
-    EXPECT_FALSE(indicator.initialised());
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_FALSE(indicator.Initialised());
+    EXPECT_EQ(board.Events(), Texts{});
     EXPECT_TRUE(Init(indicator));
-    EXPECT_TRUE(indicator.initialised());
+    EXPECT_TRUE(indicator.Initialised());
     EXPECT_EQ(Writes(board), InOrder({IndicatorSetUpWrites(), ColourWrites("111111")}));
     ExpectSilence();
 }
@@ -41,7 +41,7 @@ TEST_F(RemoteIndicatorInit, EndsWithTheLinesGivenBackInTheirOrder) {
     {
         RemoteIndicator indicator;
         EXPECT_TRUE(Init(indicator));
-        board.forget();
+        board.Forget();
     }
     EXPECT_EQ(Writes(board),
               (Texts{"gpio unexport 112", "gpio unexport 114", "gpio unexport 116",
@@ -53,9 +53,9 @@ TEST_F(RemoteIndicatorInit, BeforeItNoColourIsShown) {
     for (const std::uint32_t code : {0U, 1U, 11U}) {
         EXPECT_FALSE(indicator.SetLEDColors(code));
     }
-    EXPECT_EQ(console.output(), std::string(kColoursFailed) + kColoursFailed + kColoursFailed);
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(console.Output(), std::string(kColoursFailed) + kColoursFailed + kColoursFailed);
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST_F(RemoteIndicatorInit, BeforeItNoCableIsMeasured) {
@@ -63,10 +63,10 @@ TEST_F(RemoteIndicatorInit, BeforeItNoCableIsMeasured) {
     float length = -123.5F;
     EXPECT_FALSE(indicator.CalculateCableLength(length));
     EXPECT_EQ(length, -123.5F);
-    EXPECT_EQ(console.output(),
+    EXPECT_EQ(console.Output(),
               std::string(kColoursFailed) + "RemoteIndicator::CalculateCableLength failed!\n");
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 /// The how-manieth file that cannot be opened, and what is said about it.
@@ -100,13 +100,13 @@ class RemoteIndicatorInitFailing : public FrontEnd,
 
 TEST_P(RemoteIndicatorInitFailing, IsTold) {
     const FailingOpen failing = Failing(GetParam());
-    board.fail("open", "/sys/class/gpio/*", EACCES, failing.occurrence);
+    board.Fail("open", "/sys/class/gpio/*", EACCES, failing.occurrence);
     RemoteIndicator indicator;
     const bool works = std::string(failing.output).empty();
     EXPECT_EQ(Init(indicator), works);
-    EXPECT_EQ(indicator.initialised(), works);
-    EXPECT_EQ(console.output(), failing.output);
-    EXPECT_EQ(console.error(), failing.error);
+    EXPECT_EQ(indicator.Initialised(), works);
+    EXPECT_EQ(console.Output(), failing.output);
+    EXPECT_EQ(console.Error(), failing.error);
 }
 
 INSTANTIATE_TEST_SUITE_P(AtOpen, RemoteIndicatorInitFailing,
@@ -133,18 +133,18 @@ TEST_F(RemoteIndicatorInit, ThatFailedMayBeTriedAgain) {
 TEST_F(RemoteIndicatorInit, OnceDoneAnswersTrueThoughALineCannotBeSetUpAgain) {
     RemoteIndicator indicator;
     EXPECT_TRUE(Init(indicator));
-    board.failForever("open", "/sys/class/gpio/pioD20/direction", EACCES);
+    board.FailForever("open", "/sys/class/gpio/pioD20/direction", EACCES);
     EXPECT_TRUE(Init(indicator));
-    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.Output(), "");
 }
 
 TEST_F(RemoteIndicatorInit, DoneAgainIsOnlyAsGoodAsItsColour0) {
     RemoteIndicator indicator;
     EXPECT_TRUE(Init(indicator));
-    board.failForever("open", "/sys/class/gpio/pioD20/value", EACCES);
+    board.FailForever("open", "/sys/class/gpio/pioD20/value", EACCES);
     EXPECT_FALSE(Init(indicator));
-    EXPECT_FALSE(indicator.initialised());
-    EXPECT_EQ(console.output(), std::string(kColoursFailed) + kInitFailed);
+    EXPECT_FALSE(indicator.Initialised());
+    EXPECT_EQ(console.Output(), std::string(kColoursFailed) + kInitFailed);
 }
 
 /// A colour code and the levels of lines 1 to 6 for it.
@@ -161,7 +161,7 @@ class RemoteIndicatorColour : public FrontEnd, public testing::WithParamInterfac
   protected:
     RemoteIndicatorColour() {
         EXPECT_TRUE(Init(indicator));
-        board.forget();
+        board.Forget();
     }
 
     RemoteIndicator indicator;
@@ -175,12 +175,12 @@ TEST_P(RemoteIndicatorColour, IsWrittenLineByLine) {
 
 TEST_P(RemoteIndicatorColour, StopsAtALineThatCannotBeWritten) {
     for (std::size_t led = 0; led < kIndicatorLines.size(); ++led) {
-        board.forget();
-        board.fail("open", std::string("/sys/class/gpio/pio") + kIndicatorLines[led] + "/value",
+        board.Forget();
+        board.Fail("open", std::string("/sys/class/gpio/pio") + kIndicatorLines[led] + "/value",
                    EACCES);
         EXPECT_FALSE(indicator.SetLEDColors(GetParam().code));
         EXPECT_EQ(Writes(board), ColourWrites(std::string(GetParam().levels).substr(0, led)));
-        board.stopFailing();
+        board.StopFailing();
     }
     std::string output;
     std::string error;
@@ -188,9 +188,9 @@ TEST_P(RemoteIndicatorColour, StopsAtALineThatCannotBeWritten) {
         output += kColoursFailed;
         error += "unable to set the gpio value";
     }
-    EXPECT_EQ(console.output(), output);
-    EXPECT_EQ(console.error(), error);
-    EXPECT_TRUE(indicator.initialised());
+    EXPECT_EQ(console.Output(), output);
+    EXPECT_EQ(console.Error(), error);
+    EXPECT_TRUE(indicator.Initialised());
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheTable, RemoteIndicatorColour,

@@ -20,10 +20,10 @@ TEST(StepperDriverChannel, IsOneOfTheFour) {
     const SimulatedBoard board;
     for (std::uint8_t channel = 0; channel < 4; ++channel) {
         const StepperDriver driver(channel);
-        EXPECT_TRUE(driver.ok());
-        EXPECT_EQ(driver.channel(), channel);
+        EXPECT_TRUE(driver.Ok());
+        EXPECT_EQ(driver.Channel(), channel);
     }
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST(StepperDriverChannel, BeyondTheFourthMakesADriverThatDoesNothing) {
@@ -31,18 +31,18 @@ TEST(StepperDriverChannel, BeyondTheFourthMakesADriverThatDoesNothing) {
         const SimulatedBoard board;
         CapturedConsole console;
         StepperDriver driver(channel);
-        EXPECT_FALSE(driver.ok());
-        EXPECT_EQ(driver.channel(), 0);
-        EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n");
+        EXPECT_FALSE(driver.Ok());
+        EXPECT_EQ(driver.Channel(), 0);
+        EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n");
         driver.SetupEnablePin(1, 15);
         driver.SetupPins(0, 2, 0, 3);
         EXPECT_FALSE(driver.Start(50.0F, 640.0F));
         EXPECT_FALSE(driver.Stop());
         EXPECT_FALSE(driver.Run(50.0F, 640.0F, 100, false));
-        EXPECT_EQ(console.output(), "StepperDriverBase: Invalid PWM channel\n");
-        EXPECT_EQ(console.error(), "");
-        EXPECT_EQ(board.events(), Texts{});
-        EXPECT_EQ(board.calls("pthread_mutex_lock") + board.calls("pthread_mutex_unlock"), 0U);
+        EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n");
+        EXPECT_EQ(console.Error(), "");
+        EXPECT_EQ(board.Events(), Texts{});
+        EXPECT_EQ(board.Calls("pthread_mutex_lock") + board.Calls("pthread_mutex_unlock"), 0U);
     }
 }
 
@@ -53,17 +53,17 @@ TEST(StepperDriverSetup, LeavesTheChipDisabledAndThenClaimsTheChannel) {
     Texts expected = kEnableLineWrites;
     expected.emplace_back("pwmchip0 export 2");
     EXPECT_EQ(Writes(board), expected);
-    EXPECT_TRUE(stirrer.driver.ok());
-    EXPECT_TRUE(board.line("B15").output && board.line("B15").level);
-    EXPECT_FALSE(board.channel(2).pulsing());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_TRUE(stirrer.driver.Ok());
+    EXPECT_TRUE(board.Line("B15").output && board.Line("B15").level);
+    EXPECT_FALSE(board.Channel(2).Pulsing());
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(StepperDriverSetup, TakesTheDirectionLineBeforeTheEnableLine) {
     const SimulatedBoard board;
     StepperDriver driver(1);
     driver.SetupPins(0, 2, 0, 3);
-    EXPECT_TRUE(driver.ok());
+    EXPECT_TRUE(driver.Ok());
     EXPECT_EQ(
         Writes(board),
         (Texts{"gpio export 3", "A3 direction in", "A3 edge none", "A3 direction out",
@@ -76,7 +76,7 @@ TEST(StepperDriverSetup, GivesBackChannelThenEnableLineThenDirectionLine) {
     {
         StepperDriver driver(1);
         driver.SetupPins(0, 2, 0, 3);
-        board.forget();
+        board.Forget();
     }
     EXPECT_EQ(Writes(board), (Texts{"pwm1 enable 0 EINVAL", "pwmchip0 unexport 1",
                                     "gpio unexport 2", "gpio unexport 3"}));
@@ -103,18 +103,18 @@ TEST(StepperDriverSetup, StopsAtTheFirstStepOfTheEnableLineThatFails) {
         SimulatedBoard board;
         CapturedConsole console;
         Texts done;
-        board.fail("open", failure.attribute, EACCES, failure.occurrence);
+        board.Fail("open", failure.attribute, EACCES, failure.occurrence);
         {
             const Stirrer stirrer;
-            EXPECT_FALSE(stirrer.driver.ok());
+            EXPECT_FALSE(stirrer.driver.Ok());
             done = Writes(board);
         }
         EXPECT_EQ(done, Texts(kEnableLineWrites.begin(),
                               kEnableLineWrites.begin() +
                                   static_cast<std::ptrdiff_t>(failure.writesBefore)));
-        EXPECT_EQ(board.writesTo("pwmchip0"), Texts{});
-        EXPECT_EQ(console.output(), "StepperDriverBase: Setting up enable GPIO pin failed\n");
-        EXPECT_EQ(console.error(), failure.complaint);
+        EXPECT_EQ(board.WritesTo("pwmchip0"), Texts{});
+        EXPECT_EQ(console.Output(), "StepperDriverBase: Setting up enable GPIO pin failed\n");
+        EXPECT_EQ(console.Error(), failure.complaint);
     }
 }
 
@@ -124,42 +124,42 @@ TEST(StepperDriverSetup, AfterAFailedDirectionLineNeverTouchesEnableLineAndChann
         SimulatedBoard board;
         CapturedConsole console;
         const std::string path = std::string("/sys/class/gpio/pioA3/") + attribute;
-        board.fail("open", path, EACCES, std::string(attribute) == "value" ? 1 : 2);
+        board.Fail("open", path, EACCES, std::string(attribute) == "value" ? 1 : 2);
         StepperDriver driver(1);
         driver.SetupPins(0, 2, 0, 3);
-        EXPECT_FALSE(driver.ok());
-        EXPECT_EQ(console.output(), "StepperDriverBase: Setting up direction GPIO pin failed\n");
-        EXPECT_EQ(board.writesTo("gpio"), (Texts{"export 3"}));
-        EXPECT_EQ(board.writesTo("pwmchip0"), Texts{});
-        EXPECT_FALSE(board.line("A2").exported);
+        EXPECT_FALSE(driver.Ok());
+        EXPECT_EQ(console.Output(), "StepperDriverBase: Setting up direction GPIO pin failed\n");
+        EXPECT_EQ(board.WritesTo("gpio"), (Texts{"export 3"}));
+        EXPECT_EQ(board.WritesTo("pwmchip0"), Texts{});
+        EXPECT_FALSE(board.Line("A2").exported);
     }
 }
 
 TEST(StepperDriverSetup, TellsAFailedEnableLineOnceWhenTheDirectionLineWasFine) {
     SimulatedBoard board;
     CapturedConsole console;
-    board.fail("open", "/sys/class/gpio/pioA2/value", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioA2/value", EACCES);
     StepperDriver driver(1);
     driver.SetupPins(0, 2, 0, 3);
-    EXPECT_FALSE(driver.ok());
-    EXPECT_EQ(console.output(), "StepperDriverBase: Setting up enable GPIO pin failed\n");
-    EXPECT_EQ(board.writesTo("pwmchip0"), Texts{});
+    EXPECT_FALSE(driver.Ok());
+    EXPECT_EQ(console.Output(), "StepperDriverBase: Setting up enable GPIO pin failed\n");
+    EXPECT_EQ(board.WritesTo("pwmchip0"), Texts{});
 }
 
 TEST(StepperDriverSetup, AfterAFailureEveryOperationFailsAtOnceAndInSilence) {
     SimulatedBoard board;
-    board.fail("open", "/sys/class/gpio/pioB15/value", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioB15/value", EACCES);
     Stirrer stirrer;
-    board.forget();
+    board.Forget();
     CapturedConsole console;
     stirrer.driver.SetupEnablePin(1, 16);
     EXPECT_FALSE(stirrer.driver.Start(50.0F, 640.0F));
     EXPECT_FALSE(stirrer.driver.Start(0.0F, 640.0F));
     EXPECT_FALSE(stirrer.driver.Stop());
     EXPECT_FALSE(stirrer.driver.Run(50.0F, 640.0F, 100, false));
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(board.calls("pthread_mutex_lock") + board.calls("pthread_mutex_unlock"), 0U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(board.Calls("pthread_mutex_lock") + board.Calls("pthread_mutex_unlock"), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(StepperDriverSetup, DoesNotLookAtWhatClaimingTheLineSaid) {
@@ -168,31 +168,31 @@ TEST(StepperDriverSetup, DoesNotLookAtWhatClaimingTheLineSaid) {
     const SimulatedBoard board(leftBehind);
     CapturedConsole console;
     const Stirrer stirrer;
-    EXPECT_TRUE(stirrer.driver.ok());
+    EXPECT_TRUE(stirrer.driver.Ok());
     EXPECT_EQ(Writes(board),
               (Texts{"B15 direction out", "B15 edge none", "B15 value 1", "pwmchip0 export 2"}));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "already used\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "already used\n");
 }
 
 TEST(StepperDriverSetup, DoesNotLookAtWhatClaimingTheChannelSaid) {
     SimulatedBoard board;
     CapturedConsole console;
-    board.fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
+    board.Fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
     const Stirrer stirrer;
-    EXPECT_TRUE(stirrer.driver.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to lock a pwm");
+    EXPECT_TRUE(stirrer.driver.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to lock a pwm");
 }
 
 TEST(StepperDriverSetup, DoesNotMissAControllerThatIsNotThere) {
     SimulatedBoard board;
     CapturedConsole console;
-    board.takeAway("/sys/class/pwm/pwmchip0/npwm");
+    board.TakeAway("/sys/class/pwm/pwmchip0/npwm");
     const Stirrer stirrer;
-    EXPECT_TRUE(stirrer.driver.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "wrong pwm channel");
+    EXPECT_TRUE(stirrer.driver.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "wrong pwm channel");
 }
 
 } // namespace

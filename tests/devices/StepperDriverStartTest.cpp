@@ -22,25 +22,25 @@ constexpr float kEndless = std::numeric_limits<float>::infinity();
 TEST(StepperDriverStart, EnablesTheChipBeforeThePulses) {
     SimulatedBoard board;
     Stirrer stirrer;
-    board.forget();
+    board.Forget();
     CapturedConsole console;
     EXPECT_TRUE(stirrer.driver.Start(50.0F, 640.0F));
     EXPECT_EQ(Writes(board),
               (Texts{"B15 value 0", "pwm2 duty_cycle 0 EINVAL", "pwm2 period 1562500",
                      "pwm2 duty_cycle 781250", "pwm2 enable 1"}));
-    EXPECT_TRUE(board.channel(2).pulsing());
+    EXPECT_TRUE(board.Channel(2).Pulsing());
     EXPECT_TRUE(stirrer.driver.Stop());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(StepperDriverStart, LeavesTheDirectionLineAlone) {
     SimulatedBoard board;
     StepperDriver driver(1);
     driver.SetupPins(0, 2, 0, 3);
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(driver.Start(50.0F, 640.0F));
     EXPECT_TRUE(driver.Stop());
-    EXPECT_EQ(board.writesTo("A3"), Texts{});
+    EXPECT_EQ(board.WritesTo("A3"), Texts{});
 }
 
 // What is asked for, in percent and Hz, and the nanoseconds that go out.
@@ -62,7 +62,7 @@ TEST(StepperDriverStart, TakesFrequencyAndDutyUpToTheirLimits) {
         SimulatedBoard board;
         Stirrer stirrer;
         EXPECT_TRUE(stirrer.driver.Start(pulse.dutyCycle, pulse.frequency));
-        const Texts writes = board.writesTo("pwm2");
+        const Texts writes = board.WritesTo("pwm2");
         EXPECT_EQ(Texts(writes.begin() + 1, writes.end() - 1), pulse.nanoseconds);
         EXPECT_TRUE(stirrer.driver.Stop());
     }
@@ -87,26 +87,26 @@ TEST(StepperDriverStart, RefusesFrequencyAndDutyBeyondTheirLimits) {
     for (const Pulse& pulse : pulses) {
         SimulatedBoard board;
         Stirrer stirrer;
-        board.forget();
+        board.Forget();
         CapturedConsole console;
         EXPECT_FALSE(stirrer.driver.Start(pulse.dutyCycle, pulse.frequency));
-        EXPECT_EQ(console.output(), kRefused) << pulse.dutyCycle << " " << pulse.frequency;
-        EXPECT_EQ(console.error(), "");
-        EXPECT_EQ(board.events(), Texts{});
-        EXPECT_EQ(board.calls("pthread_mutex_lock"), 0U);
+        EXPECT_EQ(console.Output(), kRefused) << pulse.dutyCycle << " " << pulse.frequency;
+        EXPECT_EQ(console.Error(), "");
+        EXPECT_EQ(board.Events(), Texts{});
+        EXPECT_EQ(board.Calls("pthread_mutex_lock"), 0U);
     }
 }
 
 TEST(StepperDriverStart, GivesUpWhenTheChannelsMutexCannotBeLocked) {
     SimulatedBoard board;
     Stirrer stirrer;
-    board.forget();
-    board.fail("pthread_mutex_lock", "", EINVAL);
+    board.Forget();
+    board.Fail("pthread_mutex_lock", "", EINVAL);
     CapturedConsole console;
     EXPECT_FALSE(stirrer.driver.Start(50.0F, 640.0F));
-    EXPECT_EQ(console.output(), "Stepper Driver: PWM mutex lock failed\n");
+    EXPECT_EQ(console.Output(), "Stepper Driver: PWM mutex lock failed\n");
     EXPECT_EQ(Writes(board), Texts{});
-    EXPECT_EQ(board.calls("pthread_mutex_unlock"), 0U);
+    EXPECT_EQ(board.Calls("pthread_mutex_unlock"), 0U);
 }
 
 // Which open of which attribute fails while a never-programmed channel is started; what is written
@@ -152,15 +152,15 @@ TEST(StepperDriverStart, ThatFailsStopsThePulsesDisablesTheChipAndFreesTheMutex)
         SCOPED_TRACE(failure.attribute + " " + std::to_string(failure.occurrence));
         SimulatedBoard board;
         Stirrer stirrer;
-        board.forget();
-        board.fail("open", failure.attribute, EACCES, failure.occurrence);
+        board.Forget();
+        board.Fail("open", failure.attribute, EACCES, failure.occurrence);
         CapturedConsole console;
         EXPECT_FALSE(stirrer.driver.Start(50.0F, 640.0F));
         EXPECT_EQ(Writes(board), failure.writes);
-        EXPECT_EQ(console.output(), failure.output);
-        EXPECT_EQ(console.error(), failure.error);
-        EXPECT_TRUE(board.line("B15").level);
-        EXPECT_FALSE(board.channel(2).enabled);
+        EXPECT_EQ(console.Output(), failure.output);
+        EXPECT_EQ(console.Error(), failure.error);
+        EXPECT_TRUE(board.Line("B15").level);
+        EXPECT_FALSE(board.Channel(2).enabled);
         EXPECT_TRUE(stirrer.driver.Start(50.0F, 640.0F)); // would wait for ever on a held mutex
         EXPECT_TRUE(stirrer.driver.Stop());
     }
@@ -169,40 +169,40 @@ TEST(StepperDriverStart, ThatFailsStopsThePulsesDisablesTheChipAndFreesTheMutex)
 TEST(StepperDriverStart, ThatCannotEvenStopThePulsesLeavesTheChipEnabled) {
     SimulatedBoard board;
     Stirrer stirrer;
-    board.forget();
-    board.failForever("open", kChannel + "enable", EACCES);
+    board.Forget();
+    board.FailForever("open", kChannel + "enable", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(stirrer.driver.Start(50.0F, 640.0F));
     EXPECT_EQ(Writes(board), (Texts{"B15 value 0"}));
-    EXPECT_EQ(console.output(), std::string(kNotStarted) + kNotStopped);
-    EXPECT_EQ(console.error(),
+    EXPECT_EQ(console.Output(), std::string(kNotStarted) + kNotStopped);
+    EXPECT_EQ(console.Error(),
               "unable to enable a pwmunable to set pwm frequencyunable to enable a pwm");
-    EXPECT_EQ(board.calls("pthread_mutex_unlock"), 1U);
+    EXPECT_EQ(board.Calls("pthread_mutex_unlock"), 1U);
 }
 
 TEST(StepperDriverStart, ShowsThatTheChannelCouldNotBeClaimed) {
     SimulatedBoard board;
-    board.fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
+    board.Fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
     Stirrer stirrer;
-    board.forget();
+    board.Forget();
     CapturedConsole console;
     EXPECT_FALSE(stirrer.driver.Start(50.0F, 640.0F));
     EXPECT_EQ(Writes(board), (Texts{"B15 value 0"}));
-    EXPECT_EQ(console.output(), std::string(kNotStarted) + "not locked yet\n" + kNotStopped);
-    EXPECT_EQ(console.error(), "not locked yet\nunable to set pwm frequency");
+    EXPECT_EQ(console.Output(), std::string(kNotStarted) + "not locked yet\n" + kNotStopped);
+    EXPECT_EQ(console.Error(), "not locked yet\nunable to set pwm frequency");
 }
 
 TEST(StepperDriverStart, CountsAsDoneWithoutPulsesWhenThePeriodCannotBeOpened) {
     SimulatedBoard board;
     Stirrer stirrer;
-    board.forget();
-    board.fail("open", kChannel + "period", EACCES);
+    board.Forget();
+    board.Fail("open", kChannel + "period", EACCES);
     CapturedConsole console;
     EXPECT_TRUE(stirrer.driver.Start(50.0F, 640.0F));
     EXPECT_EQ(Writes(board), (Texts{"B15 value 0", "pwm2 duty_cycle 0 EINVAL"}));
-    EXPECT_EQ(board.calls("pthread_mutex_unlock"), 0U);
+    EXPECT_EQ(board.Calls("pthread_mutex_unlock"), 0U);
     EXPECT_TRUE(stirrer.driver.Stop());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 } // namespace

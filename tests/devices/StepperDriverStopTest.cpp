@@ -19,7 +19,7 @@ constexpr const char* kPulses = "/sys/class/pwm/pwmchip0/pwm2/enable";
 struct RunningStirrer {
     RunningStirrer() {
         EXPECT_TRUE(stirrer.driver.Start(50.0F, 640.0F));
-        board.forget();
+        board.Forget();
     }
 
     bool Stop() { return stirrer.driver.Stop(); }
@@ -38,62 +38,62 @@ TEST(StepperDriverStop, StopsThePulsesBeforeItDisablesTheChip) {
     CapturedConsole console;
     EXPECT_TRUE(running.Stop());
     EXPECT_EQ(Writes(running.board), (Texts{"pwm2 enable 0", "B15 value 1"}));
-    EXPECT_FALSE(running.board.board().stirring());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_FALSE(running.board.Model().Stirring());
+    EXPECT_EQ(console.Output() + console.Error(), "");
     running.ExpectMutexFree();
 }
 
 TEST(StepperDriverStop, LeavesTheChipEnabledWhenThePulsesCannotBeStopped) {
     RunningStirrer running;
-    running.board.fail("open", kPulses, EACCES);
+    running.board.Fail("open", kPulses, EACCES);
     CapturedConsole console;
     EXPECT_FALSE(running.Stop());
     EXPECT_EQ(Writes(running.board), Texts{});
-    EXPECT_TRUE(running.board.board().stirring());
-    EXPECT_EQ(console.output(), kNotStopped);
-    EXPECT_EQ(console.error(), "unable to enable a pwm");
+    EXPECT_TRUE(running.board.Model().Stirring());
+    EXPECT_EQ(console.Output(), kNotStopped);
+    EXPECT_EQ(console.Error(), "unable to enable a pwm");
     running.ExpectMutexFree();
 }
 
 TEST(StepperDriverStop, TellsThatTheChipCouldNotBeDisabled) {
     RunningStirrer running;
-    running.board.fail("open", kEnableLine, EACCES);
+    running.board.Fail("open", kEnableLine, EACCES);
     CapturedConsole console;
     EXPECT_FALSE(running.Stop());
     EXPECT_EQ(Writes(running.board), (Texts{"pwm2 enable 0"}));
-    EXPECT_EQ(console.output(), kNotStopped);
-    EXPECT_EQ(console.error(), "unable to set the gpio value");
+    EXPECT_EQ(console.Output(), kNotStopped);
+    EXPECT_EQ(console.Error(), "unable to set the gpio value");
     running.ExpectMutexFree();
 }
 
 TEST(StepperDriverStop, TellsThatTheMutexCouldNotBeUnlocked) {
     RunningStirrer running;
-    running.board.fail("pthread_mutex_unlock", "", EPERM);
+    running.board.Fail("pthread_mutex_unlock", "", EPERM);
     CapturedConsole console;
     EXPECT_FALSE(running.Stop());
     EXPECT_EQ(Writes(running.board), (Texts{"pwm2 enable 0", "B15 value 1"}));
-    EXPECT_EQ(console.output(), kNotUnlocked);
+    EXPECT_EQ(console.Output(), kNotUnlocked);
 }
 
 TEST(StepperDriverStop, TellsBothWhenPulsesAndMutexFail) {
     RunningStirrer running;
-    running.board.fail("open", kPulses, EACCES);
-    running.board.fail("pthread_mutex_unlock", "", EPERM);
+    running.board.Fail("open", kPulses, EACCES);
+    running.board.Fail("pthread_mutex_unlock", "", EPERM);
     CapturedConsole console;
     EXPECT_FALSE(running.Stop());
-    EXPECT_EQ(console.output(), std::string(kNotStopped) + kNotUnlocked);
+    EXPECT_EQ(console.Output(), std::string(kNotStopped) + kNotUnlocked);
 }
 
 TEST(StepperDriverStop, WithoutAStartUnlocksWhatItDoesNotHold) {
     SimulatedBoard board;
     Stirrer stirrer;
-    board.forget();
+    board.Forget();
     CapturedConsole console;
     EXPECT_TRUE(stirrer.driver.Stop());
     EXPECT_EQ(Writes(board), (Texts{"pwm2 enable 0 EINVAL", "B15 value 1"}));
-    EXPECT_EQ(board.calls("pthread_mutex_lock"), 0U);
-    EXPECT_EQ(board.calls("pthread_mutex_unlock"), 1U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Calls("pthread_mutex_lock"), 0U);
+    EXPECT_EQ(board.Calls("pthread_mutex_unlock"), 1U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 } // namespace

@@ -21,7 +21,7 @@ const std::string kChannel = "/sys/class/pwm/pwmchip0/pwm3/";
 struct ValveOnBoard {
     ValveOnBoard() {
         EXPECT_TRUE(valve.Init());
-        board.forget();
+        board.Forget();
     }
 
     SimulatedBoard board;
@@ -33,23 +33,23 @@ TEST(Valve, TouchesNoHardwareBeforeItIsInitialised) {
     CapturedConsole console;
     {
         ValvePWM valve(3, 1000);
-        EXPECT_FALSE(valve.initialised());
-        EXPECT_EQ(valve.channel(), 3);
-        EXPECT_EQ(valve.frequency(), 1000);
+        EXPECT_FALSE(valve.Initialised());
+        EXPECT_EQ(valve.Channel(), 3);
+        EXPECT_EQ(valve.Frequency(), 1000);
         EXPECT_FALSE(valve.ValveOn(100.0F));
         EXPECT_FALSE(valve.ValveOff());
     }
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(Valve, ClaimsItsChannelAndLeavesItOff) {
     SimulatedBoard board;
     ValvePWM valve(3, 1000);
     EXPECT_TRUE(valve.Init());
-    EXPECT_TRUE(valve.initialised());
+    EXPECT_TRUE(valve.Initialised());
     EXPECT_EQ(Writes(board), (Texts{"pwmchip0 export 3"}));
-    EXPECT_FALSE(board.board().valveOpen());
+    EXPECT_FALSE(board.Model().ValveOpen());
 }
 
 TEST(Valve, OpensAtItsFrequencyWithTheDutyAskedFor) {
@@ -58,14 +58,14 @@ TEST(Valve, OpensAtItsFrequencyWithTheDutyAskedFor) {
     EXPECT_TRUE(on.valve.ValveOn(100.0F));
     EXPECT_EQ(Writes(on.board), (Texts{"pwm3 duty_cycle 0 EINVAL", "pwm3 period 1000000",
                                        "pwm3 duty_cycle 1000000", "pwm3 enable 1"}));
-    EXPECT_TRUE(on.board.board().valveOpen());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_TRUE(on.board.Model().ValveOpen());
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(Valve, OpensAndClosesAnyNumberOfTimes) {
     ValveOnBoard on;
     for (const bool again : {false, true, true}) {
-        on.board.forget();
+        on.board.Forget();
         EXPECT_TRUE(on.valve.ValveOn(30.0F));
         EXPECT_TRUE(on.valve.ValveOff());
         EXPECT_EQ(Writes(on.board), (Texts{again ? "pwm3 duty_cycle 0" : "pwm3 duty_cycle 0 EINVAL",
@@ -77,7 +77,7 @@ TEST(Valve, OpensAndClosesAnyNumberOfTimes) {
 TEST(Valve, OpenedWhileOpenIsSwitchedOffFirst) {
     ValveOnBoard on;
     EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    on.board.forget();
+    on.board.Forget();
     EXPECT_TRUE(on.valve.ValveOn(50.0F));
     EXPECT_EQ(Writes(on.board), (Texts{"pwm3 enable 0", "pwm3 duty_cycle 0", "pwm3 period 1000000",
                                        "pwm3 duty_cycle 500000", "pwm3 enable 1"}));
@@ -88,7 +88,7 @@ TEST(Valve, TakesTheHighestFrequencyOf16Bits) {
     ValvePWM valve(3, 65535);
     EXPECT_TRUE(valve.Init());
     EXPECT_TRUE(valve.ValveOn(100.0F));
-    EXPECT_EQ(board.writesTo("pwm3")[1], "period 15259");
+    EXPECT_EQ(board.WritesTo("pwm3")[1], "period 15259");
 }
 
 struct OpenFailure {
@@ -105,52 +105,52 @@ TEST(Valve, TellsThatItDidNotOpen) {
     };
     for (const OpenFailure& failure : failures) {
         ValveOnBoard on;
-        on.board.fail("open", kChannel + failure.attribute, EACCES, failure.occurrence);
+        on.board.Fail("open", kChannel + failure.attribute, EACCES, failure.occurrence);
         CapturedConsole console;
         EXPECT_FALSE(on.valve.ValveOn(100.0F));
-        EXPECT_EQ(console.output(), kNotOpened);
-        EXPECT_EQ(console.error(), failure.error);
+        EXPECT_EQ(console.Output(), kNotOpened);
+        EXPECT_EQ(console.Error(), failure.error);
     }
 }
 
 TEST(Valve, CountsAsOpenWhenThePeriodCannotBeOpened) {
     ValveOnBoard on;
-    on.board.fail("open", kChannel + "period", EACCES);
+    on.board.Fail("open", kChannel + "period", EACCES);
     CapturedConsole console;
     EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    EXPECT_FALSE(on.board.board().valveOpen());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_FALSE(on.board.Model().ValveOpen());
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(Valve, TellsThatItDidNotClose) {
     ValveOnBoard on;
     EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    on.board.fail("open", kChannel + "enable", EACCES);
+    on.board.Fail("open", kChannel + "enable", EACCES);
     CapturedConsole console;
     EXPECT_FALSE(on.valve.ValveOff());
-    EXPECT_TRUE(on.board.board().valveOpen());
-    EXPECT_EQ(console.output(), kNotClosed);
-    EXPECT_EQ(console.error(), "unable to enable a pwm");
+    EXPECT_TRUE(on.board.Model().ValveOpen());
+    EXPECT_EQ(console.Output(), kNotClosed);
+    EXPECT_EQ(console.Error(), "unable to enable a pwm");
 }
 
 TEST(Valve, NoticesOnlyWhenSwitchedThatItsChannelCouldNotBeClaimed) {
     SimulatedBoard board;
-    board.fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
+    board.Fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
     ValvePWM valve(3, 1000);
     {
         CapturedConsole console;
         EXPECT_TRUE(valve.Init());
-        EXPECT_TRUE(valve.initialised());
-        EXPECT_EQ(console.output(), "");
-        EXPECT_EQ(console.error(), "unable to lock a pwm");
+        EXPECT_TRUE(valve.Initialised());
+        EXPECT_EQ(console.Output(), "");
+        EXPECT_EQ(console.Error(), "unable to lock a pwm");
     }
     CapturedConsole console;
     EXPECT_FALSE(valve.ValveOff());
-    EXPECT_EQ(console.output(), "not locked yet\n" + kNotClosed);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "not locked yet\n" + kNotClosed);
+    EXPECT_EQ(console.Error(), "");
     EXPECT_FALSE(valve.ValveOn(100.0F));
-    EXPECT_EQ(console.output(), "not locked yet\n" + kNotClosed + kNotOpened);
-    EXPECT_EQ(console.error(), "not locked yet\nunable to set pwm frequency");
+    EXPECT_EQ(console.Output(), "not locked yet\n" + kNotClosed + kNotOpened);
+    EXPECT_EQ(console.Error(), "not locked yet\nunable to set pwm frequency");
 }
 
 TEST(Valve, SwitchesAChannelThatAnEarlierRunLeftBehind) {
@@ -161,9 +161,9 @@ TEST(Valve, SwitchesAChannelThatAnEarlierRunLeftBehind) {
     ValvePWM valve(3, 1000);
     EXPECT_TRUE(valve.Init());
     EXPECT_TRUE(valve.ValveOn(100.0F));
-    EXPECT_TRUE(board.board().valveOpen());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "already used\n");
+    EXPECT_TRUE(board.Model().ValveOpen());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "already used\n");
 }
 
 TEST(Valve, IsClosedAndGivenBackAtTheEnd) {
@@ -172,10 +172,10 @@ TEST(Valve, IsClosedAndGivenBackAtTheEnd) {
         ValvePWM valve(3, 1000);
         EXPECT_TRUE(valve.Init());
         EXPECT_TRUE(valve.ValveOn(100.0F));
-        board.forget();
+        board.Forget();
     }
     EXPECT_EQ(Writes(board), (Texts{"pwm3 enable 0", "pwmchip0 unexport 3"}));
-    EXPECT_FALSE(board.board().valveOpen());
+    EXPECT_FALSE(board.Model().ValveOpen());
 }
 
 } // namespace

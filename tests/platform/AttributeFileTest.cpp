@@ -18,7 +18,7 @@ constexpr const char* kExport = "/sys/class/gpio/export";
 
 std::optional<std::string> WordOf(const std::string& text) {
     SimulatedBoard board;
-    board.replaceText(kAttribute, text);
+    board.ReplaceText(kAttribute, text);
     return ReadAttributeWord(kAttribute);
 }
 
@@ -55,35 +55,35 @@ TEST(ReadAttributeWord, KeepsBytesThatAreNoText) {
 
 TEST(ReadAttributeWord, GivesNothingWhenTheAttributeCannotBeOpened) {
     SimulatedBoard board;
-    board.takeAway(kAttribute);
+    board.TakeAway(kAttribute);
     EXPECT_EQ(ReadAttributeWord(kAttribute), std::nullopt);
     EXPECT_EQ(ReadAttributeWord(kExport), std::nullopt); // can only be written
 }
 
 TEST(ReadAttributeWord, GivesNoWordWhenTheReadFails) {
     SimulatedBoard board;
-    board.fail("read", kAttribute, EIO);
+    board.Fail("read", kAttribute, EIO);
     EXPECT_EQ(ReadAttributeWord(kAttribute), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(ReadAttributeWord, OpensReadsOnceAndCloses) {
     SimulatedBoard board;
     EXPECT_EQ(ReadAttributeWord(kAttribute), "4");
-    EXPECT_EQ(board.calls("open"), 1U);
-    EXPECT_EQ(board.calls("read"), 1U);
-    EXPECT_EQ(board.calls("close"), 1U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("open"), 1U);
+    EXPECT_EQ(board.Calls("read"), 1U);
+    EXPECT_EQ(board.Calls("close"), 1U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(WriteAttribute, WritesTheBareTextInOnePiece) {
     SimulatedBoard board;
     EXPECT_TRUE(WriteAttribute(kExport, "39"));
-    EXPECT_EQ(board.events(), (Texts{"write /sys/class/gpio/export \"39\""}));
-    EXPECT_EQ(board.calls("open"), 1U);
-    EXPECT_EQ(board.calls("write"), 1U);
-    EXPECT_EQ(board.calls("close"), 1U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Events(), (Texts{"write /sys/class/gpio/export \"39\""}));
+    EXPECT_EQ(board.Calls("open"), 1U);
+    EXPECT_EQ(board.Calls("write"), 1U);
+    EXPECT_EQ(board.Calls("close"), 1U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(WriteAttribute, LeavesItToTheKernelWhatATextMeans) {
@@ -92,34 +92,34 @@ TEST(WriteAttribute, LeavesItToTheKernelWhatATextMeans) {
     for (const std::string& text : {std::string(), longText, binary}) {
         SimulatedBoard board;
         EXPECT_TRUE(WriteAttribute(kExport, text));
-        EXPECT_EQ(board.kernel().held(), 0U);
+        EXPECT_EQ(board.Kernel().Held(), 0U);
     }
     SimulatedBoard board;
     WriteAttribute(kExport, binary);
-    EXPECT_EQ(board.writesTo("gpio"), (Texts{"export \\x00\\xff\\n1 EINVAL"}));
+    EXPECT_EQ(board.WritesTo("gpio"), (Texts{"export \\x00\\xff\\n1 EINVAL"}));
 }
 
 TEST(WriteAttribute, LooksOnlyAtTheOpen) {
     SimulatedBoard board;
-    board.fail("write", kExport, EIO);
+    board.Fail("write", kExport, EIO);
     EXPECT_TRUE(WriteAttribute(kExport, "39"));
-    board.cutShort("write", kExport, 1);
+    board.CutShort("write", kExport, 1);
     EXPECT_TRUE(WriteAttribute(kExport, "39"));
-    board.fail("close", kExport, EIO);
+    board.Fail("close", kExport, EIO);
     EXPECT_TRUE(WriteAttribute(kExport, "40"));
-    board.fail("open", kExport, EMFILE);
+    board.Fail("open", kExport, EMFILE);
     EXPECT_FALSE(WriteAttribute(kExport, "41"));
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 // A missing attribute is asked to be created, which the kernel refuses: nothing comes into being.
 TEST(WriteAttribute, AsksToCreateWhatIsMissing) {
     SimulatedBoard board;
-    board.line("B7").exported = true;
+    board.Line("B7").exported = true;
     EXPECT_FALSE(WriteAttribute("/sys/class/gpio/pioB7/missing", "1"));
     EXPECT_FALSE(WriteAttribute("/sys/class/gpio/pioB8/value", "1"));
     EXPECT_FALSE(WriteAttribute("/sys/class/gpio/pioB7", "1"));
-    EXPECT_EQ(board.events(), (Texts{"open /sys/class/gpio/pioB7/missing EACCES",
+    EXPECT_EQ(board.Events(), (Texts{"open /sys/class/gpio/pioB7/missing EACCES",
                                      "open /sys/class/gpio/pioB8/value ENOENT",
                                      "open /sys/class/gpio/pioB7 EISDIR"}));
 }
@@ -128,20 +128,20 @@ TEST(WriteAttribute, ReplacesWhatAFileHeld) {
     sim::Scenario scenario;
     scenario.cardMounted = true;
     SimulatedBoard board(scenario);
-    board.writeFileOnCard("note", "a longer text");
+    board.WriteFileOnCard("note", "a longer text");
     EXPECT_TRUE(WriteAttribute("/mnt/sd-card/note", "short"));
-    EXPECT_EQ(board.fileOnCard("note"), "short");
+    EXPECT_EQ(board.FileOnCard("note"), "short");
 }
 
 TEST(AttributeDirectory, ExistsWhileTheLineIsExported) {
     SimulatedBoard board;
     EXPECT_FALSE(AttributeDirectoryExists("/sys/class/gpio/pioB7"));
-    board.line("B7").exported = true;
+    board.Line("B7").exported = true;
     EXPECT_TRUE(AttributeDirectoryExists("/sys/class/gpio/pioB7"));
-    board.fail("access", "/sys/class/gpio/pioB7", EACCES);
+    board.Fail("access", "/sys/class/gpio/pioB7", EACCES);
     EXPECT_FALSE(AttributeDirectoryExists("/sys/class/gpio/pioB7"));
-    EXPECT_EQ(board.calls("access"), 3U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("access"), 3U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::SimulatedBoard;
 using sim::Texts;
 
@@ -20,7 +20,7 @@ constexpr const char* kValue = "/sys/class/gpio/pioB7/value";
 class GpioEdge : public testing::Test {
   protected:
     void LevelAt(sim::Nanoseconds moment, bool level) {
-        board.board().at(moment, [this, level] { board.setInput("B7", level); });
+        board.Model().At(moment, [this, level] { board.SetInput("B7", level); });
     }
 
     SimulatedBoard board;
@@ -29,153 +29,153 @@ class GpioEdge : public testing::Test {
 };
 
 TEST_F(GpioEdge, EndsTheWaitWhenItComes) {
-    LevelAt(milliseconds(30), true);
+    LevelAt(Milliseconds(30), true);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
-    EXPECT_EQ(board.now(), milliseconds(30));
-    LevelAt(milliseconds(75), false);
+    EXPECT_EQ(board.Now(), Milliseconds(30));
+    LevelAt(Milliseconds(75), false);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelLow);
-    EXPECT_EQ(board.now(), milliseconds(75));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Now(), Milliseconds(75));
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, WakesOnlyForTheEdgeThatWasSet) {
     pin.SetEdge(kEdgeRising);
-    LevelAt(milliseconds(10), true);
+    LevelAt(Milliseconds(10), true);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
-    LevelAt(milliseconds(20), false);
-    LevelAt(milliseconds(50), true);
+    LevelAt(Milliseconds(20), false);
+    LevelAt(Milliseconds(50), true);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
-    EXPECT_EQ(board.now(), milliseconds(50));
+    EXPECT_EQ(board.Now(), Milliseconds(50));
     pin.SetEdge(kEdgeFalling);
-    LevelAt(milliseconds(60), false);
+    LevelAt(Milliseconds(60), false);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelLow);
-    EXPECT_EQ(board.now(), milliseconds(60));
+    EXPECT_EQ(board.Now(), Milliseconds(60));
 }
 
 TEST_F(GpioEdge, TimesOutToTheMillisecond) {
-    LevelAt(milliseconds(51), true);
+    LevelAt(Milliseconds(51), true);
     EXPECT_EQ(pin.WaitForEdge(50), kLevelTimeOut);
-    EXPECT_EQ(board.now(), milliseconds(50));
+    EXPECT_EQ(board.Now(), Milliseconds(50));
     EXPECT_EQ(pin.WaitForEdge(0), kLevelTimeOut);
-    EXPECT_EQ(board.now(), milliseconds(50));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Now(), Milliseconds(50));
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, IsWaitedForWithoutEndWhenTheTimeOutIsNegative) {
-    const sim::Nanoseconds nextDay = sim::seconds(86400);
+    const sim::Nanoseconds nextDay = sim::Seconds(86400);
     LevelAt(nextDay, true);
     EXPECT_EQ(pin.WaitForEdge(-1), kLevelHigh);
-    EXPECT_EQ(board.now(), nextDay);
+    EXPECT_EQ(board.Now(), nextDay);
 }
 
 TEST_F(GpioEdge, DoesNotCountWhenItCameBeforeTheWait) {
-    board.setInput("B7", true);
+    board.SetInput("B7", true);
     EXPECT_EQ(pin.WaitForEdge(50), kLevelTimeOut);
-    EXPECT_EQ(board.now(), milliseconds(50));
+    EXPECT_EQ(board.Now(), Milliseconds(50));
 }
 
 TEST_F(GpioEdge, DoesNotCountWhenItWasDueBeforeTheWait) {
-    board.elapse(milliseconds(20));
-    LevelAt(milliseconds(10), true);
+    board.Elapse(Milliseconds(20));
+    LevelAt(Milliseconds(10), true);
     EXPECT_EQ(pin.WaitForEdge(50), kLevelTimeOut);
-    EXPECT_EQ(board.now(), milliseconds(70));
+    EXPECT_EQ(board.Now(), Milliseconds(70));
     EXPECT_EQ(pin.Read(), kLevelHigh);
 }
 
 TEST_F(GpioEdge, IsClearedBeforeTheWaitAndReadAfterIt) {
-    board.forget();
-    LevelAt(milliseconds(30), true);
+    board.Forget();
+    LevelAt(Milliseconds(30), true);
     pin.WaitForEdge(100);
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_EQ(board.Events(), (Texts{
                                   "read /sys/class/gpio/pioB7/value \"0\\n\"",
                                   "poll /sys/class/gpio/pioB7/value for 100 ms: edge",
                                   "read /sys/class/gpio/pioB7/value \"1\\n\"",
                               }));
-    EXPECT_EQ(board.calls("lseek"), 2U);
-    EXPECT_EQ(board.calls("read"), 2U);
+    EXPECT_EQ(board.Calls("lseek"), 2U);
+    EXPECT_EQ(board.Calls("read"), 2U);
 }
 
 TEST_F(GpioEdge, LeavesTheDescriptorOpenUnlessTheWaitTimedOut) {
     EXPECT_EQ(pin.WaitForEdge(10), kLevelTimeOut);
-    EXPECT_EQ(board.kernel().held(), 0U);
-    LevelAt(milliseconds(20), true);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+    LevelAt(Milliseconds(20), true);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
-    EXPECT_EQ(board.kernel().held(), 1U);
+    EXPECT_EQ(board.Kernel().Held(), 1U);
 }
 
 TEST_F(GpioEdge, IsATimeOutWhenTheWaitFails) {
     for (const int error : {EINTR, ENOMEM}) {
-        board.fail("poll", kValue, error);
+        board.Fail("poll", kValue, error);
         EXPECT_EQ(pin.WaitForEdge(100), kLevelTimeOut);
-        board.stopFailing();
+        board.StopFailing();
     }
-    EXPECT_EQ(board.kernel().held(), 0U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, IsAnErrorWhenTheValueCannotBeOpened) {
-    board.fail("open", kValue, EACCES);
+    board.Fail("open", kValue, EACCES);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
-    EXPECT_EQ(board.now(), 0);
-    EXPECT_EQ(board.calls("poll"), 0U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Now(), 0);
+    EXPECT_EQ(board.Calls("poll"), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, IsAnErrorWhenNoLevelComesAfterIt) {
-    LevelAt(milliseconds(10), true);
-    board.fail("read", kValue, EIO, 2);
+    LevelAt(Milliseconds(10), true);
+    board.Fail("read", kValue, EIO, 2);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
-    EXPECT_EQ(board.kernel().held(), 1U);
-    board.stopFailing();
-    LevelAt(milliseconds(20), false);
-    board.cutShort("read", kValue, 0, 2);
+    EXPECT_EQ(board.Kernel().Held(), 1U);
+    board.StopFailing();
+    LevelAt(Milliseconds(20), false);
+    board.CutShort("read", kValue, 0, 2);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
-    EXPECT_EQ(board.kernel().held(), 2U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 2U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, IsAnErrorWhenTheWaitTellsOfNoEdge) {
-    board.cutShort("poll", kValue, 0);
+    board.CutShort("poll", kValue, 0);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
-    EXPECT_EQ(board.calls("read"), 1U);
-    EXPECT_EQ(board.kernel().held(), 1U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Calls("read"), 1U);
+    EXPECT_EQ(board.Kernel().Held(), 1U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioEdge, NeedsOnlyOneByteOfTheLevel) {
-    LevelAt(milliseconds(10), true);
-    board.cutShort("read", kValue, 1, 2);
+    LevelAt(Milliseconds(10), true);
+    board.CutShort("read", kValue, 1, 2);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
 }
 
 TEST_F(GpioEdge, IsHighForAnyTextButZero) {
-    board.replaceText(kValue, "x\n");
-    LevelAt(milliseconds(10), true);
+    board.ReplaceText(kValue, "x\n");
+    LevelAt(Milliseconds(10), true);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
-    board.replaceText(kValue, "01\n");
-    LevelAt(milliseconds(20), false);
+    board.ReplaceText(kValue, "01\n");
+    LevelAt(Milliseconds(20), false);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelLow);
 }
 
 TEST_F(GpioEdge, IsAnErrorWhenTheLineGoesDuringTheWait) {
-    board.board().at(milliseconds(10), [this] { board.line("B7").exported = false; });
+    board.Model().At(Milliseconds(10), [this] { board.Line("B7").exported = false; });
     EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
-    EXPECT_EQ(board.now(), milliseconds(10));
+    EXPECT_EQ(board.Now(), Milliseconds(10));
 }
 
 TEST_F(GpioEdge, IsNotWaitedForWithoutEdgeDetection) {
-    board.setInput("B7", true);
+    board.SetInput("B7", true);
     for (const std::uint32_t mode : {kPinInput, kPinOutput}) {
         pin.SetEdge(kEdgeNone);
         pin.SetDirection(mode);
         pin.Write(kLevelHigh);
         EXPECT_EQ(pin.WaitForEdge(100), kLevelHigh);
     }
-    board.fail("open", kValue, EACCES);
+    board.Fail("open", kValue, EACCES);
     EXPECT_EQ(pin.WaitForEdge(100), kLevelLow); // as a plain read answers
-    EXPECT_EQ(board.calls("poll"), 0U);
-    EXPECT_EQ(board.now(), 0);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("poll"), 0U);
+    EXPECT_EQ(board.Now(), 0);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

@@ -22,23 +22,23 @@ TEST(GpioPinOwnership, TakesALineAsInputWithoutEdgeAndGivesItBack) {
     CapturedConsole console;
     {
         const GpioPin pin(1, 7);
-        EXPECT_TRUE(pin.ok());
-        EXPECT_EQ(pin.bank(), 1U);
-        EXPECT_EQ(pin.bit(), 7U);
-        EXPECT_EQ(pin.mode(), kPinInput);
-        EXPECT_EQ(pin.edge(), kEdgeNone);
-        EXPECT_TRUE(board.line("B7").exported);
+        EXPECT_TRUE(pin.Ok());
+        EXPECT_EQ(pin.Bank(), 1U);
+        EXPECT_EQ(pin.Bit(), 7U);
+        EXPECT_EQ(pin.Mode(), kPinInput);
+        EXPECT_EQ(pin.Edge(), kEdgeNone);
+        EXPECT_TRUE(board.Line("B7").exported);
     }
-    EXPECT_FALSE(board.line("B7").exported);
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_FALSE(board.Line("B7").exported);
+    EXPECT_EQ(board.Events(), (Texts{
                                   "access /sys/class/gpio/pioB7 ENOENT",
                                   "write /sys/class/gpio/export \"39\"",
                                   "write /sys/class/gpio/pioB7/direction \"in\"",
                                   "write /sys/class/gpio/pioB7/edge \"none\"",
                                   "write /sys/class/gpio/unexport \"39\"",
                               }));
-    EXPECT_EQ(console.output() + console.error(), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(GpioPinOwnership, NamesLinesByPortAndBit) {
@@ -51,9 +51,9 @@ TEST(GpioPinOwnership, NamesLinesByPortAndBit) {
           Case{2, 27, "export 91", "C27"}, Case{3, 31, "export 127", "D31"}}) {
         SimulatedBoard board;
         const GpioPin pin(line.bank, line.bit);
-        EXPECT_TRUE(pin.ok()) << line.name;
-        EXPECT_EQ(board.writesTo("gpio"), (Texts{line.exported}));
-        EXPECT_EQ(board.writesTo(line.name), (Texts{"direction in", "edge none"}));
+        EXPECT_TRUE(pin.Ok()) << line.name;
+        EXPECT_EQ(board.WritesTo("gpio"), (Texts{line.exported}));
+        EXPECT_EQ(board.WritesTo(line.name), (Texts{"direction in", "edge none"}));
     }
 }
 
@@ -61,56 +61,56 @@ TEST(GpioPinOwnership, RefusesBit32OnStandardOutput) {
     SimulatedBoard board;
     CapturedConsole console;
     const GpioPin pin(0, 32);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(console.output(), "wrong gpio pin");
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.calls("access") + board.calls("open"), 0U);
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(console.Output(), "wrong gpio pin");
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Calls("access") + board.Calls("open"), 0U);
 }
 
 TEST(GpioPinOwnership, RefusesBit32OnStandardErrorWhenAskedForAMode) {
     SimulatedBoard board;
     CapturedConsole console;
     const GpioPin pin(0, 32, kPinOutput, kEdgeNone);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "wrong gpio pin");
-    EXPECT_EQ(board.calls("access") + board.calls("open"), 0U);
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "wrong gpio pin");
+    EXPECT_EQ(board.Calls("access") + board.Calls("open"), 0U);
 }
 
 TEST(GpioPinOwnership, ReleasesNobodysLineAfterARefusal) {
     SimulatedBoard board;
     CapturedConsole console;
-    board.line("A0").exported = true;
-    board.line("B0").exported = true;
+    board.Line("A0").exported = true;
+    board.Line("B0").exported = true;
     { const GpioPin refused(1, 32); }
-    EXPECT_TRUE(board.line("A0").exported);
-    EXPECT_TRUE(board.line("B0").exported);
-    EXPECT_EQ(console.output(), "wrong gpio pin");
-    EXPECT_EQ(console.error(), "not used yet\n");
+    EXPECT_TRUE(board.Line("A0").exported);
+    EXPECT_TRUE(board.Line("B0").exported);
+    EXPECT_EQ(console.Output(), "wrong gpio pin");
+    EXPECT_EQ(console.Error(), "not used yet\n");
 }
 
 TEST(GpioPinOwnership, LeavesTheBankToTheKernel) {
     SimulatedBoard board;
     CapturedConsole console;
     const GpioPin pin(4, 0);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(pin.bank(), 4U);
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(pin.Bank(), 4U);
+    EXPECT_EQ(board.Events(), (Texts{
                                   "access /sys/class/gpio/pioE0 ENOENT",
                                   "write /sys/class/gpio/export \"128\" EINVAL",
                                   "access /sys/class/gpio/pioE0 ENOENT",
                               }));
-    EXPECT_EQ(console.error(), "not locked yet\n");
+    EXPECT_EQ(console.Error(), "not locked yet\n");
 }
 
 TEST(GpioPinOwnership, RefusesALineThatIsInUse) {
     SimulatedBoard board;
-    board.line("B7").exported = true;
+    board.Line("B7").exported = true;
     CapturedConsole console;
     const GpioPin pin(1, 7);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(console.error(), "already used\n");
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(console.Error(), "already used\n");
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST(GpioPinOwnership, CannotBeHadTwice) {
@@ -118,56 +118,56 @@ TEST(GpioPinOwnership, CannotBeHadTwice) {
     CapturedConsole console;
     const GpioPin owner(1, 7);
     auto second = std::make_unique<GpioPin>(1, 7);
-    EXPECT_FALSE(second->ok());
-    EXPECT_EQ(console.error(), "already used\n");
+    EXPECT_FALSE(second->Ok());
+    EXPECT_EQ(console.Error(), "already used\n");
     // Even so the second one gives the line back when it goes.
     second.reset();
-    EXPECT_FALSE(board.line("B7").exported);
+    EXPECT_FALSE(board.Line("B7").exported);
 }
 
 TEST(GpioPinOwnership, FailsWhenExportCannotBeOpened) {
     SimulatedBoard board;
-    board.fail("open", kExport, EACCES);
+    board.Fail("open", kExport, EACCES);
     CapturedConsole console;
     const GpioPin pin(1, 7);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to lock a gpio");
-    EXPECT_EQ(board.writesTo("B7"), Texts{});
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to lock a gpio");
+    EXPECT_EQ(board.WritesTo("B7"), Texts{});
 }
 
 TEST(GpioPinOwnership, DoesNotLookAtWhatTheExportCameTo) {
     SimulatedBoard board;
-    board.fail("write", kExport, EBUSY);
+    board.Fail("write", kExport, EBUSY);
     CapturedConsole console;
     GpioPin pin(1, 7);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(console.error(), "not locked yet\n"); // of the direction, not of the export
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(console.Error(), "not locked yet\n"); // of the direction, not of the export
     EXPECT_TRUE(pin.Export());
 }
 
 TEST(GpioPinOwnership, StopsAtADirectionThatCannotBeOpened) {
     SimulatedBoard board;
-    board.fail("open", "/sys/class/gpio/pioB7/direction", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioB7/direction", EACCES);
     CapturedConsole console;
     const GpioPin pin(1, 7, kPinOutput, kEdgeNone);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(pin.mode(), kPinInput);
-    EXPECT_EQ(console.error(), "unable to set the gpio mode");
-    EXPECT_EQ(board.writesTo("B7"), Texts{});
-    EXPECT_TRUE(board.line("B7").exported);
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(pin.Mode(), kPinInput);
+    EXPECT_EQ(console.Error(), "unable to set the gpio mode");
+    EXPECT_EQ(board.WritesTo("B7"), Texts{});
+    EXPECT_TRUE(board.Line("B7").exported);
 }
 
 TEST(GpioPinOwnership, FailsWhenTheEdgeCannotBeOpened) {
     SimulatedBoard board;
-    board.fail("open", "/sys/class/gpio/pioB7/edge", EACCES);
+    board.Fail("open", "/sys/class/gpio/pioB7/edge", EACCES);
     CapturedConsole console;
     const GpioPin pin(1, 7, kPinInputWithEdge, kEdgeBoth);
-    EXPECT_FALSE(pin.ok());
-    EXPECT_EQ(pin.mode(), kPinInputWithEdge);
-    EXPECT_EQ(pin.edge(), kEdgeNone);
-    EXPECT_EQ(console.error(), "unable to set the gpio trigger");
-    EXPECT_EQ(board.writesTo("B7"), (Texts{"direction in"}));
+    EXPECT_FALSE(pin.Ok());
+    EXPECT_EQ(pin.Mode(), kPinInputWithEdge);
+    EXPECT_EQ(pin.Edge(), kEdgeNone);
+    EXPECT_EQ(console.Error(), "unable to set the gpio trigger");
+    EXPECT_EQ(board.WritesTo("B7"), (Texts{"direction in"}));
 }
 
 TEST(GpioPinOwnership, SetsTheEdgeOnlyOfAnInputThatWaitsForOne) {
@@ -182,10 +182,10 @@ TEST(GpioPinOwnership, SetsTheEdgeOnlyOfAnInputThatWaitsForOne) {
                               Case{3, {"direction in", "edge falling"}, kEdgeFalling}}) {
         SimulatedBoard board;
         const GpioPin pin(1, 7, asked.mode, kEdgeFalling);
-        EXPECT_TRUE(pin.ok());
-        EXPECT_EQ(pin.mode(), asked.mode);
-        EXPECT_EQ(pin.edge(), asked.edge);
-        EXPECT_EQ(board.writesTo("B7"), asked.writes);
+        EXPECT_TRUE(pin.Ok());
+        EXPECT_EQ(pin.Mode(), asked.mode);
+        EXPECT_EQ(pin.Edge(), asked.edge);
+        EXPECT_EQ(board.WritesTo("B7"), asked.writes);
     }
 }
 
@@ -196,11 +196,11 @@ TEST(GpioPinOwnership, CanBeGivenBackOnce) {
         GpioPin pin(1, 7);
         EXPECT_TRUE(pin.Unexport());
         EXPECT_FALSE(pin.Unexport());
-        EXPECT_EQ(console.error(), "not used yet\n");
+        EXPECT_EQ(console.Error(), "not used yet\n");
     }
-    EXPECT_EQ(console.error(), "not used yet\nnot used yet\n");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.writesTo("gpio"), (Texts{"export 39", "unexport 39"}));
+    EXPECT_EQ(console.Error(), "not used yet\nnot used yet\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.WritesTo("gpio"), (Texts{"export 39", "unexport 39"}));
 }
 
 TEST(GpioPinOwnership, KeepsTheLineWhenUnexportCannotBeOpened) {
@@ -208,12 +208,12 @@ TEST(GpioPinOwnership, KeepsTheLineWhenUnexportCannotBeOpened) {
     CapturedConsole console;
     {
         const GpioPin pin(1, 7);
-        board.fail("open", kUnexport, EACCES);
+        board.Fail("open", kUnexport, EACCES);
     }
-    EXPECT_TRUE(board.line("B7").exported);
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to release a gpio");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_TRUE(board.Line("B7").exported);
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to release a gpio");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(GpioPinOwnership, LetsLevelAndDirectionOutliveIt) {
@@ -222,8 +222,8 @@ TEST(GpioPinOwnership, LetsLevelAndDirectionOutliveIt) {
         GpioPin pin(1, 7, kPinOutput, kEdgeNone);
         pin.Write(kLevelHigh);
     }
-    EXPECT_TRUE(board.line("B7").output);
-    EXPECT_TRUE(board.line("B7").level);
+    EXPECT_TRUE(board.Line("B7").output);
+    EXPECT_TRUE(board.Line("B7").level);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ constexpr const char* kValue = "/sys/class/gpio/pioB7/value";
 // Line B7 in an instrument's hands; what its construction wrote is forgotten.
 class GpioPinB7 : public testing::Test {
   protected:
-    GpioPinB7() { board.forget(); }
+    GpioPinB7() { board.Forget(); }
 
     SimulatedBoard board;
     CapturedConsole console;
@@ -31,10 +31,10 @@ TEST_F(GpioPinB7, IsAnOutputInModeOneOnly) {
     for (const auto& [mode, text] :
          {std::pair{1U, "direction out"}, std::pair{0U, "direction in"},
           std::pair{2U, "direction in"}, std::pair{7U, "direction in"}}) {
-        board.forget();
+        board.Forget();
         EXPECT_TRUE(pin.SetDirection(mode));
-        EXPECT_EQ(pin.mode(), mode);
-        EXPECT_EQ(board.writesTo("B7"), (Texts{text}));
+        EXPECT_EQ(pin.Mode(), mode);
+        EXPECT_EQ(board.WritesTo("B7"), (Texts{text}));
     }
 }
 
@@ -42,131 +42,131 @@ TEST_F(GpioPinB7, SetsEdgesByTheirNames) {
     for (const auto& [edge, text] :
          {std::pair{1U, "edge rising"}, std::pair{2U, "edge falling"}, std::pair{3U, "edge both"},
           std::pair{0U, "edge none"}, std::pair{7U, "edge none"}}) {
-        board.forget();
+        board.Forget();
         EXPECT_TRUE(pin.SetEdge(edge));
-        EXPECT_EQ(pin.edge(), edge);
-        EXPECT_EQ(board.writesTo("B7"), (Texts{text}));
+        EXPECT_EQ(pin.Edge(), edge);
+        EXPECT_EQ(board.WritesTo("B7"), (Texts{text}));
     }
 }
 
 TEST_F(GpioPinB7, TakesAnEdgeThatTheKernelRefusesOnAnOutput) {
     pin.SetDirection(kPinOutput);
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(pin.SetEdge(kEdgeBoth));
-    EXPECT_EQ(pin.edge(), kEdgeBoth);
-    EXPECT_EQ(board.writesTo("B7"), (Texts{"edge both EIO"}));
+    EXPECT_EQ(pin.Edge(), kEdgeBoth);
+    EXPECT_EQ(board.WritesTo("B7"), (Texts{"edge both EIO"}));
 }
 
 TEST_F(GpioPinB7, IsHighForLevelOneAndLowForAnyOther) {
     pin.SetDirection(kPinOutput);
     for (const auto& [level, text] : {std::pair{1U, "value 1"}, std::pair{0U, "value 0"},
                                       std::pair{5U, "value 0"}, std::pair{2U, "value 0"}}) {
-        board.forget();
+        board.Forget();
         EXPECT_TRUE(pin.Write(level));
-        EXPECT_EQ(board.writesTo("B7"), (Texts{text}));
-        EXPECT_EQ(board.line("B7").level, level == 1);
+        EXPECT_EQ(board.WritesTo("B7"), (Texts{text}));
+        EXPECT_EQ(board.Line("B7").level, level == 1);
     }
 }
 
 TEST_F(GpioPinB7, IsNotWrittenAsAnInput) {
     for (const std::uint32_t mode : {kPinInput, kPinInputWithEdge}) {
         pin.SetDirection(mode);
-        const auto calls = board.calls("access") + board.calls("open");
-        board.forget();
+        const auto calls = board.Calls("access") + board.Calls("open");
+        board.Forget();
         EXPECT_FALSE(pin.Write(kLevelHigh));
-        EXPECT_EQ(board.events(), Texts{});
-        EXPECT_EQ(board.calls("access") + board.calls("open"), calls);
+        EXPECT_EQ(board.Events(), Texts{});
+        EXPECT_EQ(board.Calls("access") + board.Calls("open"), calls);
     }
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioPinB7, ReadsTheLevelAtThePin) {
     EXPECT_EQ(pin.Read(), kLevelLow);
-    board.setInput("B7", true);
+    board.SetInput("B7", true);
     EXPECT_EQ(pin.Read(), kLevelHigh);
     pin.SetDirection(kPinOutput);
     pin.Write(kLevelHigh);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioPinB7, ReadsHighOnlyForTheWordOne) {
     for (const char* high : {"1", "1\n", " \t1\n", "1 0", "1\n0\n"}) {
-        board.replaceText(kValue, high);
+        board.ReplaceText(kValue, high);
         EXPECT_EQ(pin.Read(), kLevelHigh) << '"' << high << '"';
     }
     for (const std::string& low :
          {std::string(), std::string("\n"), std::string("0"), std::string("10"), std::string("01"),
           std::string("+1"), std::string("1,"), std::string("high"), std::string("1\0", 2),
           std::string(5000, '1'), std::string("\xff\x31")}) {
-        board.replaceText(kValue, low);
+        board.ReplaceText(kValue, low);
         EXPECT_EQ(pin.Read(), kLevelLow) << '"' << low << '"';
     }
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioPinB7, ReadsLowInSilenceWhenTheValueCannotBeRead) {
-    board.setInput("B7", true);
-    board.fail("open", kValue, EACCES);
+    board.SetInput("B7", true);
+    board.Fail("open", kValue, EACCES);
     EXPECT_EQ(pin.Read(), kLevelLow);
-    board.fail("read", kValue, EIO);
+    board.Fail("read", kValue, EIO);
     EXPECT_EQ(pin.Read(), kLevelLow);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioPinB7, FailsAtEveryOperationOnceItIsUnexported) {
     pin.SetDirection(kPinOutput);
-    board.line("B7").exported = false;
-    board.forget();
+    board.Line("B7").exported = false;
+    board.Forget();
     EXPECT_FALSE(pin.SetDirection(kPinInput));
     EXPECT_FALSE(pin.SetEdge(kEdgeBoth));
     EXPECT_FALSE(pin.Write(kLevelHigh));
     EXPECT_EQ(pin.Read(), kLevelError);
     EXPECT_EQ(pin.WaitForEdge(10), kLevelError);
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(),
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(),
               "not locked yet\nnot locked yet\nnot locked yet\nnot locked yet\nnot locked yet\n");
-    EXPECT_EQ(pin.mode(), kPinOutput);
-    EXPECT_EQ(pin.edge(), kEdgeNone);
-    EXPECT_EQ(board.writesTo("B7"), Texts{});
+    EXPECT_EQ(pin.Mode(), kPinOutput);
+    EXPECT_EQ(pin.Edge(), kEdgeNone);
+    EXPECT_EQ(board.WritesTo("B7"), Texts{});
 }
 
 // The reports carry no newline and run together.
 TEST_F(GpioPinB7, ReportsAttributesThatCannotBeOpened) {
     pin.SetDirection(kPinOutput);
     for (const char* attribute : {"/direction", "/edge", "/value"}) {
-        board.takeAway(std::string(kDirectory) + attribute);
+        board.TakeAway(std::string(kDirectory) + attribute);
     }
-    board.forget();
+    board.Forget();
     EXPECT_FALSE(pin.SetDirection(kPinInput));
     EXPECT_FALSE(pin.SetEdge(kEdgeBoth));
     EXPECT_FALSE(pin.Write(kLevelHigh));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to set the gpio mode"
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to set the gpio mode"
                                "unable to set the gpio trigger"
                                "unable to set the gpio value");
-    EXPECT_EQ(pin.mode(), kPinOutput);
-    EXPECT_EQ(pin.edge(), kEdgeNone);
-    EXPECT_EQ(board.writesTo("B7"), Texts{});
+    EXPECT_EQ(pin.Mode(), kPinOutput);
+    EXPECT_EQ(pin.Edge(), kEdgeNone);
+    EXPECT_EQ(board.WritesTo("B7"), Texts{});
 }
 
 TEST_F(GpioPinB7, DoesNotLookAtWhatAWriteCameTo) {
     pin.SetDirection(kPinOutput);
-    board.fail("write", kValue, EPERM);
+    board.Fail("write", kValue, EPERM);
     EXPECT_TRUE(pin.Write(kLevelHigh));
-    board.fail("close", kValue, EIO);
+    board.Fail("close", kValue, EIO);
     EXPECT_TRUE(pin.Write(kLevelHigh));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(GpioPinB7, TestsForItsDirectoryBeforeEachOperation) {
     pin.SetDirection(kPinOutput);
-    const auto before = board.calls("access");
+    const auto before = board.Calls("access");
     pin.SetEdge(kEdgeNone);
     pin.Write(kLevelHigh);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(board.calls("access"), before + 3);
+    EXPECT_EQ(board.Calls("access"), before + 3);
 }
 
 TEST_F(GpioPinB7, HoldsNoDescriptorBetweenOperations) {
@@ -174,10 +174,10 @@ TEST_F(GpioPinB7, HoldsNoDescriptorBetweenOperations) {
     pin.SetEdge(kEdgeNone);
     pin.Write(kLevelHigh);
     static_cast<void>(pin.Read());
-    board.failForever("open", std::string(kDirectory) + "/*", EMFILE);
+    board.FailForever("open", std::string(kDirectory) + "/*", EMFILE);
     pin.SetDirection(kPinInput);
     static_cast<void>(pin.Read());
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

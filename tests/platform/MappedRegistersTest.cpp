@@ -32,14 +32,14 @@ TEST(MappedRegisters, ReadALineOfEachBank) {
     for (const MappedLine& line : kLines) {
         SimulatedBoard board;
         EXPECT_EQ(ReadMappedPin(line.bank, line.bit), kLevelLow) << line.name;
-        board.setInput(line.name, true);
+        board.SetInput(line.name, true);
         EXPECT_EQ(ReadMappedPin(line.bank, line.bit), kLevelHigh) << line.name;
     }
 }
 
 TEST(MappedRegisters, TellOneLineFromTheOthers) {
     SimulatedBoard board;
-    board.setInput("B7", true);
+    board.SetInput("B7", true);
     for (const auto& [bank, bit] : {std::pair{1U, 6U}, std::pair{1U, 8U}, std::pair{0U, 7U},
                                     std::pair{2U, 7U}, std::pair{1U, 31U}, std::pair{1U, 0U}}) {
         EXPECT_EQ(ReadMappedPin(bank, bit), kLevelLow) << bank << ", " << bit;
@@ -49,12 +49,12 @@ TEST(MappedRegisters, TellOneLineFromTheOthers) {
 TEST(MappedRegisters, SetAndClearALineOfEachBank) {
     for (const MappedLine& line : kLines) {
         SimulatedBoard board;
-        board.line(line.name).output = true;
+        board.Line(line.name).output = true;
         EXPECT_TRUE(WriteMappedPin(line.bank, line.bit, kLevelHigh));
-        EXPECT_TRUE(board.line(line.name).level) << line.name;
+        EXPECT_TRUE(board.Line(line.name).level) << line.name;
         EXPECT_TRUE(WriteMappedPin(line.bank, line.bit, kLevelLow));
-        EXPECT_FALSE(board.line(line.name).level) << line.name;
-        EXPECT_EQ(board.events(), (Texts{
+        EXPECT_FALSE(board.Line(line.name).level) << line.name;
+        EXPECT_EQ(board.Events(), (Texts{
                                       "mmap /dev/mem 0xfffff000",
                                       std::string("write /dev/mem ") + line.set,
                                       "mmap /dev/mem 0xfffff000",
@@ -65,21 +65,21 @@ TEST(MappedRegisters, SetAndClearALineOfEachBank) {
 
 TEST(MappedRegisters, DriveHighForLevelOneOnly) {
     SimulatedBoard board;
-    board.line("B7").output = true;
-    board.line("B7").level = true;
+    board.Line("B7").output = true;
+    board.Line("B7").level = true;
     EXPECT_TRUE(WriteMappedPin(1, 7, 5));
-    EXPECT_FALSE(board.line("B7").level);
+    EXPECT_FALSE(board.Line("B7").level);
 }
 
 TEST(MappedRegisters, LeaveOtherLinesAlone) {
     SimulatedBoard board;
     for (const char* name : {"B6", "B7", "B8", "A7"}) {
-        board.line(name).output = true;
-        board.line(name).level = true;
+        board.Line(name).output = true;
+        board.Line(name).level = true;
     }
     WriteMappedPin(1, 7, kLevelLow);
-    EXPECT_TRUE(board.line("B6").level && board.line("B8").level && board.line("A7").level);
-    EXPECT_FALSE(board.line("B7").level);
+    EXPECT_TRUE(board.Line("B6").level && board.Line("B8").level && board.Line("A7").level);
+    EXPECT_FALSE(board.Line("B7").level);
 }
 
 TEST(MappedRegisters, RefuseBit32WithoutTouchingTheMemoryDevice) {
@@ -87,32 +87,32 @@ TEST(MappedRegisters, RefuseBit32WithoutTouchingTheMemoryDevice) {
     CapturedConsole console;
     EXPECT_EQ(ReadMappedPin(0, 32), kLevelError);
     EXPECT_FALSE(WriteMappedPin(0, 32, kLevelHigh));
-    EXPECT_EQ(board.calls("open"), 0U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Calls("open"), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(MappedRegisters, ReportAMemoryDeviceThatCannotBeOpened) {
     SimulatedBoard board;
-    board.failForever("open", kMemory, EACCES);
+    board.FailForever("open", kMemory, EACCES);
     CapturedConsole console;
     EXPECT_EQ(ReadMappedPin(1, 7), kLevelError);
-    EXPECT_EQ(console.error(), "open of /dev/mem failed\n");
+    EXPECT_EQ(console.Error(), "open of /dev/mem failed\n");
     EXPECT_FALSE(WriteMappedPin(1, 7, kLevelHigh));
-    EXPECT_EQ(console.error(), "open of /dev/mem failed\nopen of /dev/mem failed\n");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.calls("mmap"), 0U);
+    EXPECT_EQ(console.Error(), "open of /dev/mem failed\nopen of /dev/mem failed\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.Calls("mmap"), 0U);
 }
 
 TEST(MappedRegisters, ReportAPageThatCannotBeMapped) {
     SimulatedBoard board;
-    board.failForever("mmap", kMemory, EPERM);
+    board.FailForever("mmap", kMemory, EPERM);
     CapturedConsole console;
     EXPECT_EQ(ReadMappedPin(1, 7), kLevelError);
-    EXPECT_EQ(console.error(), "mmap failed\n");
+    EXPECT_EQ(console.Error(), "mmap failed\n");
     EXPECT_FALSE(WriteMappedPin(1, 7, kLevelHigh));
-    EXPECT_EQ(console.error(), "mmap failed\nmmap failed\n");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Error(), "mmap failed\nmmap failed\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(MappedRegisters, AreMappedAfreshAndReleasedEachTime) {
@@ -121,9 +121,9 @@ TEST(MappedRegisters, AreMappedAfreshAndReleasedEachTime) {
     WriteMappedPin(1, 7, kLevelHigh);
     ReadMappedPin(1, 7);
     for (const char* call : {"open", "mmap", "munmap", "close"}) {
-        EXPECT_EQ(board.calls(call), 3U) << call;
+        EXPECT_EQ(board.Calls(call), 3U) << call;
     }
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

@@ -41,7 +41,7 @@ TEST(PollingALine, ComesToItsTimeLimitWhenTheLineIsTakenAway) {
     SimulatedBoard board;
     CapturedConsole console;
     GpioPin pin(1, 7);
-    board.takeAway("/sys/class/gpio/pioB7");
+    board.TakeAway("/sys/class/gpio/pioB7");
     EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
 }
 
@@ -49,18 +49,18 @@ TEST(PollingALine, ComesToItsTimeLimitWhenTheValueReadsOtherwise) {
     for (const char* text : {"1", "", "rubbish"}) {
         SimulatedBoard board;
         GpioPin pin(1, 7);
-        board.replaceText("/sys/class/gpio/pioB7/value", text);
+        board.ReplaceText("/sys/class/gpio/pioB7/value", text);
         EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads) << text;
     }
 }
 
 TEST(PollingALine, SeesWhatHappensAtTheVeryStart) {
     sim::Scenario scenario;
-    scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::setInput, .value = 1, .line = 39}};
+    scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
     SimulatedBoard board(scenario);
     GpioPin pin(1, 7);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 } // namespace

@@ -25,26 +25,26 @@ TEST(PwmChannelCount, IsTheCodeOfTheFirstCharacter) {
     for (const auto& [text, count] :
          {std::pair{"16\n", 49}, std::pair{"  8", 56}, std::pair{"\n0", 48}, std::pair{"x4", 120},
           std::pair{"\xff", 255}}) {
-        board.replaceText(kChannelCount, text);
+        board.ReplaceText(kChannelCount, text);
         EXPECT_EQ(ChannelCount(), count) << text;
     }
 }
 
 TEST(PwmChannelCount, IsZeroWithoutAController) {
     SimulatedBoard board;
-    board.takeAway(kChannelCount);
+    board.TakeAway(kChannelCount);
     EXPECT_EQ(ChannelCount(), 0);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(PwmChannelCount, IsZeroWhenNothingCanBeRead) {
     SimulatedBoard board;
     for (const char* text : {"", "\n", " \t "}) {
-        board.replaceText(kChannelCount, text);
+        board.ReplaceText(kChannelCount, text);
         EXPECT_EQ(ChannelCount(), 0);
     }
-    board.restore(kChannelCount);
-    board.fail("read", kChannelCount, EIO);
+    board.Restore(kChannelCount);
+    board.Fail("read", kChannelCount, EIO);
     EXPECT_EQ(ChannelCount(), 0);
 }
 
@@ -53,41 +53,41 @@ TEST(PwmChannel, IsTakenAndGivenBack) {
     CapturedConsole console;
     {
         const PwmChannel channel(1);
-        EXPECT_TRUE(channel.ok());
-        EXPECT_EQ(channel.channel(), 1);
-        EXPECT_TRUE(board.channel(1).exported);
+        EXPECT_TRUE(channel.Ok());
+        EXPECT_EQ(channel.Channel(), 1);
+        EXPECT_TRUE(board.Channel(1).exported);
     }
-    EXPECT_FALSE(board.channel(1).exported);
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_FALSE(board.Channel(1).exported);
+    EXPECT_EQ(board.Events(), (Texts{
                                   "read /sys/class/pwm/pwmchip0/npwm \"4\\n\"",
                                   "access /sys/class/pwm/pwmchip0/pwm1 ENOENT",
                                   "write /sys/class/pwm/pwmchip0/export \"1\"",
                                   "write /sys/class/pwm/pwmchip0/pwm1/enable \"0\" EINVAL",
                                   "write /sys/class/pwm/pwmchip0/unexport \"1\"",
                               }));
-    EXPECT_EQ(console.output() + console.error(), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(PwmChannel, IsRefusedFromTheCodeOfTheCountOn) {
     SimulatedBoard board;
     CapturedConsole console;
     const PwmChannel bare(52);
-    EXPECT_FALSE(bare.ok());
+    EXPECT_FALSE(bare.Ok());
     const PwmChannel running(52, 1000.0F, 30.0F);
-    EXPECT_FALSE(running.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "wrong pwm channelwrong pwm channel");
-    EXPECT_EQ(board.writesTo("pwmchip0"), Texts{});
+    EXPECT_FALSE(running.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "wrong pwm channelwrong pwm channel");
+    EXPECT_EQ(board.WritesTo("pwmchip0"), Texts{});
 }
 
 TEST(PwmChannel, IsTakenForAnyNumberBelowTheCodeOfTheCount) {
     SimulatedBoard board;
     CapturedConsole console;
     const PwmChannel channel(51);
-    EXPECT_TRUE(channel.ok());
-    EXPECT_EQ(channel.channel(), 51);
-    EXPECT_EQ(board.writesTo("pwmchip0"), (Texts{"export c EINVAL"}));
+    EXPECT_TRUE(channel.Ok());
+    EXPECT_EQ(channel.Channel(), 51);
+    EXPECT_EQ(board.WritesTo("pwmchip0"), (Texts{"export c EINVAL"}));
 }
 
 TEST(PwmChannel, TenIsNamedByAColon) {
@@ -95,119 +95,119 @@ TEST(PwmChannel, TenIsNamedByAColon) {
     CapturedConsole console;
     {
         const PwmChannel channel(10);
-        EXPECT_TRUE(channel.ok());
+        EXPECT_TRUE(channel.Ok());
     }
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_EQ(board.Events(), (Texts{
                                   "read /sys/class/pwm/pwmchip0/npwm \"4\\n\"",
                                   "access /sys/class/pwm/pwmchip0/pwm: ENOENT",
                                   "write /sys/class/pwm/pwmchip0/export \":\" EINVAL",
                                   "access /sys/class/pwm/pwmchip0/pwm: ENOENT",
                               }));
-    EXPECT_EQ(console.output(), "not locked yet\n"); // cannot be switched off at the end
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "not locked yet\n"); // cannot be switched off at the end
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST(PwmChannel, IsRefusedWithoutAController) {
     SimulatedBoard board;
-    board.takeAway(kChannelCount);
+    board.TakeAway(kChannelCount);
     CapturedConsole console;
     const PwmChannel bare(0);
     const PwmChannel running(0, 1000.0F, 30.0F);
-    EXPECT_FALSE(bare.ok());
-    EXPECT_FALSE(running.ok());
-    EXPECT_EQ(console.error(), "wrong pwm channelwrong pwm channel");
+    EXPECT_FALSE(bare.Ok());
+    EXPECT_FALSE(running.Ok());
+    EXPECT_EQ(console.Error(), "wrong pwm channelwrong pwm channel");
 }
 
 TEST(PwmChannel, StopsNobodysChannelAfterARefusal) {
     SimulatedBoard board;
-    board.channel(0) = {.exported = true, .period = 1000, .duty = 500, .enabled = true};
-    board.takeAway(kChannelCount);
+    board.Channel(0) = {.exported = true, .period = 1000, .duty = 500, .enabled = true};
+    board.TakeAway(kChannelCount);
     CapturedConsole console;
     { const PwmChannel refused(0); }
-    EXPECT_TRUE(board.channel(0).exported);
-    EXPECT_TRUE(board.channel(0).enabled);
-    EXPECT_EQ(console.output(), "not locked yet\n");
+    EXPECT_TRUE(board.Channel(0).exported);
+    EXPECT_TRUE(board.Channel(0).enabled);
+    EXPECT_EQ(console.Output(), "not locked yet\n");
 }
 
 TEST(PwmChannel, IsRefusedWhileItIsInUse) {
     SimulatedBoard board;
     CapturedConsole console;
     const PwmChannel owner(1);
-    board.forget();
+    board.Forget();
     const PwmChannel bare(1);
     const PwmChannel running(1, 1000.0F, 30.0F);
-    EXPECT_FALSE(bare.ok());
-    EXPECT_FALSE(running.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "already used\nalready used\n");
-    EXPECT_EQ(board.writesTo("pwmchip0"), Texts{});
-    EXPECT_EQ(board.writesTo("pwm1"), Texts{});
+    EXPECT_FALSE(bare.Ok());
+    EXPECT_FALSE(running.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "already used\nalready used\n");
+    EXPECT_EQ(board.WritesTo("pwmchip0"), Texts{});
+    EXPECT_EQ(board.WritesTo("pwm1"), Texts{});
 }
 
 TEST(PwmChannel, FailsWhenExportCannotBeOpened) {
     SimulatedBoard board;
-    board.failForever("open", kExport, EACCES);
+    board.FailForever("open", kExport, EACCES);
     CapturedConsole console;
     const PwmChannel bare(1);
     const PwmChannel running(1, 1000.0F, 30.0F);
-    EXPECT_FALSE(bare.ok());
-    EXPECT_FALSE(running.ok());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to lock a pwmunable to lock a pwm");
+    EXPECT_FALSE(bare.Ok());
+    EXPECT_FALSE(running.Ok());
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to lock a pwmunable to lock a pwm");
 }
 
 TEST(PwmChannel, DoesNotLookAtWhatAWriteCameTo) {
     SimulatedBoard board;
-    board.fail("write", kExport, EIO);
+    board.Fail("write", kExport, EIO);
     CapturedConsole console;
     PwmChannel channel(1);
-    EXPECT_TRUE(channel.ok());
+    EXPECT_TRUE(channel.Ok());
     EXPECT_TRUE(channel.Export());
     EXPECT_TRUE(channel.Enable(true)); // which the kernel refuses without a period
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"enable 1 EINVAL"}));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 1 EINVAL"}));
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(PwmChannel, SwitchesOnAndOff) {
     SimulatedBoard board;
     PwmChannel channel(1, 1000.0F, 30.0F);
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(channel.Enable(false));
-    EXPECT_FALSE(board.channel(1).enabled);
+    EXPECT_FALSE(board.Channel(1).enabled);
     EXPECT_TRUE(channel.Enable(true));
-    EXPECT_TRUE(board.channel(1).enabled);
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"enable 0", "enable 1"}));
+    EXPECT_TRUE(board.Channel(1).enabled);
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0", "enable 1"}));
 }
 
 TEST(PwmChannel, TellsOnStandardOutputThatItCannotBeSwitched) {
     SimulatedBoard board;
     CapturedConsole console;
     PwmChannel channel(1);
-    board.channel(1).exported = false;
+    board.Channel(1).exported = false;
     EXPECT_FALSE(channel.Enable(true));
-    EXPECT_EQ(console.output(), "not locked yet\n");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "not locked yet\n");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST(PwmChannel, FailsWhenEnableCannotBeOpened) {
     SimulatedBoard board;
     PwmChannel channel(1);
-    board.fail("open", kEnable, EACCES);
+    board.Fail("open", kEnable, EACCES);
     CapturedConsole console;
     EXPECT_FALSE(channel.Enable(true));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to enable a pwm");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to enable a pwm");
 }
 
 TEST(PwmChannel, IsEnabledOnlyForTheWordOne) {
     SimulatedBoard board;
     const PwmChannel channel(1);
     for (const char* on : {"1", "1\n", " 1 0"}) {
-        board.replaceText(kEnable, on);
+        board.ReplaceText(kEnable, on);
         EXPECT_TRUE(channel.IsEnabled()) << on;
     }
     for (const char* off : {"0\n", "", "\n", "01", "11", "on", "\xff"}) {
-        board.replaceText(kEnable, off);
+        board.ReplaceText(kEnable, off);
         EXPECT_FALSE(channel.IsEnabled()) << off;
     }
 }
@@ -216,30 +216,30 @@ TEST(PwmChannel, CountsAsEnabledWhenItsStateCannotBeOpened) {
     SimulatedBoard board;
     const PwmChannel channel(1);
     CapturedConsole console;
-    board.fail("open", kEnable, EACCES);
+    board.Fail("open", kEnable, EACCES);
     EXPECT_TRUE(channel.IsEnabled());
-    board.fail("read", kEnable, EIO);
+    board.Fail("read", kEnable, EIO);
     EXPECT_FALSE(channel.IsEnabled());
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(PwmChannel, IsNotEnabledWhenItIsUnexported) {
     SimulatedBoard board;
     CapturedConsole console;
     const PwmChannel channel(1);
-    board.channel(1).exported = false;
+    board.Channel(1).exported = false;
     EXPECT_FALSE(channel.IsEnabled());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "not locked yet\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "not locked yet\n");
 }
 
 TEST(PwmChannel, IsSwitchedOffBeforeItIsGivenBack) {
     SimulatedBoard board;
     {
         const PwmChannel channel(1, 1000.0F, 30.0F);
-        board.forget();
+        board.Forget();
     }
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_EQ(board.Events(), (Texts{
                                   "write /sys/class/pwm/pwmchip0/pwm1/enable \"0\"",
                                   "write /sys/class/pwm/pwmchip0/unexport \"1\"",
                               }));
@@ -250,25 +250,25 @@ TEST(PwmChannel, StaysExportedWhenItCannotBeSwitchedOff) {
     CapturedConsole console;
     {
         const PwmChannel channel(1, 1000.0F, 30.0F);
-        board.takeAway(kEnable);
+        board.TakeAway(kEnable);
     }
-    EXPECT_TRUE(board.channel(1).exported);
-    EXPECT_EQ(board.writesTo("pwmchip0"), (Texts{"export 1"}));
-    EXPECT_EQ(console.error(), "unable to enable a pwm");
+    EXPECT_TRUE(board.Channel(1).exported);
+    EXPECT_EQ(board.WritesTo("pwmchip0"), (Texts{"export 1"}));
+    EXPECT_EQ(console.Error(), "unable to enable a pwm");
 }
 
 TEST(PwmChannel, CanBeGivenBackOnce) {
     SimulatedBoard board;
     CapturedConsole console;
     PwmChannel channel(1);
-    board.fail("open", kUnexport, EACCES);
+    board.Fail("open", kUnexport, EACCES);
     EXPECT_FALSE(channel.Unexport());
     EXPECT_TRUE(channel.Unexport());
     EXPECT_FALSE(channel.Unexport());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to release a pwmnot used yet\n");
-    EXPECT_EQ(board.writesTo("pwmchip0"), (Texts{"export 1", "unexport 1"}));
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to release a pwmnot used yet\n");
+    EXPECT_EQ(board.WritesTo("pwmchip0"), (Texts{"export 1", "unexport 1"}));
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

@@ -22,7 +22,7 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 // written, which nobody looks at.
 class PwmProgramming : public testing::Test {
   protected:
-    PwmProgramming() { board.forget(); }
+    PwmProgramming() { board.Forget(); }
 
     static std::string Attribute(const char* name) {
         return std::string("/sys/class/pwm/pwmchip0/pwm1/") + name;
@@ -35,32 +35,32 @@ class PwmProgramming : public testing::Test {
 
 TEST_F(PwmProgramming, WritesWholeNanosecondsAndStarts) {
     EXPECT_TRUE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_EQ(board.Events(), (Texts{
                                   "read /sys/class/pwm/pwmchip0/pwm1/enable \"0\\n\"",
                                   "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"0\" EINVAL",
                                   "write /sys/class/pwm/pwmchip0/pwm1/period \"1000000\"",
                                   "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"300000\"",
                                   "write /sys/class/pwm/pwmchip0/pwm1/enable \"1\"",
                               }));
-    EXPECT_TRUE(board.channel(1).pulsing());
-    EXPECT_EQ(console.output() + console.error(), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_TRUE(board.Channel(1).Pulsing());
+    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST_F(PwmProgramming, StopsARunningChannelFirst) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(channel.SetFrequencyAndDuty(1600.0F, 50.0F));
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"enable 0", "duty_cycle 0", "period 625000",
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0", "duty_cycle 0", "period 625000",
                                              "duty_cycle 312500", "enable 1"}));
 }
 
 TEST_F(PwmProgramming, LeavesAStoppedChannelStoppedUntilTheEnd) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
     channel.Enable(false);
-    board.forget();
+    board.Forget();
     EXPECT_TRUE(channel.SetFrequencyAndDuty(1000.0F, 100.0F));
-    EXPECT_EQ(board.writesTo("pwm1"),
+    EXPECT_EQ(board.WritesTo("pwm1"),
               (Texts{"duty_cycle 0", "period 1000000", "duty_cycle 1000000", "enable 1"}));
 }
 
@@ -95,11 +95,11 @@ TEST_F(PwmProgramming, WritesWhatFollowsFromTheArgumentsAsGiven) {
              Case{1000.0F, kInfinity, "1000000", "2147483647 EINVAL"},
              Case{1000.0F, 0.00015F, "1000000", "1"},
          }) {
-        board.channel(1) = {.exported = true};
-        board.forget();
+        board.Channel(1) = {.exported = true};
+        board.Forget();
         EXPECT_TRUE(channel.SetFrequencyAndDuty(asked.frequency, asked.duty));
-        const std::string enable = board.channel(1).period == 0 ? "enable 1 EINVAL" : "enable 1";
-        EXPECT_EQ(board.writesTo("pwm1"),
+        const std::string enable = board.Channel(1).period == 0 ? "enable 1 EINVAL" : "enable 1";
+        EXPECT_EQ(board.WritesTo("pwm1"),
                   (Texts{"duty_cycle 0 EINVAL", std::string("period ") + asked.period,
                          std::string("duty_cycle ") + asked.high, enable}))
             << asked.frequency << " Hz, " << asked.duty << " %";
@@ -116,134 +116,134 @@ TEST_F(PwmProgramming, ClampsOnlyWhatItRemembers) {
                               Case{200000000.0F, 100.5F, 100000000.0F, 100.0F},
                               Case{kInfinity, kInfinity, 100000000.0F, 100.0F}}) {
         EXPECT_TRUE(channel.SetFrequencyAndDuty(asked.frequency, asked.duty));
-        EXPECT_EQ(channel.frequency(), asked.keptFrequency);
-        EXPECT_EQ(channel.dutyCycle(), asked.keptDuty);
+        EXPECT_EQ(channel.Frequency(), asked.keptFrequency);
+        EXPECT_EQ(channel.DutyCycle(), asked.keptDuty);
     }
 }
 
 TEST_F(PwmProgramming, FailsOnAChannelThatIsUnexported) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.channel(1).exported = false;
-    board.forget();
+    board.Channel(1).exported = false;
+    board.Forget();
     EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "not locked yet\nunable to set pwm frequency");
-    EXPECT_EQ(channel.frequency(), 1000.0F);
-    EXPECT_EQ(channel.dutyCycle(), 30.0F);
-    EXPECT_EQ(board.writesTo("pwm1"), Texts{});
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "not locked yet\nunable to set pwm frequency");
+    EXPECT_EQ(channel.Frequency(), 1000.0F);
+    EXPECT_EQ(channel.DutyCycle(), 30.0F);
+    EXPECT_EQ(board.WritesTo("pwm1"), Texts{});
 }
 
 TEST_F(PwmProgramming, FailsWhenEnableCannotBeOpened) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.takeAway(Attribute("enable"));
-    board.forget();
+    board.TakeAway(Attribute("enable"));
+    board.Forget();
     EXPECT_TRUE(channel.IsEnabled());
     EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to enable a pwmunable to set pwm frequency");
-    EXPECT_EQ(channel.frequency(), 1000.0F);
-    EXPECT_EQ(channel.dutyCycle(), 30.0F);
-    EXPECT_EQ(board.writesTo("pwm1"), Texts{});
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to enable a pwmunable to set pwm frequency");
+    EXPECT_EQ(channel.Frequency(), 1000.0F);
+    EXPECT_EQ(channel.DutyCycle(), 30.0F);
+    EXPECT_EQ(board.WritesTo("pwm1"), Texts{});
 }
 
 TEST_F(PwmProgramming, FailsWhenARunningChannelCannotBeStopped) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.fail("open", Attribute("enable"), EACCES, 2); // after its state was read
+    board.Fail("open", Attribute("enable"), EACCES, 2); // after its state was read
     EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.error(), "unable to enable a pwmunable to set pwm frequency");
-    EXPECT_TRUE(board.channel(1).pulsing());
+    EXPECT_EQ(console.Error(), "unable to enable a pwmunable to set pwm frequency");
+    EXPECT_TRUE(board.Channel(1).Pulsing());
 }
 
 TEST_F(PwmProgramming, FailsWhenTheDutyCycleCannotBeReset) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.takeAway(Attribute("duty_cycle"));
-    board.forget();
+    board.TakeAway(Attribute("duty_cycle"));
+    board.Forget();
     EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to reset pwm duty cycle");
-    EXPECT_EQ(channel.frequency(), 50.0F);
-    EXPECT_EQ(channel.dutyCycle(), 10.0F);
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"enable 0"}));
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to reset pwm duty cycle");
+    EXPECT_EQ(channel.Frequency(), 50.0F);
+    EXPECT_EQ(channel.DutyCycle(), 10.0F);
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0"}));
 }
 
 TEST_F(PwmProgramming, SucceedsInSilenceWithTheChannelOffWhenThePeriodCannotBeOpened) {
     channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.takeAway(Attribute("period"));
-    board.forget();
+    board.TakeAway(Attribute("period"));
+    board.Forget();
     EXPECT_TRUE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.output() + console.error(), "");
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"enable 0", "duty_cycle 0"}));
-    EXPECT_FALSE(board.channel(1).enabled);
-    EXPECT_EQ(board.channel(1).duty, 0U);
-    EXPECT_EQ(channel.frequency(), 50.0F);
+    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0", "duty_cycle 0"}));
+    EXPECT_FALSE(board.Channel(1).enabled);
+    EXPECT_EQ(board.Channel(1).duty, 0U);
+    EXPECT_EQ(channel.Frequency(), 50.0F);
 }
 
 TEST_F(PwmProgramming, FailsWhenTheDutyCycleCannotBeSet) {
-    board.fail("open", Attribute("duty_cycle"), EACCES, 2);
+    board.Fail("open", Attribute("duty_cycle"), EACCES, 2);
     EXPECT_FALSE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "unable to set pwm duty cycle");
-    EXPECT_EQ(board.writesTo("pwm1"), (Texts{"duty_cycle 0 EINVAL", "period 1000000"}));
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "unable to set pwm duty cycle");
+    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"duty_cycle 0 EINVAL", "period 1000000"}));
 }
 
 TEST_F(PwmProgramming, FailsWhenTheChannelCannotBeStarted) {
-    board.fail("open", Attribute("enable"), EACCES, 2);
+    board.Fail("open", Attribute("enable"), EACCES, 2);
     EXPECT_FALSE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(console.error(), "unable to enable a pwm");
-    EXPECT_EQ(board.writesTo("pwm1"),
+    EXPECT_EQ(console.Error(), "unable to enable a pwm");
+    EXPECT_EQ(board.WritesTo("pwm1"),
               (Texts{"duty_cycle 0 EINVAL", "period 1000000", "duty_cycle 300000"}));
-    EXPECT_FALSE(board.channel(1).enabled);
+    EXPECT_FALSE(board.Channel(1).enabled);
 }
 
 TEST(PwmChannelWithFrequency, RunsFromItsConstructionOn) {
     SimulatedBoard board;
     const PwmChannel channel(0, 1000.0F, 30.0F);
-    EXPECT_TRUE(channel.ok());
-    EXPECT_EQ(channel.channel(), 0);
-    EXPECT_EQ(channel.frequency(), 1000.0F);
-    EXPECT_EQ(channel.dutyCycle(), 30.0F);
-    EXPECT_EQ(board.writesTo("pwmchip0"), (Texts{"export 0"}));
-    EXPECT_EQ(board.writesTo("pwm0"),
+    EXPECT_TRUE(channel.Ok());
+    EXPECT_EQ(channel.Channel(), 0);
+    EXPECT_EQ(channel.Frequency(), 1000.0F);
+    EXPECT_EQ(channel.DutyCycle(), 30.0F);
+    EXPECT_EQ(board.WritesTo("pwmchip0"), (Texts{"export 0"}));
+    EXPECT_EQ(board.WritesTo("pwm0"),
               (Texts{"duty_cycle 0 EINVAL", "period 1000000", "duty_cycle 300000", "enable 1"}));
 }
 
 TEST(PwmChannelWithFrequency, WritesWhatItWasGivenAndKeepsWhatIsAllowed) {
     SimulatedBoard board;
     const PwmChannel channel(0, 0.5F, -10.0F);
-    EXPECT_TRUE(channel.ok());
-    EXPECT_EQ(channel.frequency(), 1.0F);
-    EXPECT_EQ(channel.dutyCycle(), 0.0F);
-    EXPECT_EQ(board.writesTo("pwm0"), (Texts{"duty_cycle 0 EINVAL", "period 2000000000",
+    EXPECT_TRUE(channel.Ok());
+    EXPECT_EQ(channel.Frequency(), 1.0F);
+    EXPECT_EQ(channel.DutyCycle(), 0.0F);
+    EXPECT_EQ(board.WritesTo("pwm0"), (Texts{"duty_cycle 0 EINVAL", "period 2000000000",
                                              "duty_cycle -200000000 EINVAL", "enable 1"}));
 }
 
 TEST(PwmChannelWithFrequency, IsNotProgrammedWhenItIsInUse) {
     SimulatedBoard board;
-    board.channel(0) = {.exported = true, .period = 500, .duty = 0, .enabled = false};
+    board.Channel(0) = {.exported = true, .period = 500, .duty = 0, .enabled = false};
     CapturedConsole console;
     const PwmChannel channel(0, 2e8F, -1.0F);
-    EXPECT_FALSE(channel.ok());
-    EXPECT_EQ(console.error(), "already used\n");
-    EXPECT_EQ(channel.frequency(), 100000000.0F);
-    EXPECT_EQ(channel.dutyCycle(), 0.0F);
-    EXPECT_EQ(board.writesTo("pwm0"), Texts{});
+    EXPECT_FALSE(channel.Ok());
+    EXPECT_EQ(console.Error(), "already used\n");
+    EXPECT_EQ(channel.Frequency(), 100000000.0F);
+    EXPECT_EQ(channel.DutyCycle(), 0.0F);
+    EXPECT_EQ(board.WritesTo("pwm0"), Texts{});
 }
 
 TEST(PwmChannelWithFrequency, FailsWhenItCannotBeProgrammed) {
     SimulatedBoard board;
-    board.takeAway("/sys/class/pwm/pwmchip0/pwm0/duty_cycle");
+    board.TakeAway("/sys/class/pwm/pwmchip0/pwm0/duty_cycle");
     CapturedConsole console;
     const PwmChannel channel(0, 1000.0F, 30.0F);
-    EXPECT_FALSE(channel.ok());
-    EXPECT_EQ(console.error(), "unable to reset pwm duty cycle");
+    EXPECT_FALSE(channel.Ok());
+    EXPECT_EQ(console.Error(), "unable to reset pwm duty cycle");
 }
 
 // An earlier run that was cut off left the channel running.
 TEST(PwmChannelWithFrequency, StopsWhatAnEarlierOwnerLeftRunning) {
     SimulatedBoard board;
-    board.channel(0) = {.exported = false, .period = 1000, .duty = 500, .enabled = true};
+    board.Channel(0) = {.exported = false, .period = 1000, .duty = 500, .enabled = true};
     const PwmChannel channel(0, 1000.0F, 30.0F);
-    EXPECT_EQ(board.writesTo("pwm0"), (Texts{"enable 0", "duty_cycle 0", "period 1000000",
+    EXPECT_EQ(board.WritesTo("pwm0"), (Texts{"enable 0", "duty_cycle 0", "period 1000000",
                                              "duty_cycle 300000", "enable 1"}));
 }
 

@@ -22,14 +22,14 @@ TEST(SpiDevice, IsSetUpForTheConverter) {
     CapturedConsole console;
     {
         const SpiDevice device;
-        EXPECT_TRUE(device.ok());
-        EXPECT_GE(device.fd(), 0);
-        EXPECT_EQ(device.mode(), 0);
-        EXPECT_EQ(device.bitsPerWord(), 16);
-        EXPECT_EQ(device.speedHz(), 3000000U);
-        EXPECT_EQ(board.kernel().held(), 1U);
+        EXPECT_TRUE(device.Ok());
+        EXPECT_GE(device.Fd(), 0);
+        EXPECT_EQ(device.Mode(), 0);
+        EXPECT_EQ(device.BitsPerWord(), 16);
+        EXPECT_EQ(device.SpeedHz(), 3000000U);
+        EXPECT_EQ(board.Kernel().Held(), 1U);
     }
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_EQ(board.Events(), (Texts{
                                   "ioctl /dev/spidev32765.1 SPI_IOC_WR_MODE 0",
                                   "ioctl /dev/spidev32765.1 SPI_IOC_RD_MODE 0",
                                   "ioctl /dev/spidev32765.1 SPI_IOC_WR_BITS_PER_WORD 16",
@@ -37,18 +37,18 @@ TEST(SpiDevice, IsSetUpForTheConverter) {
                                   "ioctl /dev/spidev32765.1 SPI_IOC_WR_MAX_SPEED_HZ 3000000",
                                   "ioctl /dev/spidev32765.1 SPI_IOC_RD_MAX_SPEED_HZ 3000000",
                               }));
-    EXPECT_EQ(board.kernel().held(), 0U);
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST(SpiDevice, TakesModeSpeedAndWordSize) {
     SimulatedBoard board;
     const SpiDevice device(kDevice, 3, 500000, 8);
-    EXPECT_TRUE(device.ok());
-    EXPECT_EQ(device.mode(), 3);
-    EXPECT_EQ(device.bitsPerWord(), 8);
-    EXPECT_EQ(device.speedHz(), 500000U);
-    EXPECT_EQ(board.events(), (Texts{
+    EXPECT_TRUE(device.Ok());
+    EXPECT_EQ(device.Mode(), 3);
+    EXPECT_EQ(device.BitsPerWord(), 8);
+    EXPECT_EQ(device.SpeedHz(), 500000U);
+    EXPECT_EQ(board.Events(), (Texts{
                                   "ioctl /dev/spidev32765.1 SPI_IOC_WR_MODE 3",
                                   "ioctl /dev/spidev32765.1 SPI_IOC_RD_MODE 3",
                                   "ioctl /dev/spidev32765.1 SPI_IOC_WR_BITS_PER_WORD 8",
@@ -61,9 +61,9 @@ TEST(SpiDevice, TakesModeSpeedAndWordSize) {
 TEST(SpiDevice, KeepsWhatTheDriverReportsBack) {
     SimulatedBoard board;
     const SpiDevice device(kDevice, 0, 100000000, 0); // 0 bits stand for 8
-    EXPECT_TRUE(device.ok());
-    EXPECT_EQ(device.bitsPerWord(), 8);
-    EXPECT_EQ(device.speedHz(), 100000000U);
+    EXPECT_TRUE(device.Ok());
+    EXPECT_EQ(device.BitsPerWord(), 8);
+    EXPECT_EQ(device.SpeedHz(), 100000000U);
 }
 
 TEST(SpiDevice, StopsAtTheFirstSettingThatFails) {
@@ -77,15 +77,15 @@ TEST(SpiDevice, StopsAtTheFirstSettingThatFails) {
     };
     for (std::size_t step = 0; step < complaints.size(); ++step) {
         SimulatedBoard board;
-        board.fail("ioctl", kDevice, EIO, step + 1);
+        board.Fail("ioctl", kDevice, EIO, step + 1);
         CapturedConsole console;
         const SpiDevice device;
-        EXPECT_FALSE(device.ok());
-        EXPECT_EQ(console.error(), complaints[step]);
-        EXPECT_EQ(console.output(), "");
-        EXPECT_EQ(board.calls("ioctl"), step + 1);
-        EXPECT_GE(device.fd(), 0); // stays open
-        EXPECT_EQ(board.kernel().held(), 1U);
+        EXPECT_FALSE(device.Ok());
+        EXPECT_EQ(console.Error(), complaints[step]);
+        EXPECT_EQ(console.Output(), "");
+        EXPECT_EQ(board.Calls("ioctl"), step + 1);
+        EXPECT_GE(device.Fd(), 0); // stays open
+        EXPECT_EQ(board.Kernel().Held(), 1U);
     }
 }
 
@@ -93,32 +93,32 @@ TEST(SpiDevice, ReportsSettingsThatTheKernelRefuses) {
     SimulatedBoard board;
     CapturedConsole console;
     const SpiDevice still(kDevice, 0, 0, 16);
-    EXPECT_EQ(console.error(), "Could not set SPI speed (WR)...ioctl fail");
+    EXPECT_EQ(console.Error(), "Could not set SPI speed (WR)...ioctl fail");
     const SpiDevice odd(kDevice, 0, 3000000, 12);
-    EXPECT_EQ(console.error(), "Could not set SPI speed (WR)...ioctl fail"
+    EXPECT_EQ(console.Error(), "Could not set SPI speed (WR)...ioctl fail"
                                "Could not set SPI bitsPerWord (WR)...ioctl fail");
-    EXPECT_FALSE(still.ok() || odd.ok());
+    EXPECT_FALSE(still.Ok() || odd.Ok());
 }
 
 TEST(SpiDevice, ReportsADeviceThatCannotBeOpened) {
     SimulatedBoard board;
     CapturedConsole console;
     {
-        board.fail("open", kDevice, ENOENT);
+        board.Fail("open", kDevice, ENOENT);
         const SpiDevice device;
-        EXPECT_FALSE(device.ok());
-        EXPECT_EQ(device.fd(), -1);
-        EXPECT_EQ(console.error(), "could not open SPI device");
+        EXPECT_FALSE(device.Ok());
+        EXPECT_EQ(device.Fd(), -1);
+        EXPECT_EQ(console.Error(), "could not open SPI device");
     }
-    EXPECT_EQ(console.error(), "could not open SPI deviceCould not close SPI device");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.calls("ioctl") + board.calls("close"), 0U);
+    EXPECT_EQ(console.Error(), "could not open SPI deviceCould not close SPI device");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.Calls("ioctl") + board.Calls("close"), 0U);
 }
 
 TEST(SpiDevice, DoesNotCallTheKernelWithoutAnOpenDevice) {
     SimulatedBoard board;
     CapturedConsole console;
-    board.fail("open", kDevice, ENOENT);
+    board.Fail("open", kDevice, ENOENT);
     SpiDevice device;
     std::array<std::uint16_t, 2> words{0xA080, 0};
     errno = 0; // as any call with a bad descriptor would set it
@@ -128,8 +128,8 @@ TEST(SpiDevice, DoesNotCallTheKernelWithoutAnOpenDevice) {
     EXPECT_FALSE(device.TransferBlock(words.data(), 4));
     EXPECT_FALSE(device.Read(nullptr, 0));
     EXPECT_EQ(errno, 0);
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "could not open SPI device");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "could not open SPI device");
     EXPECT_EQ(words, (std::array<std::uint16_t, 2>{0xA080, 0}));
 }
 
@@ -138,29 +138,29 @@ TEST(SpiDevice, ClosesOnce) {
     CapturedConsole console;
     {
         SpiDevice device;
-        const int descriptor = device.fd();
+        const int descriptor = device.Fd();
         EXPECT_TRUE(device.Close());
-        EXPECT_TRUE(device.ok());
-        EXPECT_EQ(device.fd(), descriptor); // keeps its number
-        EXPECT_EQ(console.error(), "");
+        EXPECT_TRUE(device.Ok());
+        EXPECT_EQ(device.Fd(), descriptor); // keeps its number
+        EXPECT_EQ(console.Error(), "");
         EXPECT_FALSE(device.Close());
-        EXPECT_FALSE(device.ok());
-        EXPECT_EQ(console.error(), "Could not close SPI device");
+        EXPECT_FALSE(device.Ok());
+        EXPECT_EQ(console.Error(), "Could not close SPI device");
     }
-    EXPECT_EQ(console.error(), "Could not close SPI deviceCould not close SPI device");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Error(), "Could not close SPI deviceCould not close SPI device");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(SpiDevice, ReportsACloseThatFails) {
     SimulatedBoard board;
     CapturedConsole console;
     auto device = std::make_unique<SpiDevice>();
-    board.fail("close", kDevice, EIO);
+    board.Fail("close", kDevice, EIO);
     device.reset();
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "Could not close SPI device");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "Could not close SPI device");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(SpiDevice, CanBeOpenedAgainAfterAClose) {
@@ -168,9 +168,9 @@ TEST(SpiDevice, CanBeOpenedAgainAfterAClose) {
     SpiDevice device;
     EXPECT_TRUE(device.Close());
     EXPECT_TRUE(device.Open(kDevice));
-    EXPECT_TRUE(device.ok());
-    EXPECT_EQ(board.calls("ioctl"), 12U);
-    EXPECT_EQ(board.kernel().held(), 1U);
+    EXPECT_TRUE(device.Ok());
+    EXPECT_EQ(board.Calls("ioctl"), 12U);
+    EXPECT_EQ(board.Kernel().Held(), 1U);
 }
 
 } // namespace

@@ -19,10 +19,10 @@ class Alarm : public SpeakerTest {};
 TEST_F(Alarm, WithoutASpeakerIsRefusedAndTouchesNothing) {
     EXPECT_FALSE(SoundAlarm(nullptr));
     EXPECT_EQ(tools.OtherCalls(), "");
-    EXPECT_EQ(board.events(), Texts{});
-    EXPECT_EQ(board.calls("system") + board.calls("fork"), 0U);
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(board.Events(), Texts{});
+    EXPECT_EQ(board.Calls("system") + board.Calls("fork"), 0U);
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(Alarm, UnmutesTurnsUpAndPlaysWithoutWaitingForTheEnd) {
@@ -31,8 +31,8 @@ TEST_F(Alarm, UnmutesTurnsUpAndPlaysWithoutWaitingForTheEnd) {
     EXPECT_EQ(tools.NextCall(), kUnmute);
     EXPECT_EQ(tools.NextCall(), kFullVolume);
     EXPECT_EQ(tools.NextCall(), kPlay); // and plays on until the test lets it finish
-    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.Player()});
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(Alarm, RepeatsTheFileBackToBack) {
@@ -56,21 +56,21 @@ TEST_F(Alarm, DoesNotMindWhatTheMixerSays) {
 }
 
 TEST_F(Alarm, PlaysThoughNoShellCouldBeRunForTheMixer) {
-    board.fail("system", "", EAGAIN, 1);
-    board.fail("system", "", EAGAIN, 2);
+    board.Fail("system", "", EAGAIN, 1);
+    board.Fail("system", "", EAGAIN, 2);
     Speaker speaker;
     EXPECT_TRUE(SoundAlarm(&speaker));
     EXPECT_EQ(tools.NextCall(), kPlay);
 }
 
 TEST_F(Alarm, FailsWhenThePlayerCannotBeStarted) {
-    board.fail("fork", "", EAGAIN);
+    board.Fail("fork", "", EAGAIN);
     Speaker speaker;
     EXPECT_FALSE(SoundAlarm(&speaker));
     EXPECT_EQ(tools.NextCall(), kUnmute);
     EXPECT_EQ(tools.NextCall(), kFullVolume);
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "Speaker: error in play fork\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "Speaker: error in play fork\n");
 }
 
 TEST_F(Alarm, ThatSoundsIsNotStartedAgain) {
@@ -82,8 +82,8 @@ TEST_F(Alarm, ThatSoundsIsNotStartedAgain) {
     EXPECT_FALSE(SoundAlarm(&speaker));
     EXPECT_EQ(tools.NextCall(), kUnmute);
     EXPECT_EQ(tools.NextCall(), kFullVolume);
-    EXPECT_EQ(console.error(), "Speaker: already in play\n");
-    EXPECT_EQ(board.calls("fork"), 1U);
+    EXPECT_EQ(console.Error(), "Speaker: already in play\n");
+    EXPECT_EQ(board.Calls("fork"), 1U);
 }
 
 } // namespace

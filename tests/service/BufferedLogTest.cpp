@@ -57,11 +57,11 @@ class BufferedLog : public testing::Test {
         return text;
     }
 
-    [[nodiscard]] std::string Log() const { return board.fileOnCard(kLogFile); }
+    [[nodiscard]] std::string Log() const { return board.FileOnCard(kLogFile); }
 
     void PullCard() {
-        board.removeCard();
-        board.elapse(sim::seconds(1));
+        board.RemoveCard();
+        board.Elapse(sim::Seconds(1));
     }
 
     SimulatedBoard board;
@@ -72,14 +72,14 @@ TEST_F(BufferedLog, Keeps239Messages) {
     Write(1, kBatch - 1);
     EXPECT_EQ(BufferedLogPending(), kBatch - 1);
     EXPECT_EQ(Log(), "");
-    EXPECT_EQ(board.calls("open"), 0U);
+    EXPECT_EQ(board.Calls("open"), 0U);
 }
 
 TEST_F(BufferedLog, WritesThemInTheirOrderAtThe240th) {
     Write(1, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_EQ(Log(), Messages(1, kBatch));
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST_F(BufferedLog, BeginsAnewWithThe241st) {
@@ -95,7 +95,7 @@ TEST_F(BufferedLog, AppendsEachFurther240) {
 }
 
 TEST_F(BufferedLog, AppendsToWhatTheDaysLogHolds) {
-    board.writeFileOnCard(kLogFile, "a record\n");
+    board.WriteFileOnCard(kLogFile, "a record\n");
     Write(1, kBatch);
     EXPECT_EQ(Log(), "a record\n" + Messages(1, kBatch));
 }
@@ -114,8 +114,8 @@ TEST_F(BufferedLog, AddsNeitherSeparatorNorNewline) {
 TEST_F(BufferedLog, SaysNothing) {
     Write(1, kBatch);
     EXPECT_FALSE(BufferedLogWrite(std::string(30, 'x')));
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(BufferedLog, TakesMessagesOfUpTo29Characters) {
@@ -143,27 +143,27 @@ TEST_F(BufferedLog, TakesAnyCharacters) {
 
 TEST_F(BufferedLog, LooksAtTheLengthBeforeTheCard) {
     EXPECT_FALSE(BufferedLogWrite(std::string(30, 'z')));
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
     EXPECT_TRUE(BufferedLogWrite(std::string(29, 'z')));
-    EXPECT_EQ(board.events(), Texts{"setmntent /etc/mtab card listed"});
+    EXPECT_EQ(board.Events(), Texts{"setmntent /etc/mtab card listed"});
 }
 
 TEST_F(BufferedLog, RefusesMessagesWhileTheCardIsNotMounted) {
     Write(1, kBatch - 1);
-    ASSERT_EQ(board.card().unmount("/mnt/sd-card", false), 0);
+    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
     EXPECT_FALSE(BufferedLogWrite(Message(kBatch)));
     EXPECT_EQ(BufferedLogPending(), kBatch - 1);
-    EXPECT_EQ(board.calls("mount"), 0U); // does not mount it
-    board.card().mountAtStart();
+    EXPECT_EQ(board.Calls("mount"), 0U); // does not mount it
+    board.Card().MountAtStart();
     Write(kBatch, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_EQ(Log(), Messages(1, kBatch));
 }
 
 TEST_F(BufferedLog, RefusesMessagesWithoutAMountTable) {
-    board.takeAway("/etc/mtab");
+    board.TakeAway("/etc/mtab");
     EXPECT_FALSE(BufferedLogWrite("x"));
-    board.restore("/etc/mtab");
+    board.Restore("/etc/mtab");
     EXPECT_TRUE(BufferedLogWrite("x"));
 }
 
@@ -172,7 +172,7 @@ TEST_F(BufferedLog, TakesMessagesWhileAPulledCardIsStillListed) {
     Write(1, 100);
     PullCard();
     Write(101, kBatch - 1);
-    board.insertCard();
+    board.InsertCard();
     EXPECT_EQ(BufferedLogPending(), kBatch - 1);
 }
 
@@ -182,24 +182,24 @@ TEST_F(BufferedLog, LosesTheMessagesOfACardThatIsPulledAtThe240th) {
     EXPECT_TRUE(BufferedLogWrite(Message(kBatch))); // accepted all the same
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_FALSE(BufferedLogWrite("x")); // the log has unmounted what was not there
-    board.insertCard();
+    board.InsertCard();
     EXPECT_EQ(Log(), "");
-    EXPECT_EQ(board.fileBelowMountPoint(kLogFile), "");
+    EXPECT_EQ(board.FileBelowMountPoint(kLogFile), "");
 }
 
 TEST_F(BufferedLog, GoesOnWithACardThatIsBackAndMounted) {
     Write(1, kBatch - 1);
     PullCard();
     Write(kBatch, kBatch);
-    board.insertCard();
-    ASSERT_EQ(board.card().mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat"), 0);
+    board.InsertCard();
+    ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat"), 0);
     Write(kBatch + 1, 2 * kBatch);
     EXPECT_EQ(Log(), Messages(kBatch + 1, 2 * kBatch));
 }
 
 TEST_F(BufferedLog, AnswersTrueThoughTheLogCannotBeOpened) {
     Write(1, kBatch - 1);
-    board.fail("open", "/mnt/sd-card/*", ENOSPC);
+    board.Fail("open", "/mnt/sd-card/*", ENOSPC);
     Write(kBatch, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_EQ(Log(), "");
@@ -209,8 +209,8 @@ TEST_F(BufferedLog, AnswersTrueThoughTheLogCannotBeOpened) {
 
 TEST_F(BufferedLog, OpensTheDaysLogOnceForAllMessages) {
     Write(1, kBatch);
-    EXPECT_EQ(board.calls("open"), 1U);
-    const Texts events = board.events();
+    EXPECT_EQ(board.Calls("open"), 1U);
+    const Texts events = board.Events();
     EXPECT_EQ(std::count_if(events.begin(), events.end(),
                             [](const std::string& event) {
                                 return event.substr(0, 5) == "open " &&
@@ -221,10 +221,10 @@ TEST_F(BufferedLog, OpensTheDaysLogOnceForAllMessages) {
 
 TEST_F(BufferedLog, WritesToTheLogOfTheDayOfThe240th) {
     Write(1, kBatch - 1);
-    board.elapse(sim::seconds(24 * 3600));
+    board.Elapse(sim::Seconds(24 * 3600));
     Write(kBatch, kBatch);
     EXPECT_EQ(Log(), "");
-    EXPECT_EQ(board.fileOnCard("2026-03-08_logfile.csv"), Messages(1, kBatch));
+    EXPECT_EQ(board.FileOnCard("2026-03-08_logfile.csv"), Messages(1, kBatch));
 }
 
 } // namespace

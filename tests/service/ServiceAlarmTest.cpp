@@ -59,7 +59,7 @@ class ServiceAlarm : public testing::Test {
 
     Offspring offspring;
     TestFolder folder;
-    Environment path{"PATH", folder.path() + ":" + std::getenv("PATH")};
+    Environment path{"PATH", folder.Path() + ":" + std::getenv("PATH")};
 };
 
 TEST_F(ServiceAlarm, TellsWhichProcessesThereAre) {
@@ -118,7 +118,7 @@ TEST_P(ServiceAlarmStopped, EndsTheChildAndThenItself) {
     const Fifo finish(folder.Path("finish"));
     const std::string program = folder.Path("program");
     Install("aplay", std::string("kill -") + GetParam() + " $(cat '" + program +
-                         "')\nread -r line <'" + finish.path() + "'");
+                         "')\nread -r line <'" + finish.Path() + "'");
     const auto begin = std::chrono::steady_clock::now();
     const CommandResult result =
         RunCommand({"sh", "-c",

@@ -12,8 +12,8 @@ namespace {
 std::string Printout() {
     CapturedConsole console;
     PrintStateTable();
-    EXPECT_EQ(console.error(), "");
-    return console.output();
+    EXPECT_EQ(console.Error(), "");
+    return console.Output();
 }
 
 TEST(StateTablePrintout, ShowsEveryStepTwice) {
@@ -29,7 +29,7 @@ TEST(StateTablePrintout, BeginsAtTheFirstStepEveryTime) {
 TEST(StateTablePrintout, TouchesNothing) {
     const sim::SimulatedBoard board;
     Printout();
-    EXPECT_EQ(board.events(), sim::Texts{});
+    EXPECT_EQ(board.Events(), sim::Texts{});
 }
 
 } // namespace

@@ -11,9 +11,9 @@ namespace tavrelin {
 namespace {
 
 using sim::Board;
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::Scenario;
-using sim::seconds;
+using sim::Seconds;
 using sim::WorldEvent;
 
 class BoardModel {
@@ -21,20 +21,20 @@ class BoardModel {
     explicit BoardModel(const Scenario& scenario = {}, std::uint64_t seed = 1)
         : board(scenario, seed, 0) {
         board.onEvent = [this](const std::string& what, const std::string& data) {
-            told.push_back(std::to_string(board.now() / milliseconds(1)) + " " + what + " " + data);
+            told.push_back(std::to_string(board.Now() / Milliseconds(1)) + " " + what + " " + data);
         };
     }
-    void drive(unsigned line, const char* level) { board.lines.setDirection(line, level); }
-    void run(unsigned channel, const char* period, const char* duty) {
-        board.pwm.setPeriod(channel, period);
-        board.pwm.setDuty(channel, duty);
-        board.pwm.setEnable(channel, "1");
+    void Drive(unsigned line, const char* level) { board.lines.SetDirection(line, level); }
+    void Run(unsigned channel, const char* period, const char* duty) {
+        board.pwm.SetPeriod(channel, period);
+        board.pwm.SetDuty(channel, duty);
+        board.pwm.SetEnable(channel, "1");
     }
-    void stop(unsigned channel) { board.pwm.setEnable(channel, "0"); }
-    void wait(int ms) { board.advanceTo(board.now() + milliseconds(ms)); }
+    void Stop(unsigned channel) { board.pwm.SetEnable(channel, "0"); }
+    void Wait(int ms) { board.AdvanceTo(board.Now() + Milliseconds(ms)); }
     /// A reading as the converter sends it.
-    std::int32_t reading() { return board.converter.detector(board.now()); }
-    void lampOn() { run(sim::lampChannel, "1000000", "300000"); }
+    std::int32_t Reading() { return board.converter.detector(board.Now()); }
+    void LampOn() { Run(sim::kLampChannel, "1000000", "300000"); }
 
     Board board;
     std::vector<std::string> told;
@@ -45,29 +45,29 @@ TEST(Detector, SeesDarkAndReferenceCounts) {
     scenario.darkCount = 123;
     scenario.referenceCount = 2'000'000;
     BoardModel model(scenario);
-    EXPECT_EQ(model.reading(), 123);
-    model.lampOn();
-    EXPECT_EQ(model.reading(), 2'000'000);
-    model.run(sim::lampChannel, "1000000", "150000");
-    EXPECT_EQ(model.reading(), 1'000'062) << "half the light, rounded";
-    model.stop(sim::lampChannel);
-    EXPECT_EQ(model.reading(), 123);
+    EXPECT_EQ(model.Reading(), 123);
+    model.LampOn();
+    EXPECT_EQ(model.Reading(), 2'000'000);
+    model.Run(sim::kLampChannel, "1000000", "150000");
+    EXPECT_EQ(model.Reading(), 1'000'062) << "half the light, rounded";
+    model.Stop(sim::kLampChannel);
+    EXPECT_EQ(model.Reading(), 123);
 }
 
 TEST(Detector, SeesTheColourOfTheSample) {
     Scenario scenario;
     scenario.absorbances = {0.5};
     BoardModel model(scenario);
-    model.lampOn();
-    model.drive(sim::stirrerEnableLine, "low");
-    model.drive(sim::pumpEnableLine, "low");
-    model.run(sim::pumpChannel, "625000", "312500");
-    model.wait(1000);
-    model.stop(sim::pumpChannel);
-    EXPECT_EQ(model.reading(), 3'000'000);
-    model.run(sim::stirrerChannel, "1000000", "500000");
-    model.wait(2000);
-    EXPECT_EQ(model.reading(), std::lround(20'000 + 2'980'000 * std::pow(10.0, -0.5)));
+    model.LampOn();
+    model.Drive(sim::kStirrerEnableLine, "low");
+    model.Drive(sim::kPumpEnableLine, "low");
+    model.Run(sim::kPumpChannel, "625000", "312500");
+    model.Wait(1000);
+    model.Stop(sim::kPumpChannel);
+    EXPECT_EQ(model.Reading(), 3'000'000);
+    model.Run(sim::kStirrerChannel, "1000000", "500000");
+    model.Wait(2000);
+    EXPECT_EQ(model.Reading(), std::lround(20'000 + 2'980'000 * std::pow(10.0, -0.5)));
 }
 
 TEST(Detector, HasNoiseOfTheGivenDeviation) {
@@ -77,8 +77,8 @@ TEST(Detector, HasNoiseOfTheGivenDeviation) {
     BoardModel same(scenario, 9);
     double squares = 0.0;
     for (int i = 0; i < 10'000; ++i) {
-        const double off = model.reading() - 20'000;
-        EXPECT_EQ(same.reading() - 20'000, off);
+        const double off = model.Reading() - 20'000;
+        EXPECT_EQ(same.Reading() - 20'000, off);
         squares += off * off;
     }
     EXPECT_NEAR(std::sqrt(squares / 10'000), 50.0, 1.5);
@@ -86,30 +86,30 @@ TEST(Detector, HasNoiseOfTheGivenDeviation) {
 
 TEST(Pump, TurnsWhileItsDriverIsEnabledAndPulsed) {
     BoardModel model;
-    model.run(sim::pumpChannel, "625000", "312500");
-    model.wait(100);
-    EXPECT_EQ(model.board.shaft.stepsTurned(model.board.now()), 0) << "not enabled: an input";
-    model.drive(sim::pumpEnableLine, "high");
-    model.wait(100);
-    EXPECT_EQ(model.board.shaft.stepsTurned(model.board.now()), 0) << "high disables the driver";
-    model.drive(sim::pumpEnableLine, "low");
-    model.wait(100);
-    EXPECT_EQ(model.board.shaft.stepsTurned(model.board.now()), 160);
-    model.board.pwm.setDuty(sim::pumpChannel, "0");
-    model.wait(100);
-    EXPECT_EQ(model.board.shaft.stepsTurned(model.board.now()), 160) << "no pulses";
+    model.Run(sim::kPumpChannel, "625000", "312500");
+    model.Wait(100);
+    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "not enabled: an input";
+    model.Drive(sim::kPumpEnableLine, "high");
+    model.Wait(100);
+    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "high disables the driver";
+    model.Drive(sim::kPumpEnableLine, "low");
+    model.Wait(100);
+    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160);
+    model.board.pwm.SetDuty(sim::kPumpChannel, "0");
+    model.Wait(100);
+    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160) << "no pulses";
 }
 
 TEST(HomeSensor, FollowsTheFlag) {
     BoardModel model;
-    model.drive(sim::pumpEnableLine, "low");
-    model.run(sim::pumpChannel, "1000000", "500000");
-    model.wait(1199);
-    EXPECT_TRUE(model.board.lines.at(sim::homeSensorLine).level);
-    model.wait(1);
-    EXPECT_FALSE(model.board.lines.at(sim::homeSensorLine).level);
-    model.wait(67);
-    EXPECT_TRUE(model.board.lines.at(sim::homeSensorLine).level);
+    model.Drive(sim::kPumpEnableLine, "low");
+    model.Run(sim::kPumpChannel, "1000000", "500000");
+    model.Wait(1199);
+    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
+    model.Wait(1);
+    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
+    model.Wait(67);
+    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
     EXPECT_EQ(model.told, (std::vector<std::string>{"1200 flag enters the sensor",
                                                     "1267 flag leaves the sensor"}));
 }
@@ -117,49 +117,49 @@ TEST(HomeSensor, FollowsTheFlag) {
 TEST(HomeSensor, StartsOnTheFlagWhenAskedTo) {
     Scenario scenario;
     scenario.startOnFlag = true;
-    EXPECT_FALSE(BoardModel(scenario).board.lines.at(sim::homeSensorLine).level);
-    EXPECT_TRUE(BoardModel().board.lines.at(sim::homeSensorLine).level);
+    EXPECT_FALSE(BoardModel(scenario).board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_TRUE(BoardModel().board.lines.At(sim::kHomeSensorLine).level);
 }
 
 TEST(HomeSensor, StaysAsItIsHeld) {
     BoardModel model;
-    model.board.holdHomeSensor(false);
-    model.drive(sim::pumpEnableLine, "low");
-    model.run(sim::pumpChannel, "1000000", "500000");
-    model.wait(1300);
-    EXPECT_FALSE(model.board.lines.at(sim::homeSensorLine).level);
+    model.board.HoldHomeSensor(false);
+    model.Drive(sim::kPumpEnableLine, "low");
+    model.Run(sim::kPumpChannel, "1000000", "500000");
+    model.Wait(1300);
+    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
     EXPECT_TRUE(model.told.empty());
 }
 
 TEST(Valve, IsOpenWhileItsChannelPulses) {
     BoardModel model;
-    EXPECT_FALSE(model.board.valveOpen());
-    model.run(sim::valveChannel, "1000000", "1000000");
-    EXPECT_TRUE(model.board.valveOpen());
-    EXPECT_EQ(model.board.cell.flushes(), 1U);
-    model.stop(sim::valveChannel);
-    EXPECT_FALSE(model.board.valveOpen());
+    EXPECT_FALSE(model.board.ValveOpen());
+    model.Run(sim::kValveChannel, "1000000", "1000000");
+    EXPECT_TRUE(model.board.ValveOpen());
+    EXPECT_EQ(model.board.cell.Flushes(), 1U);
+    model.Stop(sim::kValveChannel);
+    EXPECT_FALSE(model.board.ValveOpen());
 }
 
-Scenario withEvents() {
+Scenario WithEvents() {
     Scenario scenario;
-    scenario.events = {{seconds(1), WorldEvent::Kind::removeCard, 0, 0},
-                       {seconds(2), WorldEvent::Kind::insertCard, 0, 0},
-                       {seconds(3), WorldEvent::Kind::jumpClock, -3600, 0},
-                       {seconds(4), WorldEvent::Kind::setInput, 1, 7}};
+    scenario.events = {{Seconds(1), WorldEvent::Kind::RemoveCard, 0, 0},
+                       {Seconds(2), WorldEvent::Kind::InsertCard, 0, 0},
+                       {Seconds(3), WorldEvent::Kind::JumpClock, -3600, 0},
+                       {Seconds(4), WorldEvent::Kind::SetInput, 1, 7}};
     return scenario;
 }
 
 TEST(World, ActsAtItsTimes) {
-    BoardModel model(withEvents());
-    EXPECT_EQ(model.board.nextEvent(), seconds(1));
-    model.wait(1000);
+    BoardModel model(WithEvents());
+    EXPECT_EQ(model.board.NextEvent(), Seconds(1));
+    model.Wait(1000);
     EXPECT_FALSE(model.board.card.present);
-    model.wait(5000);
+    model.Wait(5000);
     EXPECT_TRUE(model.board.card.present);
-    EXPECT_EQ(model.board.wallTime(), seconds(6 - 3600));
-    EXPECT_TRUE(model.board.lines.at(7).level);
-    EXPECT_EQ(model.board.nextEvent(), sim::never);
+    EXPECT_EQ(model.board.WallTime(), Seconds(6 - 3600));
+    EXPECT_TRUE(model.board.lines.At(7).level);
+    EXPECT_EQ(model.board.NextEvent(), sim::kNever);
     EXPECT_EQ(model.told,
               (std::vector<std::string>{"1000 card removed", "2000 card inserted",
                                         "3000 clock set by -3600 s", "4000 input A7 1"}));
@@ -167,12 +167,12 @@ TEST(World, ActsAtItsTimes) {
 
 TEST(World, NeverGoesBack) {
     BoardModel model;
-    model.wait(5);
-    model.board.advanceTo(milliseconds(3));
-    EXPECT_EQ(model.board.now(), milliseconds(5));
+    model.Wait(5);
+    model.board.AdvanceTo(Milliseconds(3));
+    EXPECT_EQ(model.board.Now(), Milliseconds(5));
     bool acted = false;
-    model.board.at(milliseconds(1), [&] { acted = true; });
-    model.board.advanceTo(milliseconds(5));
+    model.board.At(Milliseconds(1), [&] { acted = true; });
+    model.board.AdvanceTo(Milliseconds(5));
     EXPECT_TRUE(acted) << "what was due in the past is due now";
 }
 
@@ -183,9 +183,9 @@ TEST(Start, ShowsWhatTheScenarioLeaves) {
     scenario.exportedChannels = {3};
     scenario.cardPresent = false;
     const BoardModel model(scenario);
-    EXPECT_TRUE(model.board.lines.at(2 * 32 + 3).level);
-    EXPECT_TRUE(model.board.lines.at(47).exported);
-    EXPECT_TRUE(model.board.pwm.at(3).exported);
+    EXPECT_TRUE(model.board.lines.At(2 * 32 + 3).level);
+    EXPECT_TRUE(model.board.lines.At(47).exported);
+    EXPECT_TRUE(model.board.pwm.At(3).exported);
     EXPECT_FALSE(model.board.card.present);
 }
 

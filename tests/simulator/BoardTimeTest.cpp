@@ -15,12 +15,12 @@
 namespace tavrelin {
 namespace {
 
-using sim::microseconds;
-using sim::milliseconds;
-using sim::seconds;
+using sim::Microseconds;
+using sim::Milliseconds;
+using sim::Seconds;
 using sim::SimulatedBoard;
 
-timespec clockOf(clockid_t clock) {
+timespec ClockOf(clockid_t clock) {
     timespec time{};
     EXPECT_EQ(::clock_gettime(clock, &time), 0);
     return time;
@@ -30,21 +30,21 @@ TEST(BoardTime, PassesWithSleepsOnly) {
     SimulatedBoard board;
     const timespec span{1, 500'000'000};
     EXPECT_EQ(::nanosleep(&span, nullptr), 0);
-    EXPECT_EQ(board.now(), milliseconds(1500));
+    EXPECT_EQ(board.Now(), Milliseconds(1500));
     EXPECT_EQ(::usleep(250), 0);
     EXPECT_EQ(::sleep(2), 0U);
     EXPECT_EQ(::poll(nullptr, 0, 100), 0);
     EXPECT_EQ(::clock_nanosleep(CLOCK_MONOTONIC, 0, &span, nullptr), 0);
-    EXPECT_EQ(board.now(), milliseconds(5100) + microseconds(250));
+    EXPECT_EQ(board.Now(), Milliseconds(5100) + Microseconds(250));
 }
 
 TEST(BoardTime, AnAbsoluteSleepEndsAtItsMoment) {
     SimulatedBoard board;
     const timespec moment{3, 0};
     ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &moment, nullptr);
-    EXPECT_EQ(board.now(), seconds(3));
+    EXPECT_EQ(board.Now(), Seconds(3));
     ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &moment, nullptr);
-    EXPECT_EQ(board.now(), seconds(3)) << "a moment in the past is no sleep";
+    EXPECT_EQ(board.Now(), Seconds(3)) << "a moment in the past is no sleep";
 }
 
 TEST(BoardTime, ASpanThatIsNoneIsRefused) {
@@ -54,28 +54,28 @@ TEST(BoardTime, ASpanThatIsNoneIsRefused) {
         EXPECT_EQ(errno, EINVAL);
         EXPECT_EQ(::clock_nanosleep(CLOCK_MONOTONIC, 0, &span, nullptr), EINVAL);
     }
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST(BoardTime, AnInterruptedSleepTellsTheRest) {
     SimulatedBoard board;
-    board.fail("nanosleep", "", EINTR);
+    board.Fail("nanosleep", "", EINTR);
     const timespec span{2, 0};
     timespec rest{};
     EXPECT_EQ(::nanosleep(&span, &rest), -1);
     EXPECT_EQ(errno, EINTR);
     EXPECT_EQ(rest.tv_sec, 1);
-    EXPECT_EQ(board.now(), seconds(1));
+    EXPECT_EQ(board.Now(), Seconds(1));
 }
 
 TEST(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
     SimulatedBoard board;
-    EXPECT_EQ(::time(nullptr), sim::WallClock::defaultStart);
-    board.elapse(milliseconds(2500));
-    EXPECT_EQ(clockOf(CLOCK_MONOTONIC).tv_sec, 2);
-    EXPECT_EQ(clockOf(CLOCK_MONOTONIC).tv_nsec, 500'000'000);
-    EXPECT_EQ(clockOf(CLOCK_REALTIME).tv_sec, sim::WallClock::defaultStart + 2);
-    EXPECT_EQ(::time(nullptr), sim::WallClock::defaultStart + 2);
+    EXPECT_EQ(::time(nullptr), sim::WallClock::kDefaultStart);
+    board.Elapse(Milliseconds(2500));
+    EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_sec, 2);
+    EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_nsec, 500'000'000);
+    EXPECT_EQ(ClockOf(CLOCK_REALTIME).tv_sec, sim::WallClock::kDefaultStart + 2);
+    EXPECT_EQ(::time(nullptr), sim::WallClock::kDefaultStart + 2);
     timeval day{};
     ::gettimeofday(&day, nullptr);
     EXPECT_EQ(day.tv_usec, 500'000);
@@ -83,27 +83,27 @@ TEST(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
 
 TEST(Clocks, AJumpMovesTheWallClockAlone) {
     sim::Scenario scenario;
-    scenario.events = {{seconds(1), sim::WorldEvent::Kind::jumpClock, -3600, 0}};
+    scenario.events = {{Seconds(1), sim::WorldEvent::Kind::JumpClock, -3600, 0}};
     SimulatedBoard board(scenario);
     ::sleep(2);
-    EXPECT_EQ(clockOf(CLOCK_MONOTONIC).tv_sec, 2);
-    EXPECT_EQ(::time(nullptr), sim::WallClock::defaultStart + 2 - 3600);
+    EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_sec, 2);
+    EXPECT_EQ(::time(nullptr), sim::WallClock::kDefaultStart + 2 - 3600);
 }
 
 TEST(Clocks, CanBeMadeToFail) {
     SimulatedBoard board;
-    board.fail("clock_gettime", "", EINVAL);
+    board.Fail("clock_gettime", "", EINVAL);
     timespec time{};
     EXPECT_EQ(::clock_gettime(CLOCK_REALTIME, &time), -1);
     EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(board.events().back(), "clock_gettime - EINVAL");
+    EXPECT_EQ(board.Events().back(), "clock_gettime - EINVAL");
 }
 
 TEST(Clocks, ProcessorTimePassesWithEachLook) {
     SimulatedBoard board;
     const clock_t before = std::clock();
     EXPECT_EQ(std::clock() - before, 1);
-    EXPECT_EQ(board.now(), microseconds(2));
+    EXPECT_EQ(board.Now(), Microseconds(2));
 }
 
 TEST(Clocks, ALoopThatOnlyLooksAtOneEnds) {
@@ -111,37 +111,37 @@ TEST(Clocks, ALoopThatOnlyLooksAtOneEnds) {
     const time_t start = ::time(nullptr);
     while (::time(nullptr) < start + 2) {
     }
-    EXPECT_GE(board.now(), seconds(2));
-    EXPECT_LE(board.now(), seconds(2) + milliseconds(1));
+    EXPECT_GE(board.Now(), Seconds(2));
+    EXPECT_LE(board.Now(), Seconds(2) + Milliseconds(1));
 }
 
 /// How far board time has come after so many reads of a line that does not change.
-sim::Nanoseconds timeOfReads(int count) {
+sim::Nanoseconds TimeOfReads(int count) {
     SimulatedBoard board;
-    store(gpioExport, "7");
-    const Descriptor value(lineFile("A7", "value"), O_RDONLY);
+    Store(kGpioExport, "7");
+    const Descriptor value(LineFile("A7", "value"), O_RDONLY);
     for (int i = 0; i < count; ++i) {
-        value.readAgain();
+        value.ReadAgain();
     }
-    return board.now();
+    return board.Now();
 }
 
 TEST(PollingALine, IsFreeAtFirstAndThenCostsMoreAndMore) {
-    EXPECT_EQ(timeOfReads(16), 0);
-    EXPECT_EQ(timeOfReads(17), microseconds(20));
-    EXPECT_EQ(timeOfReads(18), microseconds(60));
-    EXPECT_EQ(timeOfReads(22), microseconds(20 + 40 + 80 + 160 + 320 + 640));
-    EXPECT_EQ(timeOfReads(24), microseconds(1260 + 2000)) << "a millisecond at most";
+    EXPECT_EQ(TimeOfReads(16), 0);
+    EXPECT_EQ(TimeOfReads(17), Microseconds(20));
+    EXPECT_EQ(TimeOfReads(18), Microseconds(60));
+    EXPECT_EQ(TimeOfReads(22), Microseconds(20 + 40 + 80 + 160 + 320 + 640));
+    EXPECT_EQ(TimeOfReads(24), Microseconds(1260 + 2000)) << "a millisecond at most";
 }
 
 TEST(PollingALine, NeverMissesTheMomentOfAChange) {
     SimulatedBoard board;
-    store(gpioExport, "7");
-    board.board().at(microseconds(7777), [&] { board.setInput("A7", true); });
-    const Descriptor value(lineFile("A7", "value"), O_RDONLY);
-    while (value.readAgain() != "1\n") {
+    Store(kGpioExport, "7");
+    board.Model().At(Microseconds(7777), [&] { board.SetInput("A7", true); });
+    const Descriptor value(LineFile("A7", "value"), O_RDONLY);
+    while (value.ReadAgain() != "1\n") {
     }
-    EXPECT_EQ(board.now(), microseconds(7777));
+    EXPECT_EQ(board.Now(), Microseconds(7777));
 }
 
 TEST(CallCosts, AreTakenWhenAskedFor) {
@@ -149,9 +149,9 @@ TEST(CallCosts, AreTakenWhenAskedFor) {
     options.ioCosts = true;
     SimulatedBoard board(sim::Scenario{}, options);
     ::access("/sys/class/gpio/export", F_OK);
-    EXPECT_EQ(board.now(), microseconds(12));
-    store(gpioExport, "7");
-    EXPECT_EQ(board.now(), microseconds(12 + 18 + 12 + 4));
+    EXPECT_EQ(board.Now(), Microseconds(12));
+    Store(kGpioExport, "7");
+    EXPECT_EQ(board.Now(), Microseconds(12 + 18 + 12 + 4));
 }
 
 } // namespace

@@ -9,9 +9,9 @@ namespace tavrelin {
 namespace {
 
 using sim::Converter;
-using sim::milliseconds;
+using sim::Milliseconds;
 
-constexpr std::array<std::uint8_t, 2> command{0xA0, 0x80};
+constexpr std::array<std::uint8_t, 2> kCommand{0xA0, 0x80};
 
 class ConverterModel : public testing::Test {
   protected:
@@ -21,9 +21,9 @@ class ConverterModel : public testing::Test {
             return reading;
         };
     }
-    std::uint32_t readWord(sim::Nanoseconds now) {
+    std::uint32_t ReadWord(sim::Nanoseconds now) {
         std::array<std::uint8_t, 4> wire{};
-        converter.send(now, wire);
+        converter.Send(now, wire);
         return static_cast<std::uint32_t>(wire[0] << 24U | wire[1] << 16U | wire[2] << 8U |
                                           wire[3]);
     }
@@ -34,37 +34,37 @@ class ConverterModel : public testing::Test {
 };
 
 TEST_F(ConverterModel, GivesTheDetectorsReadingAfterTheConversion) {
-    converter.receive(0, command);
-    EXPECT_EQ(readWord(milliseconds(250)), (1U << 29U) | 3'000'000U << 5U);
-    EXPECT_EQ(askedAt, milliseconds(250));
+    converter.Receive(0, kCommand);
+    EXPECT_EQ(ReadWord(Milliseconds(250)), (1U << 29U) | 3'000'000U << 5U);
+    EXPECT_EQ(askedAt, Milliseconds(250));
 }
 
 TEST_F(ConverterModel, GivesTheCommandBackWhileItConverts) {
-    converter.receive(0, command);
-    EXPECT_EQ(readWord(milliseconds(150) - 1), 0xA0800000U);
+    converter.Receive(0, kCommand);
+    EXPECT_EQ(ReadWord(Milliseconds(150) - 1), 0xA0800000U);
     EXPECT_EQ(askedAt, -1);
-    EXPECT_NE(readWord(milliseconds(150)), 0xA0800000U);
+    EXPECT_NE(ReadWord(Milliseconds(150)), 0xA0800000U);
 }
 
 TEST_F(ConverterModel, ConvertsNothingWithoutACommand) {
-    EXPECT_EQ(readWord(milliseconds(250)), 0U);
+    EXPECT_EQ(ReadWord(Milliseconds(250)), 0U);
     EXPECT_EQ(askedAt, -1);
 }
 
 TEST_F(ConverterModel, ConvertsAnewAfterEachCommand) {
-    converter.receive(0, command);
-    readWord(milliseconds(250));
-    converter.receive(milliseconds(300), std::array<std::uint8_t, 2>{0xA1, 0x80});
-    EXPECT_EQ(readWord(milliseconds(310)), 0xA1800000U);
+    converter.Receive(0, kCommand);
+    ReadWord(Milliseconds(250));
+    converter.Receive(Milliseconds(300), std::array<std::uint8_t, 2>{0xA1, 0x80});
+    EXPECT_EQ(ReadWord(Milliseconds(310)), 0xA1800000U);
 }
 
 TEST_F(ConverterModel, AWordMayBeReadInPieces) {
-    converter.receive(0, command);
+    converter.Receive(0, kCommand);
     std::array<std::uint8_t, 3> three{};
     std::array<std::uint8_t, 1> one{};
-    converter.send(milliseconds(250), three);
+    converter.Send(Milliseconds(250), three);
     reading = 0;
-    converter.send(milliseconds(260), one);
+    converter.Send(Milliseconds(260), one);
     const std::uint32_t word = (1U << 29U) | 3'000'000U << 5U;
     EXPECT_EQ(three[0], word >> 24U);
     EXPECT_EQ(three[2], word >> 8U & 0xFFU);
@@ -72,24 +72,24 @@ TEST_F(ConverterModel, AWordMayBeReadInPieces) {
 }
 
 TEST(ConverterWord, HoldsTheSignAnd24Bits) {
-    EXPECT_EQ(Converter::resultWord(0), 1U << 29U);
-    EXPECT_EQ(Converter::resultWord(1), (1U << 29U) | 1U << 5U);
-    EXPECT_EQ(Converter::resultWord(16'777'215), 0x3FFFFFE0U);
-    EXPECT_EQ(Converter::resultWord(-1), 0x1FFFFFE0U);
-    EXPECT_EQ(Converter::resultWord(-16'777'216), 0U);
+    EXPECT_EQ(Converter::ResultWord(0), 1U << 29U);
+    EXPECT_EQ(Converter::ResultWord(1), (1U << 29U) | 1U << 5U);
+    EXPECT_EQ(Converter::ResultWord(16'777'215), 0x3FFFFFE0U);
+    EXPECT_EQ(Converter::ResultWord(-1), 0x1FFFFFE0U);
+    EXPECT_EQ(Converter::ResultWord(-16'777'216), 0U);
 }
 
 TEST(ConverterWord, HoldsReadingsBeyondItsRangeAtTheEnd) {
-    EXPECT_EQ(Converter::resultWord(2'000'000'000), Converter::resultWord(16'777'215));
-    EXPECT_EQ(Converter::resultWord(-2'000'000'000), Converter::resultWord(-16'777'216));
+    EXPECT_EQ(Converter::ResultWord(2'000'000'000), Converter::ResultWord(16'777'215));
+    EXPECT_EQ(Converter::ResultWord(-2'000'000'000), Converter::ResultWord(-16'777'216));
 }
 
 TEST_F(ConverterModel, AnswersWithGivenWordsFirst) {
-    converter.answerWith({0x12345678, 0});
-    EXPECT_EQ(readWord(0), 0x12345678U);
-    converter.receive(0, command);
-    EXPECT_EQ(readWord(milliseconds(250)), 0U);
-    EXPECT_EQ(readWord(milliseconds(250)), Converter::resultWord(3'000'000));
+    converter.AnswerWith({0x12345678, 0});
+    EXPECT_EQ(ReadWord(0), 0x12345678U);
+    converter.Receive(0, kCommand);
+    EXPECT_EQ(ReadWord(Milliseconds(250)), 0U);
+    EXPECT_EQ(ReadWord(Milliseconds(250)), Converter::ResultWord(3'000'000));
 }
 
 } // namespace

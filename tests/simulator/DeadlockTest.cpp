@@ -22,14 +22,14 @@ class NothingRuns : public testing::Test {
         scheduler.deadlock = [](const std::string& text) { throw Deadlock{text}; };
     }
 
-    Scheduler scheduler{sim::ThreadOrder::arrival, 1};
+    Scheduler scheduler{sim::ThreadOrder::Arrival, 1};
     sim::Nanoseconds now = 0;
 };
 
 TEST_F(NothingRuns, TheOnlyThreadIsNamed) {
-    Scheduler::Thread& main = scheduler.adoptMainThread();
+    Scheduler::Thread& main = scheduler.AdoptMainThread();
     try {
-        scheduler.waitFor(main, &main, "a bus");
+        scheduler.WaitFor(main, &main, "a bus");
         FAIL() << "it waits for ever";
     } catch (const Deadlock& deadlock) {
         EXPECT_EQ(deadlock.text, "thread 1 waits for a bus");
@@ -37,20 +37,20 @@ TEST_F(NothingRuns, TheOnlyThreadIsNamed) {
 }
 
 TEST_F(NothingRuns, ASleeperWakesBeforeItIsADeadlock) {
-    Scheduler::Thread& main = scheduler.adoptMainThread();
-    scheduler.sleepUntil(main, 500, "its sleep");
+    Scheduler::Thread& main = scheduler.AdoptMainThread();
+    scheduler.SleepUntil(main, 500, "its sleep");
     EXPECT_EQ(now, 500);
-    EXPECT_THROW(scheduler.sleepUntil(main, sim::never, "the end of time"), Deadlock);
+    EXPECT_THROW(scheduler.SleepUntil(main, sim::kNever, "the end of time"), Deadlock);
 }
 
 TEST_F(NothingRuns, AnEndedThreadLeavesTheOthersNamed) {
-    scheduler.adoptMainThread();
-    Scheduler::Thread& other = scheduler.create();
+    scheduler.AdoptMainThread();
+    Scheduler::Thread& other = scheduler.Create();
     EXPECT_EQ(other.number, 2U);
-    EXPECT_EQ(scheduler.alive(), 2U);
-    scheduler.forget(other);
-    EXPECT_EQ(scheduler.alive(), 1U);
-    EXPECT_EQ(scheduler.create().number, 3U) << "numbers are not given again";
+    EXPECT_EQ(scheduler.Alive(), 2U);
+    scheduler.Forget(other);
+    EXPECT_EQ(scheduler.Alive(), 1U);
+    EXPECT_EQ(scheduler.Create().number, 3U) << "numbers are not given again";
 }
 
 } // namespace

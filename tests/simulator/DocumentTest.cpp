@@ -18,16 +18,16 @@ namespace {
 
 using Names = std::set<std::string>;
 
-std::string document() {
+std::string Document() {
     const std::string text = TextOf(std::string(TAVRELIN_SOURCE_DIR) + "/docs/simulated-board.md");
     EXPECT_FALSE(text.empty());
     return text;
 }
 
 /// The blocks of a language in the document.
-std::vector<std::string> blocks(const std::string& language) {
+std::vector<std::string> Blocks(const std::string& language) {
     std::vector<std::string> found;
-    const std::string text = document();
+    const std::string text = Document();
     const std::string fence = "```" + language + "\n";
     for (std::size_t at = text.find(fence); at != std::string::npos; at = text.find(fence, at)) {
         const std::size_t begin = at + fence.size();
@@ -38,9 +38,9 @@ std::vector<std::string> blocks(const std::string& language) {
 }
 
 /// The cells of all rows of the tables under a heading.
-std::vector<std::vector<std::string>> rowsUnder(const std::string& heading) {
+std::vector<std::vector<std::string>> RowsUnder(const std::string& heading) {
     std::vector<std::vector<std::string>> rows;
-    const std::string text = document();
+    const std::string text = Document();
     const std::size_t begin = text.find("\n" + heading + "\n");
     EXPECT_NE(begin, std::string::npos) << heading;
     const std::string section = text.substr(begin, text.find("\n## ", begin + 1) - begin);
@@ -52,14 +52,14 @@ std::vector<std::vector<std::string>> rowsUnder(const std::string& heading) {
     return rows;
 }
 
-std::string trimmed(const std::string& cell) {
+std::string Trimmed(const std::string& cell) {
     const std::size_t begin = cell.find_first_not_of(' ');
     return begin == std::string::npos ? ""
                                       : cell.substr(begin, cell.find_last_not_of(' ') - begin + 1);
 }
 
 /// What stands between backquotes in a cell.
-Names namesIn(const std::string& cell) {
+Names NamesIn(const std::string& cell) {
     Names names;
     const std::vector<std::string> parts = Split(cell, '`');
     for (std::size_t i = 1; i < parts.size(); i += 2) {
@@ -69,14 +69,14 @@ Names namesIn(const std::string& cell) {
 }
 
 /// The keys that a scenario may have, asked of the parser: "card.present", "fault.call".
-Names knownKeys() {
+Names KnownKeys() {
     const auto keysOf = [](const std::string& toml, const std::string& table) {
-        const auto read = sim::parseScenario(toml, "b");
+        const auto read = sim::ParseScenario(toml, "b");
         const std::string error = std::get<sim::ScenarioError>(read).text;
         const std::string intro = "known here: ";
         Names keys;
         for (const std::string& key : Split(error.substr(error.find(intro) + intro.size()), ',')) {
-            keys.insert((table.empty() ? "" : table + ".") + trimmed(key));
+            keys.insert((table.empty() ? "" : table + ".") + Trimmed(key));
         }
         return keys;
     };
@@ -105,10 +105,10 @@ Names knownKeys() {
 }
 
 TEST(Document, ShowsScenariosThatAreRight) {
-    const std::vector<std::string> examples = blocks("toml");
+    const std::vector<std::string> examples = Blocks("toml");
     EXPECT_GE(examples.size(), 5U);
     for (const std::string& example : examples) {
-        const auto read = sim::parseScenario(example, "example");
+        const auto read = sim::ParseScenario(example, "example");
         const auto* error = std::get_if<sim::ScenarioError>(&read);
         EXPECT_EQ(error, nullptr) << error->text << "\n" << example;
     }
@@ -116,18 +116,18 @@ TEST(Document, ShowsScenariosThatAreRight) {
 
 TEST(Document, HoldsEveryKeyOfAScenarioAndNoOther) {
     Names documented;
-    for (const auto& row : rowsUnder("## Scenarios")) {
-        const Names names = namesIn(row.at(0));
+    for (const auto& row : RowsUnder("## Scenarios")) {
+        const Names names = NamesIn(row.at(0));
         if (names.size() == 1 && names.begin()->find('.') != std::string::npos) {
             documented.insert(*names.begin());
             EXPECT_EQ(row.size(), 4U) << *names.begin();
         }
     }
-    EXPECT_EQ(documented, knownKeys());
+    EXPECT_EQ(documented, KnownKeys());
 }
 
 /// True when an example sets the key.
-bool isShown(const std::string& key, const std::vector<std::string>& examples) {
+bool IsShown(const std::string& key, const std::vector<std::string>& examples) {
     const std::size_t dot = key.rfind('.');
     const std::string table = key.substr(0, dot);
     return std::any_of(examples.begin(), examples.end(), [&](const std::string& example) {
@@ -138,35 +138,35 @@ bool isShown(const std::string& key, const std::vector<std::string>& examples) {
 }
 
 TEST(Document, ShowsEveryKeyInAnExample) {
-    const std::vector<std::string> examples = blocks("toml");
-    for (const std::string& key : knownKeys()) {
+    const std::vector<std::string> examples = Blocks("toml");
+    for (const std::string& key : KnownKeys()) {
         if (key != "attributes.\"PATH\"") {
-            EXPECT_TRUE(isShown(key, examples)) << key;
+            EXPECT_TRUE(IsShown(key, examples)) << key;
         }
     }
 }
 
 TEST(Document, HoldsEveryCallThatCanFail) {
     Names documented;
-    for (const auto& row : rowsUnder("### Faults")) {
-        for (const std::string& name : namesIn(row.at(0))) {
+    for (const auto& row : RowsUnder("### Faults")) {
+        for (const std::string& name : NamesIn(row.at(0))) {
             if (name.find('.') == std::string::npos) {
                 documented.insert(name);
             }
         }
     }
     Names known;
-    for (const std::string& name : Split(sim::faultCallNames(), ',')) {
-        known.insert(trimmed(name));
+    for (const std::string& name : Split(sim::FaultCallNames(), ',')) {
+        known.insert(Trimmed(name));
     }
     EXPECT_EQ(documented, known);
 }
 
 TEST(Document, HoldsWhatCallsCost) {
     int calls = 0;
-    for (const auto& row : rowsUnder("## What calls cost")) {
-        for (const std::string& name : namesIn(row.at(0))) {
-            EXPECT_EQ(sim::microseconds(std::stol(row.at(1))), sim::callCost(name)) << name;
+    for (const auto& row : RowsUnder("## What calls cost")) {
+        for (const std::string& name : NamesIn(row.at(0))) {
+            EXPECT_EQ(sim::Microseconds(std::stol(row.at(1))), sim::CallCost(name)) << name;
             ++calls;
         }
     }
@@ -176,14 +176,14 @@ TEST(Document, HoldsWhatCallsCost) {
 TEST(Document, HoldsEveryExitStatus) {
     using sim::ExitStatus;
     Names documented;
-    for (const auto& row : rowsUnder("## Exit statuses")) {
-        documented.insert(trimmed(row.at(0)));
+    for (const auto& row : RowsUnder("## Exit statuses")) {
+        documented.insert(Trimmed(row.at(0)));
     }
     for (const ExitStatus status :
-         {ExitStatus::asAsked, ExitStatus::wrongUse, ExitStatus::badScenario,
-          ExitStatus::programFailed, ExitStatus::crashed, ExitStatus::deadlock,
-          ExitStatus::realTimeLimit, ExitStatus::unmodelled, ExitStatus::notArmed,
-          ExitStatus::cannotStart}) {
+         {ExitStatus::AsAsked, ExitStatus::WrongUse, ExitStatus::BadScenario,
+          ExitStatus::ProgramFailed, ExitStatus::Crashed, ExitStatus::Deadlock,
+          ExitStatus::RealTimeLimit, ExitStatus::Unmodelled, ExitStatus::NotArmed,
+          ExitStatus::CannotStart}) {
         EXPECT_EQ(documented.count(std::to_string(static_cast<int>(status))), 1U)
             << static_cast<int>(status);
     }

@@ -13,23 +13,23 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::SimulatedBoard;
 
 /// A line A7 that watches an edge, and one open descriptor of its value.
 class EdgeWait : public testing::Test {
   protected:
     EdgeWait() {
-        store(gpioExport, "7");
-        store(lineFile("A7", "edge"), "both");
+        Store(kGpioExport, "7");
+        Store(LineFile("A7", "edge"), "both");
     }
 
-    void raiseAt(int ms) {
-        board.board().at(milliseconds(ms), [this] { board.setInput("A7", true); });
+    void RaiseAt(int ms) {
+        board.Model().At(Milliseconds(ms), [this] { board.SetInput("A7", true); });
     }
     /// What poll tells: the returned events, 0 for a time-out.
-    short wait(const Descriptor& file, int timeout, short events = POLLPRI) {
-        pollfd one{file.number(), events, 0};
+    short Wait(const Descriptor& file, int timeout, short events = POLLPRI) {
+        pollfd one{file.Number(), events, 0};
         const int count = ::poll(&one, 1, timeout);
         EXPECT_EQ(count, one.revents != 0 ? 1 : 0);
         return one.revents;
@@ -39,111 +39,111 @@ class EdgeWait : public testing::Test {
 };
 
 TEST_F(EdgeWait, IsOverAtOnceBeforeTheFirstRead) {
-    Descriptor fresh(lineFile("A7", "value"), O_RDONLY);
-    EXPECT_EQ(wait(fresh, 1000), POLLPRI | POLLERR);
-    EXPECT_EQ(board.now(), 0);
+    Descriptor fresh(LineFile("A7", "value"), O_RDONLY);
+    EXPECT_EQ(Wait(fresh, 1000), POLLPRI | POLLERR);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST_F(EdgeWait, EndsAtTheEdge) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    raiseAt(40);
-    EXPECT_EQ(wait(file, 1000), POLLPRI | POLLERR);
-    EXPECT_EQ(board.now(), milliseconds(40));
-    EXPECT_EQ(file.readAgain(), "1\n");
-    EXPECT_EQ(wait(file, 10), 0);
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    RaiseAt(40);
+    EXPECT_EQ(Wait(file, 1000), POLLPRI | POLLERR);
+    EXPECT_EQ(board.Now(), Milliseconds(40));
+    EXPECT_EQ(file.ReadAgain(), "1\n");
+    EXPECT_EQ(Wait(file, 10), 0);
 }
 
 TEST_F(EdgeWait, EndsAtItsTimeOut) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    raiseAt(2000);
-    EXPECT_EQ(wait(file, 1000), 0);
-    EXPECT_EQ(board.now(), milliseconds(1000));
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    RaiseAt(2000);
+    EXPECT_EQ(Wait(file, 1000), 0);
+    EXPECT_EQ(board.Now(), Milliseconds(1000));
 }
 
 TEST_F(EdgeWait, WaitsForEverWithANegativeTimeOut) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    raiseAt(100'000);
-    EXPECT_EQ(wait(file, -1), POLLPRI | POLLERR);
-    EXPECT_EQ(board.now(), milliseconds(100'000));
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    RaiseAt(100'000);
+    EXPECT_EQ(Wait(file, -1), POLLPRI | POLLERR);
+    EXPECT_EQ(board.Now(), Milliseconds(100'000));
 }
 
 TEST_F(EdgeWait, HeedsOnlyTheEdgesThatTheLineWatches) {
-    store(lineFile("A7", "edge"), "falling");
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    raiseAt(40);
-    EXPECT_EQ(wait(file, 1000), 0);
-    board.setInput("A7", false);
-    EXPECT_EQ(wait(file, 1000), POLLPRI | POLLERR);
+    Store(LineFile("A7", "edge"), "falling");
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    RaiseAt(40);
+    EXPECT_EQ(Wait(file, 1000), 0);
+    board.SetInput("A7", false);
+    EXPECT_EQ(Wait(file, 1000), POLLPRI | POLLERR);
 
-    store(lineFile("A7", "edge"), "none");
-    file.readAgain();
-    board.setInput("A7", true);
-    EXPECT_EQ(wait(file, 10), 0);
+    Store(LineFile("A7", "edge"), "none");
+    file.ReadAgain();
+    board.SetInput("A7", true);
+    EXPECT_EQ(Wait(file, 10), 0);
 }
 
 TEST_F(EdgeWait, EveryDescriptorSeesTheEdgeForItself) {
-    Descriptor one(lineFile("A7", "value"), O_RDONLY);
-    Descriptor other(lineFile("A7", "value"), O_RDONLY);
-    one.readAgain();
-    EXPECT_EQ(wait(other, 10), POLLPRI | POLLERR) << "it has not been read yet";
-    other.readAgain();
-    board.setInput("A7", true);
-    one.readAgain();
-    EXPECT_EQ(wait(one, 10), 0);
-    EXPECT_EQ(wait(other, 10), POLLPRI | POLLERR);
+    Descriptor one(LineFile("A7", "value"), O_RDONLY);
+    Descriptor other(LineFile("A7", "value"), O_RDONLY);
+    one.ReadAgain();
+    EXPECT_EQ(Wait(other, 10), POLLPRI | POLLERR) << "it has not been read yet";
+    other.ReadAgain();
+    board.SetInput("A7", true);
+    one.ReadAgain();
+    EXPECT_EQ(Wait(one, 10), 0);
+    EXPECT_EQ(Wait(other, 10), POLLPRI | POLLERR);
 }
 
 TEST_F(EdgeWait, AskedForReadabilityAnAttributeIsAlwaysReady) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    EXPECT_EQ(wait(file, 1000, POLLIN | POLLPRI), POLLIN);
-    EXPECT_EQ(board.now(), 0);
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    EXPECT_EQ(Wait(file, 1000, POLLIN | POLLPRI), POLLIN);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST_F(EdgeWait, AStaleDescriptorFiresAtOnceAndReadsNoDevice) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
-    store(gpioUnexport, "7");
-    EXPECT_EQ(wait(file, 1000), POLLPRI | POLLERR);
-    EXPECT_EQ(board.now(), 0);
-    EXPECT_EQ(file.readAgain(), "ENODEV");
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
+    Store(kGpioUnexport, "7");
+    EXPECT_EQ(Wait(file, 1000), POLLPRI | POLLERR);
+    EXPECT_EQ(board.Now(), 0);
+    EXPECT_EQ(file.ReadAgain(), "ENODEV");
 }
 
 TEST_F(EdgeWait, AStaleDescriptorStaysStaleWhenTheLineIsExportedAgain) {
-    Descriptor file(lineFile("A7", "value"), O_RDWR);
-    store(gpioUnexport, "7");
-    store(gpioExport, "7");
-    store(lineFile("A7", "direction"), "out");
-    EXPECT_EQ(file.readAgain(), "ENODEV");
-    EXPECT_EQ(file.write("1"), -ENODEV);
-    EXPECT_FALSE(board.line("A7").level);
+    Descriptor file(LineFile("A7", "value"), O_RDWR);
+    Store(kGpioUnexport, "7");
+    Store(kGpioExport, "7");
+    Store(LineFile("A7", "direction"), "out");
+    EXPECT_EQ(file.ReadAgain(), "ENODEV");
+    EXPECT_EQ(file.Write("1"), -ENODEV);
+    EXPECT_FALSE(board.Line("A7").level);
 }
 
-void* unexportLater(void* /*unused*/) {
+void* UnexportLater(void* /*unused*/) {
     const timespec span{0, 300'000'000};
     ::nanosleep(&span, nullptr);
-    store(gpioUnexport, "7");
+    Store(kGpioUnexport, "7");
     return nullptr;
 }
 
 TEST_F(EdgeWait, EndsWhenAnotherThreadGivesTheLineBack) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    file.readAgain();
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    file.ReadAgain();
     pthread_t thread{};
-    ASSERT_EQ(pthread_create(&thread, nullptr, unexportLater, nullptr), 0);
-    EXPECT_EQ(wait(file, -1), POLLPRI | POLLERR);
-    EXPECT_EQ(board.now(), milliseconds(300));
+    ASSERT_EQ(pthread_create(&thread, nullptr, UnexportLater, nullptr), 0);
+    EXPECT_EQ(Wait(file, -1), POLLPRI | POLLERR);
+    EXPECT_EQ(board.Now(), Milliseconds(300));
     pthread_join(thread, nullptr);
 }
 
 TEST_F(EdgeWait, CanBeMadeToFail) {
-    Descriptor file(lineFile("A7", "value"), O_RDONLY);
-    board.fail("poll", lineFile("A7", "value"), EINTR);
-    pollfd one{file.number(), POLLPRI, 0};
+    Descriptor file(LineFile("A7", "value"), O_RDONLY);
+    board.Fail("poll", LineFile("A7", "value"), EINTR);
+    pollfd one{file.Number(), POLLPRI, 0};
     EXPECT_EQ(::poll(&one, 1, 1000), -1);
     EXPECT_EQ(errno, EINTR);
 }

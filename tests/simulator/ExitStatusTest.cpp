@@ -27,14 +27,14 @@ class ExitStatus : public testing::TestWithParam<Trouble> {};
 
 TEST_P(ExitStatus, ComesWithOneLine) {
     const Trouble& trouble = GetParam();
-    const CommandResult run = simulateTrouble(trouble.words, trouble.options);
+    const CommandResult run = SimulateTrouble(trouble.words, trouble.options);
     EXPECT_EQ(run.status, trouble.status);
     EXPECT_EQ(run.error, "simulate: " + trouble.line + "\n");
     EXPECT_EQ(run.output, "");
 }
 
 /// A trouble's words as the name of its test.
-std::string nameOf(const testing::TestParamInfo<Trouble>& trouble) {
+std::string NameOf(const testing::TestParamInfo<Trouble>& trouble) {
     std::string name;
     for (const std::string& word : trouble.param.words) {
         name += (name.empty() ? "" : "_") + word;
@@ -44,17 +44,17 @@ std::string nameOf(const testing::TestParamInfo<Trouble>& trouble) {
     return name;
 }
 
-const std::string atTheStart = "before the first step, at 0.000 s of board time";
+const std::string kAtTheStart = "before the first step, at 0.000 s of board time";
 
 INSTANTIATE_TEST_SUITE_P(
     Crash, ExitStatus,
-    testing::Values(Trouble{{"segfault"}, 10, "the program crashed (SIGSEGV) " + atTheStart},
-                    Trouble{{"abort"}, 10, "the program crashed (SIGABRT) " + atTheStart},
+    testing::Values(Trouble{{"segfault"}, 10, "the program crashed (SIGSEGV) " + kAtTheStart},
+                    Trouble{{"abort"}, 10, "the program crashed (SIGABRT) " + kAtTheStart},
                     Trouble{{"crash-after-export", "7"},
                             10,
                             "the program crashed (SIGSEGV) before the first step, at 1.500 s of "
                             "board time"}),
-    nameOf);
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Deadlock, ExitStatus,
@@ -65,65 +65,65 @@ INSTANTIATE_TEST_SUITE_P(
                 "mutex that thread 1 locked; thread 1 waits for a mutex that thread 2 locked"},
         Trouble{{"one-mutex-twice"},
                 11,
-                "deadlock " + atTheStart + ": thread 1 waits for a mutex that thread 1 locked"},
+                "deadlock " + kAtTheStart + ": thread 1 waits for a mutex that thread 1 locked"},
         Trouble{{"edge-that-never-comes", "7"},
                 11,
-                "deadlock " + atTheStart + ": thread 1 waits for an edge on line A7"}),
-    nameOf);
+                "deadlock " + kAtTheStart + ": thread 1 waits for an edge on line A7"}),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(RealTime, ExitStatus,
                          testing::Values(Trouble{{"spin"},
                                                  12,
                                                  "limit of 0.1 s of real time passed " +
-                                                     atTheStart + " (--real-time sets it)",
+                                                     kAtTheStart + " (--real-time sets it)",
                                                  {"--real-time", "0.1"}}),
-                         nameOf);
+                         NameOf);
 
-const std::string notModelled = "the simulated board does not model ";
+const std::string kNotModelled = "the simulated board does not model ";
 
 INSTANTIATE_TEST_SUITE_P(
     Unmodelled, ExitStatus,
     testing::Values(
         Trouble{{"open-folder", "/sys/class/gpio"},
                 13,
-                notModelled + "opendir of /sys/class/gpio (" + atTheStart + ")"},
+                kNotModelled + "opendir of /sys/class/gpio (" + kAtTheStart + ")"},
         Trouble{{"open-file", "/sys/class/../class/gpio/export"},
                 13,
-                notModelled + "open of /sys/class/../class/gpio/export, a path with dots in it (" +
-                    atTheStart + ")"},
+                kNotModelled + "open of /sys/class/../class/gpio/export, a path with dots in it (" +
+                    kAtTheStart + ")"},
         Trouble{{"open-file", "/dev/mmcblk0"},
                 13,
-                notModelled + "open of /dev/mmcblk0 (" + atTheStart + ")"},
+                kNotModelled + "open of /dev/mmcblk0 (" + kAtTheStart + ")"},
         Trouble{{"read-by-the-library", "/sys/class/pwm/pwmchip0/npwm"},
                 13,
-                notModelled + "fgets of /sys/class/pwm/pwmchip0/npwm (" + atTheStart + ")"},
+                kNotModelled + "fgets of /sys/class/pwm/pwmchip0/npwm (" + kAtTheStart + ")"},
         Trouble{{"become-another", "true"},
                 13,
-                notModelled +
+                kNotModelled +
                     "execlp of true, which would not run on the board; name the program itself (" +
-                    atTheStart + ")"},
+                    kAtTheStart + ")"},
         Trouble{{"leave-a-thread"},
                 13,
-                notModelled +
+                kNotModelled +
                     "pthread_detach, because the board schedules threads that are joined, and "
                     "waits on mutexes and joins only (" +
-                    atTheStart + ")"}),
-    nameOf);
+                    kAtTheStart + ")"}),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(Failure, ExitStatus,
                          testing::Values(Trouble{
-                             {"status", "3"}, 4, "the program ended with status 3 " + atTheStart}),
-                         nameOf);
+                             {"status", "3"}, 4, "the program ended with status 3 " + kAtTheStart}),
+                         NameOf);
 
 TEST(ExitStatusOfARun, IsZeroWhenTheProgramEndsWell) {
-    const CommandResult run = simulateTrouble({"status", "0"});
+    const CommandResult run = SimulateTrouble({"status", "0"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.error, "");
 }
 
 TEST(ExitStatusOfARun, TellsAStaticProgramBeforeItRuns) {
     const std::string program = testProgram("static-troublemaker");
-    const CommandResult run = simulate({}, {program, "speak"});
+    const CommandResult run = Simulate({}, {program, "speak"});
     EXPECT_EQ(run.status, 14);
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(run.error, "simulate: " + program +
@@ -135,7 +135,7 @@ TEST(ExitStatusOfARun, TellsAScriptBeforeItRuns) {
     const std::string script = folder.File("script");
     WriteText(script, "#!/bin/sh\necho ran\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-    const CommandResult run = simulate({}, {script});
+    const CommandResult run = Simulate({}, {script});
     EXPECT_EQ(run.status, 14);
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(run.error, "simulate: " + script +
@@ -147,7 +147,7 @@ TEST(ExitStatusOfARun, TellsAProgramThatIsNotThere) {
     const TemporaryFolder folder;
     WriteText(folder.File("text"), "no program");
     const auto lineFor = [](const std::string& program) {
-        const CommandResult run = simulate({}, {program});
+        const CommandResult run = Simulate({}, {program});
         EXPECT_EQ(run.status, 15);
         return run.error;
     };
@@ -160,10 +160,10 @@ TEST(ExitStatusOfARun, TellsAProgramThatIsNotThere) {
 }
 
 TEST(ExitStatusOfARun, LooksProgramsUpAsAShellDoes) {
-    EXPECT_EQ(simulate({}, {"true"}).status, 0);
-    const CommandResult failed = simulate({}, {"false"});
+    EXPECT_EQ(Simulate({}, {"true"}).status, 0);
+    const CommandResult failed = Simulate({}, {"false"});
     EXPECT_EQ(failed.status, 4);
-    EXPECT_EQ(failed.error, "simulate: the program ended with status 1 " + atTheStart + "\n");
+    EXPECT_EQ(failed.error, "simulate: the program ended with status 1 " + kAtTheStart + "\n");
 }
 
 } // namespace

@@ -19,119 +19,119 @@ using sim::Faults;
 using sim::SimulatedBoard;
 
 /// Which of ten calls on a path fail: "..x......." for the third.
-std::string pattern(const Fault& fault, std::string_view call = "open",
+std::string Pattern(const Fault& fault, std::string_view call = "open",
                     std::string_view path = "/sys/class/gpio/export") {
     Faults faults({fault});
     std::string text;
     for (int i = 0; i < 10; ++i) {
-        text += faults.meet(call, path) ? 'x' : '.';
+        text += faults.Meet(call, path) ? 'x' : '.';
     }
     return text;
 }
 
-Fault fault(const std::string& call, const std::string& path, std::uint64_t occurrence = 1,
-            bool forever = false) {
+Fault FaultOn(const std::string& call, const std::string& path, std::uint64_t occurrence = 1,
+              bool forever = false) {
     return {call, path, occurrence, EIO, std::nullopt, forever};
 }
 
 TEST(Faults, StrikeAtTheirOccurrence) {
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/export")), "x.........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/export", 3)), "..x.......");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/export", 3, true)), "..xxxxxxxx");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/export", 11, true)), "..........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/export")), "x.........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/export", 3)), "..x.......");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/export", 3, true)), "..xxxxxxxx");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/export", 11, true)), "..........");
 }
 
 TEST(Faults, MeetTheirCallAndPathOnly) {
-    EXPECT_EQ(pattern(fault("write", "/sys/class/gpio/export")), "..........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/unexport")), "..........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/exp")), "..........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/exp*")), "x.........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/gpio/export*")), "x.........");
-    EXPECT_EQ(pattern(fault("open", "/sys/class/pwm/*")), "..........");
-    EXPECT_EQ(pattern(fault("open", "")), "x.........") << "any path";
+    EXPECT_EQ(Pattern(FaultOn("write", "/sys/class/gpio/export")), "..........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/unexport")), "..........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/exp")), "..........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/exp*")), "x.........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/gpio/export*")), "x.........");
+    EXPECT_EQ(Pattern(FaultOn("open", "/sys/class/pwm/*")), "..........");
+    EXPECT_EQ(Pattern(FaultOn("open", "")), "x.........") << "any path";
 }
 
 TEST(Faults, CountOneByOne) {
-    Faults faults({fault("open", "/a", 1), fault("open", "/b", 2), fault("open", "", 4)});
-    EXPECT_TRUE(faults.meet("open", "/a"));
-    EXPECT_FALSE(faults.meet("open", "/b"));
-    EXPECT_TRUE(faults.meet("open", "/b"));
-    EXPECT_TRUE(faults.meet("open", "/c")) << "the fourth of any path";
-    EXPECT_FALSE(faults.meet("open", "/a"));
+    Faults faults({Fault("open", "/a", 1), Fault("open", "/b", 2), Fault("open", "", 4)});
+    EXPECT_TRUE(faults.Meet("open", "/a"));
+    EXPECT_FALSE(faults.Meet("open", "/b"));
+    EXPECT_TRUE(faults.Meet("open", "/b"));
+    EXPECT_TRUE(faults.Meet("open", "/c")) << "the fourth of any path";
+    EXPECT_FALSE(faults.Meet("open", "/a"));
 }
 
 TEST(Faults, TheFirstOfTwoDecides) {
     Faults faults({{"read", "", 1, EIO, std::nullopt, false},
                    {"read", "", 1, 0, 2, false},
                    {"read", "", 2, 0, 2, false}});
-    EXPECT_EQ(faults.meet("read", "/a")->error, EIO);
-    const auto second = faults.meet("read", "/a");
+    EXPECT_EQ(faults.Meet("read", "/a")->error, EIO);
+    const auto second = faults.Meet("read", "/a");
     EXPECT_EQ(second->error, 0);
     EXPECT_EQ(second->bytes, 2U);
 }
 
 TEST(FailingCalls, FailWithTheirErrnoAndDoNothing) {
     SimulatedBoard board;
-    board.fail("open", gpioExport, EMFILE);
-    board.fail("write", gpioExport, EIO);
-    EXPECT_EQ(store(gpioExport, "7"), EMFILE);
-    EXPECT_EQ(store(gpioExport, "7"), EIO);
-    EXPECT_FALSE(board.line("A7").exported);
-    EXPECT_EQ(board.events(), (sim::Texts{"open /sys/class/gpio/export EMFILE",
+    board.Fail("open", kGpioExport, EMFILE);
+    board.Fail("write", kGpioExport, EIO);
+    EXPECT_EQ(Store(kGpioExport, "7"), EMFILE);
+    EXPECT_EQ(Store(kGpioExport, "7"), EIO);
+    EXPECT_FALSE(board.Line("A7").exported);
+    EXPECT_EQ(board.Events(), (sim::Texts{"open /sys/class/gpio/export EMFILE",
                                           "write /sys/class/gpio/export EIO"}));
-    EXPECT_EQ(store(gpioExport, "7"), 0);
+    EXPECT_EQ(Store(kGpioExport, "7"), 0);
 }
 
 TEST(FailingCalls, CloseFailsAndClosesAllTheSame) {
     SimulatedBoard board;
-    board.fail("close", gpioExport, EIO);
-    Descriptor file(gpioExport, O_WRONLY);
-    EXPECT_EQ(file.close(), -EIO);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    board.Fail("close", kGpioExport, EIO);
+    Descriptor file(kGpioExport, O_WRONLY);
+    EXPECT_EQ(file.Close(), -EIO);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(FailingCalls, AreCountedLikeAllOthers) {
     SimulatedBoard board;
-    board.fail("open", gpioExport, EMFILE);
-    store(gpioExport, "7");
-    store(gpioExport, "7");
-    EXPECT_EQ(board.calls("open"), 2U);
-    EXPECT_EQ(board.calls("write"), 1U);
-    EXPECT_EQ(board.calls("ioctl"), 0U);
+    board.Fail("open", kGpioExport, EMFILE);
+    Store(kGpioExport, "7");
+    Store(kGpioExport, "7");
+    EXPECT_EQ(board.Calls("open"), 2U);
+    EXPECT_EQ(board.Calls("write"), 1U);
+    EXPECT_EQ(board.Calls("ioctl"), 0U);
 }
 
 TEST(ShortMoves, CutAReadOrWrite) {
     SimulatedBoard board;
     ::mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat", 0, "");
-    board.cutShort("write", "/mnt/sd-card/log.csv", 3);
+    board.CutShort("write", "/mnt/sd-card/log.csv", 3);
     const Descriptor file("/mnt/sd-card/log.csv", O_RDWR | O_CREAT);
-    EXPECT_EQ(file.write("abcdef"), 3);
-    EXPECT_EQ(file.write("def"), 3);
-    EXPECT_EQ(board.fileOnCard("log.csv"), "abcdef");
+    EXPECT_EQ(file.Write("abcdef"), 3);
+    EXPECT_EQ(file.Write("def"), 3);
+    EXPECT_EQ(board.FileOnCard("log.csv"), "abcdef");
 
-    board.cutShort("read", spiDevice, 1);
-    const Descriptor converter(spiDevice, O_RDWR);
+    board.CutShort("read", kSpiDevice, 1);
+    const Descriptor converter(kSpiDevice, O_RDWR);
     std::string bytes;
-    EXPECT_EQ(converter.read(bytes, 4), 1);
-    EXPECT_EQ(converter.read(bytes, 4), 4);
+    EXPECT_EQ(converter.Read(bytes, 4), 1);
+    EXPECT_EQ(converter.Read(bytes, 4), 4);
 }
 
 TEST(FailingCalls, IncludeThoseOnPaths) {
     SimulatedBoard board;
     struct stat status {};
     const char* path = "/sys/class/gpio";
-    board.fail("access", path, EACCES);
-    board.fail("stat", path, ENOMEM);
-    board.fail("lstat", path, ELOOP);
+    board.Fail("access", path, EACCES);
+    board.Fail("stat", path, ENOMEM);
+    board.Fail("lstat", path, ELOOP);
     EXPECT_EQ(::access(path, F_OK), -1);
     EXPECT_EQ(errno, EACCES);
     EXPECT_EQ(::stat(path, &status), -1);
     EXPECT_EQ(errno, ENOMEM);
     EXPECT_EQ(::lstat(path, &status), -1);
     EXPECT_EQ(errno, ELOOP);
-    board.fail("mkdir", "/mnt/sd-card", EPERM);
-    board.fail("mount", "/mnt/sd-card", ENXIO);
-    board.fail("umount", "/mnt/sd-card", EBUSY);
+    board.Fail("mkdir", "/mnt/sd-card", EPERM);
+    board.Fail("mount", "/mnt/sd-card", ENXIO);
+    board.Fail("umount", "/mnt/sd-card", EBUSY);
     EXPECT_EQ(::mkdir("/mnt/sd-card", 0700), -1);
     EXPECT_EQ(errno, EPERM);
     EXPECT_EQ(::mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat", 0, ""), -1);

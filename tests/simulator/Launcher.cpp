@@ -4,7 +4,7 @@
 
 namespace tavrelin {
 
-std::string binary(const std::string& name) {
+std::string Binary(const std::string& name) {
     return std::string(TAVRELIN_BIN_DIR) + "/" + name;
 }
 
@@ -12,24 +12,24 @@ std::string testProgram(const std::string& name) {
     return std::string(TAVRELIN_BIN_DIR) + "/../test-programs/" + name;
 }
 
-CommandResult simulate(const Words& options, const Words& program) {
-    Words command{binary("simulate"), "--io-cost", "none"};
+CommandResult Simulate(const Words& options, const Words& program) {
+    Words command{Binary("simulate"), "--io-cost", "none"};
     command.insert(command.end(), options.begin(), options.end());
     command.push_back("--");
     command.insert(command.end(), program.begin(), program.end());
     return RunCommand(command);
 }
 
-CommandResult simulateTrouble(const Words& trouble, const Words& options) {
+CommandResult SimulateTrouble(const Words& trouble, const Words& options) {
     Words program{testProgram("troublemaker")};
     program.insert(program.end(), trouble.begin(), trouble.end());
-    return simulate(options, program);
+    return Simulate(options, program);
 }
 
-CommandResult simulateScenario(const std::string& toml) {
+CommandResult SimulateScenario(const std::string& toml) {
     const TemporaryFolder folder;
     WriteText(folder.File("board.toml"), toml);
-    return simulateTrouble({"status", "0"}, {"--scenario", folder.File("board.toml")});
+    return SimulateTrouble({"status", "0"}, {"--scenario", folder.File("board.toml")});
 }
 
 } // namespace tavrelin

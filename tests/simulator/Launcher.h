@@ -10,16 +10,16 @@ namespace tavrelin {
 using Words = std::vector<std::string>;
 
 /// A binary of this build: the launcher, the instrument.
-std::string binary(const std::string& name);
+std::string Binary(const std::string& name);
 /// One of the programs that go wrong.
 std::string testProgram(const std::string& name);
 
 /// Runs `simulate` with options and a program, with free calls.
-CommandResult simulate(const Words& options, const Words& program);
+CommandResult Simulate(const Words& options, const Words& program);
 /// Runs `simulate` on the troublemaker.
-CommandResult simulateTrouble(const Words& trouble, const Words& options = {});
+CommandResult SimulateTrouble(const Words& trouble, const Words& options = {});
 
 /// Runs a scenario's text on a program that only ends.
-CommandResult simulateScenario(const std::string& toml);
+CommandResult SimulateScenario(const std::string& toml);
 
 } // namespace tavrelin

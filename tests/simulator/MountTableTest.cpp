@@ -15,7 +15,7 @@ using sim::SimulatedBoard;
 using sim::Texts;
 
 /// "device directory type options" of each entry.
-Texts entries(int bufferSize = 4096) {
+Texts Entries(int bufferSize = 4096) {
     Texts found;
     FILE* table = setmntent("/etc/mtab", "r");
     if (table == nullptr) {
@@ -31,26 +31,26 @@ Texts entries(int bufferSize = 4096) {
     return found;
 }
 
-const Texts ofTheBoard{"ubi0:rootfs / ubifs rw,relatime",
-                       "proc /proc proc rw,nosuid,nodev,noexec,relatime",
-                       "sysfs /sys sysfs rw,nosuid,nodev,noexec,relatime",
-                       "tmpfs /run tmpfs rw,nosuid,nodev,mode=755"};
+const Texts kOfTheBoard{"ubi0:rootfs / ubifs rw,relatime",
+                        "proc /proc proc rw,nosuid,nodev,noexec,relatime",
+                        "sysfs /sys sysfs rw,nosuid,nodev,noexec,relatime",
+                        "tmpfs /run tmpfs rw,nosuid,nodev,mode=755"};
 
 TEST(MountTable, ListsWhatTheBoardMounts) {
     SimulatedBoard board;
-    EXPECT_EQ(entries(), ofTheBoard);
+    EXPECT_EQ(Entries(), kOfTheBoard);
 }
 
 TEST(MountTable, ListsTheCardWhileItIsMounted) {
     SimulatedBoard board;
     ::mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat", MS_SYNCHRONOUS, "");
-    Texts expected = ofTheBoard;
+    Texts expected = kOfTheBoard;
     expected.push_back("/dev/mmcblk0p1 /mnt/sd-card vfat rw,sync,relatime,fmask=0022,dmask=0022");
-    EXPECT_EQ(entries(), expected);
-    board.removeCard();
-    EXPECT_EQ(entries(), expected) << "pulling a card does not unmount it";
+    EXPECT_EQ(Entries(), expected);
+    board.RemoveCard();
+    EXPECT_EQ(Entries(), expected) << "pulling a card does not unmount it";
     ::umount("/mnt/sd-card");
-    EXPECT_EQ(entries(), ofTheBoard);
+    EXPECT_EQ(Entries(), kOfTheBoard);
 }
 
 TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
@@ -58,7 +58,7 @@ TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
     scenario.mountTable = {"/dev/sdb1 /mnt/sd-card-old vfat rw 0 0"};
     scenario.cardMounted = true;
     SimulatedBoard board(scenario);
-    const Texts found = entries();
+    const Texts found = Entries();
     ASSERT_EQ(found.size(), 6U);
     EXPECT_EQ(found[4], "/dev/sdb1 /mnt/sd-card-old vfat rw");
     EXPECT_EQ(found[5].substr(0, 14), "/dev/mmcblk0p1");
@@ -69,29 +69,29 @@ TEST(MountTable, MayBeLongAndHoldLongLines) {
     scenario.mountTable.assign(10'000, "none /a tmpfs rw 0 0");
     scenario.mountTable.push_back("none /" + std::string(5000, 'x') + " tmpfs rw 0 0");
     SimulatedBoard board(scenario);
-    EXPECT_GE(entries().size(), 10'004U);
+    EXPECT_GE(Entries().size(), 10'004U);
 }
 
 TEST(MountTable, MayBeAbsent) {
     Scenario scenario;
     scenario.mountTableExists = false;
     SimulatedBoard board(scenario);
-    EXPECT_EQ(entries(), (Texts{"errno " + std::to_string(ENOENT)}));
+    EXPECT_EQ(Entries(), (Texts{"errno " + std::to_string(ENOENT)}));
 }
 
 TEST(MountTable, CanBeMadeToFail) {
     SimulatedBoard board;
-    board.fail("setmntent", "/etc/mtab", EMFILE);
-    EXPECT_EQ(entries(), (Texts{"errno " + std::to_string(EMFILE)}));
-    EXPECT_EQ(entries(), ofTheBoard);
+    board.Fail("setmntent", "/etc/mtab", EMFILE);
+    EXPECT_EQ(Entries(), (Texts{"errno " + std::to_string(EMFILE)}));
+    EXPECT_EQ(Entries(), kOfTheBoard);
 }
 
 TEST(MountTable, IsGivenBack) {
     SimulatedBoard board;
     FILE* table = setmntent("/etc/mtab", "r");
-    EXPECT_EQ(board.kernel().held(), 1U);
+    EXPECT_EQ(board.Kernel().Held(), 1U);
     endmntent(table);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 } // namespace

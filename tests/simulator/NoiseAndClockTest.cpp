@@ -19,9 +19,9 @@ TEST(Noise, IsTheSameForTheSameSeed) {
     Noise other(8);
     bool differs = false;
     for (int i = 0; i < 1000; ++i) {
-        const double value = one.normal();
-        EXPECT_EQ(value, same.normal());
-        differs = differs || value != other.normal();
+        const double value = one.Normal();
+        EXPECT_EQ(value, same.Normal());
+        differs = differs || value != other.Normal();
     }
     EXPECT_TRUE(differs);
 }
@@ -29,8 +29,8 @@ TEST(Noise, IsTheSameForTheSameSeed) {
 // Known numbers of the generator: another machine or library must not make others.
 TEST(Noise, IsTheSameEverywhere) {
     Noise noise(1);
-    EXPECT_EQ(noise.next(), 0x910A2DEC89025CC1ULL);
-    EXPECT_EQ(noise.next(), 0xBEEB8DA1658EEC67ULL);
+    EXPECT_EQ(noise.Next(), 0x910A2DEC89025CC1ULL);
+    EXPECT_EQ(noise.Next(), 0xBEEB8DA1658EEC67ULL);
 }
 
 TEST(Noise, HasMeanZeroAndDeviationOne) {
@@ -40,7 +40,7 @@ TEST(Noise, HasMeanZeroAndDeviationOne) {
     double squares = 0.0;
     int beyondTwo = 0;
     for (int i = 0; i < count; ++i) {
-        const double value = noise.normal();
+        const double value = noise.Normal();
         sum += value;
         squares += value * value;
         beyondTwo += std::fabs(value) > 2.0 ? 1 : 0;
@@ -54,7 +54,7 @@ TEST(Noise, PicksEveryNumberBelowABound) {
     Noise noise(5);
     std::array<int, 6> picked{};
     for (int i = 0; i < 6000; ++i) {
-        ++picked.at(noise.below(6));
+        ++picked.at(noise.Below(6));
     }
     for (const int times : picked) {
         EXPECT_NEAR(times, 1000, 150);
@@ -62,10 +62,10 @@ TEST(Noise, PicksEveryNumberBelowABound) {
 }
 
 TEST(WallClock, ReadsDatesAsUtc) {
-    EXPECT_EQ(WallClock::parse("1970-01-01 00:00:00"), 0);
-    EXPECT_EQ(WallClock::parse("2026-03-07 09:00:00"), WallClock::defaultStart);
-    EXPECT_EQ(WallClock::parse("2024-02-29 23:59:59"), 1'709'251'199);
-    EXPECT_EQ(WallClock::parse("2038-01-19 03:14:08"), 2'147'483'648);
+    EXPECT_EQ(WallClock::Parse("1970-01-01 00:00:00"), 0);
+    EXPECT_EQ(WallClock::Parse("2026-03-07 09:00:00"), WallClock::kDefaultStart);
+    EXPECT_EQ(WallClock::Parse("2024-02-29 23:59:59"), 1'709'251'199);
+    EXPECT_EQ(WallClock::Parse("2038-01-19 03:14:08"), 2'147'483'648);
 }
 
 TEST(WallClock, ReadsNothingElse) {
@@ -89,15 +89,15 @@ TEST(WallClock, ReadsNothingElse) {
                               "2026-03-07 09:00:0x",
                               "2026-03-07 09:00: 0",
                               "+026-03-07 09:00:00"}) {
-        EXPECT_EQ(WallClock::parse(wrong), std::nullopt) << wrong;
+        EXPECT_EQ(WallClock::Parse(wrong), std::nullopt) << wrong;
     }
 }
 
 TEST(WallClock, RunsWithBoardTimeAndCanBeSet) {
     WallClock clock(1000);
-    EXPECT_EQ(clock.at(sim::milliseconds(1500)), sim::milliseconds(1'001'500));
-    clock.jump(-3600);
-    EXPECT_EQ(clock.at(0), sim::seconds(1000 - 3600));
+    EXPECT_EQ(clock.At(sim::Milliseconds(1500)), sim::Milliseconds(1'001'500));
+    clock.Jump(-3600);
+    EXPECT_EQ(clock.At(0), sim::Seconds(1000 - 3600));
 }
 
 } // namespace

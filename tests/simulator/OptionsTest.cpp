@@ -10,8 +10,8 @@
 namespace tavrelin {
 namespace {
 
-constexpr int wrongUse = 2;
-const std::string hint = " (simulate --help explains every option)\n";
+constexpr int kWrongUse = 2;
+const std::string kHint = " (simulate --help explains every option)\n";
 
 struct WrongUse {
     Words options;
@@ -27,13 +27,13 @@ void PrintTo(const WrongUse& use, std::ostream* out) {
 class WrongOption : public testing::TestWithParam<WrongUse> {};
 
 TEST_P(WrongOption, IsRefusedWithWhatWouldDo) {
-    const CommandResult run = simulate(GetParam().options, {"/bin/true"});
-    EXPECT_EQ(run.status, wrongUse);
-    EXPECT_EQ(run.error, "simulate: " + GetParam().line + hint);
+    const CommandResult run = Simulate(GetParam().options, {"/bin/true"});
+    EXPECT_EQ(run.status, kWrongUse);
+    EXPECT_EQ(run.error, "simulate: " + GetParam().line + kHint);
     EXPECT_EQ(run.output, "");
 }
 
-std::vector<WrongUse> values(const std::string& option, const std::string& wanted,
+std::vector<WrongUse> Values(const std::string& option, const std::string& wanted,
                              const Words& wrong) {
     std::vector<WrongUse> uses;
     for (const std::string& value : wrong) {
@@ -44,29 +44,29 @@ std::vector<WrongUse> values(const std::string& option, const std::string& wante
 
 INSTANTIATE_TEST_SUITE_P(
     Seed, WrongOption,
-    testing::ValuesIn(values("--seed", "a whole number from 0 to 18446744073709551615",
+    testing::ValuesIn(Values("--seed", "a whole number from 0 to 18446744073709551615",
                              {"-1", "x", "1.5", "0x10", "", "18446744073709551616", "1 2"})));
 INSTANTIATE_TEST_SUITE_P(Measurements, WrongOption,
-                         testing::ValuesIn(values("--measurements",
+                         testing::ValuesIn(Values("--measurements",
                                                   "a whole number from 1 to 1000000000",
                                                   {"0", "-3", "many", "1000000001", "2.0"})));
 INSTANTIATE_TEST_SUITE_P(Steps, WrongOption,
-                         testing::ValuesIn(values("--steps", "a whole number from 1 to 1000000000",
+                         testing::ValuesIn(Values("--steps", "a whole number from 1 to 1000000000",
                                                   {"0", "all", "1000000001"})));
 INSTANTIATE_TEST_SUITE_P(BoardTime, WrongOption,
-                         testing::ValuesIn(values("--board-time",
+                         testing::ValuesIn(Values("--board-time",
                                                   "seconds from 0.000001 to 9000000000",
                                                   {"0", "-1", "nan", "inf", "9e10", "1h"})));
 INSTANTIATE_TEST_SUITE_P(RealTime, WrongOption,
-                         testing::ValuesIn(values("--real-time", "seconds from 0 to 9000000000",
+                         testing::ValuesIn(Values("--real-time", "seconds from 0 to 9000000000",
                                                   {"-1", "nan", "soon"})));
 INSTANTIATE_TEST_SUITE_P(
     Pace, WrongOption,
-    testing::ValuesIn(values("--pace", "max, real or a factor from 0.000001 to 1000000000",
+    testing::ValuesIn(Values("--pace", "max, real or a factor from 0.000001 to 1000000000",
                              {"0", "-2", "nan", "inf", "fast", "2x", "1e-7", "2e9"})));
 INSTANTIATE_TEST_SUITE_P(
     Start, WrongOption,
-    testing::ValuesIn(values("--start", "a time such as \"2026-03-07 09:00:00\"",
+    testing::ValuesIn(Values("--start", "a time such as \"2026-03-07 09:00:00\"",
                              {"now", "2026-03-07", "2026-02-29 09:00:00", "2026-03-07 24:00:00",
                               "2026-03-07 09:00:60", "2026-3-7 9:0:0", "1969-12-31 23:59:59",
                               "2026-03-07T09:00:00", ""})));
@@ -74,13 +74,13 @@ INSTANTIATE_TEST_SUITE_P(IoCost, WrongOption,
                          testing::Values(WrongUse{{"--io-cost", "none"},
                                                   "--io-cost: given twice"}));
 INSTANTIATE_TEST_SUITE_P(Root, WrongOption,
-                         testing::ValuesIn(values("--root", "a path", {"", "a\nb"})));
+                         testing::ValuesIn(Values("--root", "a path", {"", "a\nb"})));
 INSTANTIATE_TEST_SUITE_P(Events, WrongOption,
-                         testing::ValuesIn(values("--events", "a path", {""})));
+                         testing::ValuesIn(Values("--events", "a path", {""})));
 INSTANTIATE_TEST_SUITE_P(Summary, WrongOption,
-                         testing::ValuesIn(values("--summary", "a path", {""})));
+                         testing::ValuesIn(Values("--summary", "a path", {""})));
 INSTANTIATE_TEST_SUITE_P(Scenario, WrongOption,
-                         testing::ValuesIn(values("--scenario", "a path", {""})));
+                         testing::ValuesIn(Values("--scenario", "a path", {""})));
 INSTANTIATE_TEST_SUITE_P(Unknown, WrongOption,
                          testing::Values(WrongUse{{"--speed", "3"}, "--speed: no such option"},
                                          WrongUse{{"-s"}, "-s: no such option"},
@@ -89,35 +89,35 @@ INSTANTIATE_TEST_SUITE_P(Unknown, WrongOption,
 
 TEST(CommandLineOfTheLauncher, NeedsAProgram) {
     for (const Words& command : {Words{}, Words{"--steps", "3"}, Words{"--"}}) {
-        Words whole{binary("simulate")};
+        Words whole{Binary("simulate")};
         whole.insert(whole.end(), command.begin(), command.end());
         const CommandResult run = RunCommand(whole);
-        EXPECT_EQ(run.status, wrongUse);
-        EXPECT_EQ(run.error, "simulate: no program to run; name it after --" + hint);
+        EXPECT_EQ(run.status, kWrongUse);
+        EXPECT_EQ(run.error, "simulate: no program to run; name it after --" + kHint);
     }
 }
 
 TEST(CommandLineOfTheLauncher, NeedsAValueForAnOption) {
-    const CommandResult run = RunCommand({binary("simulate"), "--seed"});
-    EXPECT_EQ(run.status, wrongUse);
-    EXPECT_EQ(run.error, "simulate: --seed: needs a value" + hint);
+    const CommandResult run = RunCommand({Binary("simulate"), "--seed"});
+    EXPECT_EQ(run.status, kWrongUse);
+    EXPECT_EQ(run.error, "simulate: --seed: needs a value" + kHint);
 }
 
 TEST(CommandLineOfTheLauncher, RefusesAnUnknownCost) {
-    const CommandResult run = RunCommand({binary("simulate"), "--io-cost", "cheap", "true"});
-    EXPECT_EQ(run.status, wrongUse);
-    EXPECT_EQ(run.error, "simulate: --io-cost: takes none or board, not 'cheap'" + hint);
+    const CommandResult run = RunCommand({Binary("simulate"), "--io-cost", "cheap", "true"});
+    EXPECT_EQ(run.status, kWrongUse);
+    EXPECT_EQ(run.error, "simulate: --io-cost: takes none or board, not 'cheap'" + kHint);
 }
 
 TEST(CommandLineOfTheLauncher, LeavesTheProgramsArgumentsToIt) {
-    EXPECT_EQ(simulate({}, {"/bin/echo", "--steps", "x", "--help", "-q"}).output,
+    EXPECT_EQ(Simulate({}, {"/bin/echo", "--steps", "x", "--help", "-q"}).output,
               "--steps x --help -q\n");
-    EXPECT_EQ(RunCommand({binary("simulate"), "--seed", "3", "/bin/echo", "--seed", "x"}).output,
+    EXPECT_EQ(RunCommand({Binary("simulate"), "--seed", "3", "/bin/echo", "--seed", "x"}).output,
               "--seed x\n");
 }
 
 TEST(CommandLineOfTheLauncher, ExplainsEveryOptionAndStatus) {
-    const CommandResult run = RunCommand({binary("simulate"), "--help"});
+    const CommandResult run = RunCommand({Binary("simulate"), "--help"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.error, "");
     for (const char* option :
@@ -133,7 +133,7 @@ TEST(CommandLineOfTheLauncher, ExplainsEveryOptionAndStatus) {
           "15 cannot start", "130 and 143 interrupted"}) {
         EXPECT_TRUE(Contains(run.output, status)) << status;
     }
-    EXPECT_EQ(RunCommand({binary("simulate"), "-h"}).output, run.output);
+    EXPECT_EQ(RunCommand({Binary("simulate"), "-h"}).output, run.output);
 }
 
 } // namespace

@@ -18,7 +18,7 @@ namespace tavrelin {
 namespace {
 
 TEST(Streams, PassUnchanged) {
-    const std::string command = "printf 'a\\nb\\n' | " + binary("simulate") + " --steps 3 -- " +
+    const std::string command = "printf 'a\\nb\\n' | " + Binary("simulate") + " --steps 3 -- " +
                                 testProgram("troublemaker") + " speak";
     const CommandResult run = RunCommand({"sh", "-c", command});
     EXPECT_EQ(run.status, 0);
@@ -28,7 +28,7 @@ TEST(Streams, PassUnchanged) {
 
 TEST(Streams, KeepTheirOrderOnOneTerminal) {
     const std::string command =
-        binary("simulate") + " -- " + testProgram("troublemaker") + " speak 2>&1 </dev/null";
+        Binary("simulate") + " -- " + testProgram("troublemaker") + " speak 2>&1 </dev/null";
     const CommandResult run = RunCommand({"sh", "-c", command});
     EXPECT_TRUE(Contains(run.output, "complaint\n"));
     EXPECT_TRUE(Contains(run.output, "first, second\n"));
@@ -36,7 +36,7 @@ TEST(Streams, KeepTheirOrderOnOneTerminal) {
 
 TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {
     ASSERT_NE(::access("/sys/class/pwm/pwmchip0/npwm", F_OK), 0) << "a machine with such a device";
-    const CommandResult run = simulateTrouble({"look-around", "/sys/class/pwm/pwmchip0/npwm"});
+    const CommandResult run = SimulateTrouble({"look-around", "/sys/class/pwm/pwmchip0/npwm"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.output, "board yes\n"
                           "shell no\n"
@@ -70,7 +70,7 @@ class SpinningRun {
         if (launcher_ == 0) {
             ::dup2(ends[1], STDOUT_FILENO);
             ::dup2(::open(errors_.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-            ::execl(binary("simulate").c_str(), "simulate", "--", troublemaker_.c_str(),
+            ::execl(Binary("simulate").c_str(), "simulate", "--", troublemaker_.c_str(),
                     "spin-ready", static_cast<char*>(nullptr));
             ::_exit(127);
         }
@@ -88,10 +88,10 @@ class SpinningRun {
             ::waitpid(launcher_, nullptr, 0);
         }
     }
-    pid_t program() const { return program_; }
-    std::string errors() const { return TextOf(errors_); }
+    pid_t Program() const { return program_; }
+    std::string Errors() const { return TextOf(errors_); }
     /// Sends a signal to the launcher and gives its exit status, or minus the signal it died of.
-    int stop(int signal) {
+    int Stop(int signal) {
         int status = 0;
         ::kill(launcher_, signal);
         ::waitpid(launcher_, &status, 0);
@@ -107,18 +107,18 @@ class SpinningRun {
     pid_t program_ = 0;
 };
 
-bool isGone(pid_t process) {
+bool IsGone(pid_t process) {
     return ::kill(process, 0) == -1 && errno == ESRCH;
 }
 
 TEST(Interruption, EndsTheProgramWithTheLauncher) {
     for (const int signal : {SIGINT, SIGTERM}) {
         SpinningRun run;
-        ASSERT_GT(run.program(), 0);
-        EXPECT_FALSE(isGone(run.program()));
-        EXPECT_EQ(run.stop(signal), 128 + signal);
-        EXPECT_TRUE(isGone(run.program()));
-        EXPECT_EQ(run.errors(), "simulate: interrupted\n");
+        ASSERT_GT(run.Program(), 0);
+        EXPECT_FALSE(IsGone(run.Program()));
+        EXPECT_EQ(run.Stop(signal), 128 + signal);
+        EXPECT_TRUE(IsGone(run.Program()));
+        EXPECT_EQ(run.Errors(), "simulate: interrupted\n");
     }
 }
 

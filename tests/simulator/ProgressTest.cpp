@@ -18,7 +18,7 @@ class Terminal {
     Terminal() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
         EXPECT_EQ(::grantpt(master_), 0);
         EXPECT_EQ(::unlockpt(master_), 0);
-        slave_ = ::open(name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        slave_ = ::open(Name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
         ::fcntl(master_, F_SETFL, O_NONBLOCK);
     }
     Terminal(const Terminal&) = delete;
@@ -28,8 +28,8 @@ class Terminal {
         ::close(master_);
     }
 
-    std::string name() const { return ::ptsname(master_); }
-    std::string text() const {
+    std::string Name() const { return ::ptsname(master_); }
+    std::string Text() const {
         std::string all;
         std::array<char, 4096> piece{};
         for (ssize_t count = 0; (count = ::read(master_, piece.data(), piece.size())) > 0;) {
@@ -45,18 +45,18 @@ class Terminal {
 
 /// What a run of a quarter of a second shows on a terminal for errors, with the program's output as
 /// given.
-std::string onTerminal(const std::string& output, const std::string& pace = "max") {
+std::string OnTerminal(const std::string& output, const std::string& pace = "max") {
     const Terminal terminal;
-    const std::string command = "" + binary("simulate") + " --real-time 0.25 --pace " + pace +
+    const std::string command = "" + Binary("simulate") + " --real-time 0.25 --pace " + pace +
                                 " -- " + testProgram("troublemaker") + " sleep-again 1000 >" +
-                                (output == "terminal" ? terminal.name() : output) + " 2>" +
-                                terminal.name();
+                                (output == "terminal" ? terminal.Name() : output) + " 2>" +
+                                terminal.Name();
     EXPECT_EQ(RunCommand({"sh", "-c", command}).status, 12);
-    return terminal.text();
+    return terminal.Text();
 }
 
 TEST(ProgressLine, StandsOnATerminalThatShowsNothingElse) {
-    const std::string text = onTerminal("/dev/null");
+    const std::string text = OnTerminal("/dev/null");
     EXPECT_EQ(text.find("\rstep 0, 0 measurements, "), 0U);
     EXPECT_TRUE(Contains(text, " s of board time\033[K"));
     EXPECT_TRUE(Contains(text, "\r\033[Ksimulate: limit of 0.25 s"))
@@ -64,15 +64,15 @@ TEST(ProgressLine, StandsOnATerminalThatShowsNothingElse) {
 }
 
 TEST(ProgressLine, DoesNotMixWithTheProgramsOutput) {
-    EXPECT_EQ(onTerminal("terminal").find("simulate: limit of"), 0U);
+    EXPECT_EQ(OnTerminal("terminal").find("simulate: limit of"), 0U);
 }
 
 TEST(ProgressLine, IsForRunsAtMaxOnly) {
-    EXPECT_EQ(onTerminal("/dev/null", "1000000").find("simulate: limit of"), 0U);
+    EXPECT_EQ(OnTerminal("/dev/null", "1000000").find("simulate: limit of"), 0U);
 }
 
 TEST(ProgressLine, NeverGoesToAFile) {
-    const CommandResult run = simulateTrouble({"sleep-again", "1000"}, {"--real-time", "0.25"});
+    const CommandResult run = SimulateTrouble({"sleep-again", "1000"}, {"--real-time", "0.25"});
     EXPECT_EQ(run.error.find("simulate: limit of"), 0U);
 }
 

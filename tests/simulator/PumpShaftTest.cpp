@@ -7,89 +7,89 @@
 namespace tavrelin {
 namespace {
 
-using sim::microseconds;
-using sim::milliseconds;
-using sim::never;
+using sim::kNever;
+using sim::Microseconds;
+using sim::Milliseconds;
 using sim::PumpShaft;
 
-constexpr sim::Nanoseconds pulse = microseconds(625); // one turn a second
+constexpr sim::Nanoseconds kPulse = Microseconds(625); // one turn a second
 
 TEST(PumpShaft, TurnsOneStepForEachWholePulse) {
     PumpShaft shaft;
-    EXPECT_FALSE(shaft.turning());
-    shaft.setPulsePeriod(milliseconds(5), pulse);
-    EXPECT_EQ(shaft.stepsTurned(milliseconds(5)), 0);
-    EXPECT_EQ(shaft.stepsTurned(milliseconds(5) + pulse - 1), 0);
-    EXPECT_EQ(shaft.stepsTurned(milliseconds(5) + pulse), 1);
-    EXPECT_EQ(shaft.stepsTurned(milliseconds(1005)), 1600);
-    EXPECT_TRUE(shaft.turning());
+    EXPECT_FALSE(shaft.Turning());
+    shaft.SetPulsePeriod(Milliseconds(5), kPulse);
+    EXPECT_EQ(shaft.StepsTurned(Milliseconds(5)), 0);
+    EXPECT_EQ(shaft.StepsTurned(Milliseconds(5) + kPulse - 1), 0);
+    EXPECT_EQ(shaft.StepsTurned(Milliseconds(5) + kPulse), 1);
+    EXPECT_EQ(shaft.StepsTurned(Milliseconds(1005)), 1600);
+    EXPECT_TRUE(shaft.Turning());
 }
 
 TEST(PumpShaft, StandsWithoutPulses) {
     PumpShaft shaft;
-    shaft.setPulsePeriod(0, pulse);
-    shaft.setPulsePeriod(10 * pulse, 0);
-    EXPECT_FALSE(shaft.turning());
-    EXPECT_EQ(shaft.stepsTurned(milliseconds(5000)), 10);
-    EXPECT_EQ(shaft.nextFlagChange(milliseconds(5000)), never);
+    shaft.SetPulsePeriod(0, kPulse);
+    shaft.SetPulsePeriod(10 * kPulse, 0);
+    EXPECT_FALSE(shaft.Turning());
+    EXPECT_EQ(shaft.StepsTurned(Milliseconds(5000)), 10);
+    EXPECT_EQ(shaft.NextFlagChange(Milliseconds(5000)), kNever);
 }
 
 TEST(PumpShaft, KeepsItsStepsWhenThePulsesChange) {
     PumpShaft shaft;
-    shaft.setPulsePeriod(0, pulse);
-    shaft.setPulsePeriod(10 * pulse, 2 * pulse);
-    EXPECT_EQ(shaft.stepsTurned(20 * pulse), 15);
-    shaft.setPulsePeriod(20 * pulse, 2 * pulse);
-    EXPECT_EQ(shaft.stepsTurned(21 * pulse), 15) << "the same pulses go on";
-    EXPECT_EQ(shaft.stepsTurned(22 * pulse), 16);
+    shaft.SetPulsePeriod(0, kPulse);
+    shaft.SetPulsePeriod(10 * kPulse, 2 * kPulse);
+    EXPECT_EQ(shaft.StepsTurned(20 * kPulse), 15);
+    shaft.SetPulsePeriod(20 * kPulse, 2 * kPulse);
+    EXPECT_EQ(shaft.StepsTurned(21 * kPulse), 15) << "the same pulses go on";
+    EXPECT_EQ(shaft.StepsTurned(22 * kPulse), 16);
 }
 
 TEST(PumpShaft, CarriesAFlagOf67StepsOnceATurn) {
     PumpShaft shaft;
-    shaft.setPulsePeriod(0, pulse);
+    shaft.SetPulsePeriod(0, kPulse);
     int seen = 0;
     for (int step = 0; step < 1600; ++step) {
-        seen += shaft.onFlag(step * pulse) ? 1 : 0;
+        seen += shaft.OnFlag(step * kPulse) ? 1 : 0;
     }
     EXPECT_EQ(seen, 67) << "15 degrees of 0.225";
-    EXPECT_FALSE(shaft.onFlag(1199 * pulse));
-    EXPECT_TRUE(shaft.onFlag(1200 * pulse));
-    EXPECT_TRUE(shaft.onFlag(1266 * pulse));
-    EXPECT_FALSE(shaft.onFlag(1267 * pulse));
-    EXPECT_TRUE(shaft.onFlag(2800 * pulse)) << "a turn later";
+    EXPECT_FALSE(shaft.OnFlag(1199 * kPulse));
+    EXPECT_TRUE(shaft.OnFlag(1200 * kPulse));
+    EXPECT_TRUE(shaft.OnFlag(1266 * kPulse));
+    EXPECT_FALSE(shaft.OnFlag(1267 * kPulse));
+    EXPECT_TRUE(shaft.OnFlag(2800 * kPulse)) << "a turn later";
 }
 
 TEST(PumpShaft, KnowsWhenTheFlagPassesNext) {
     PumpShaft shaft;
-    shaft.setPulsePeriod(0, pulse);
-    EXPECT_EQ(shaft.nextFlagChange(0), 1200 * pulse);
-    EXPECT_EQ(shaft.nextFlagChange(1200 * pulse - 1), 1200 * pulse);
-    EXPECT_EQ(shaft.nextFlagChange(1200 * pulse), 1267 * pulse);
-    EXPECT_EQ(shaft.nextFlagChange(1267 * pulse), 2800 * pulse);
-    EXPECT_EQ(shaft.nextFlagChange(1700 * pulse), 2800 * pulse);
+    shaft.SetPulsePeriod(0, kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(0), 1200 * kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(1200 * kPulse - 1), 1200 * kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(1200 * kPulse), 1267 * kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(1267 * kPulse), 2800 * kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(1700 * kPulse), 2800 * kPulse);
 }
 
 TEST(PumpShaft, MayStartOnTheFlag) {
-    PumpShaft shaft(PumpShaft::flagFirstStep + 1);
-    EXPECT_TRUE(shaft.onFlag(0));
-    EXPECT_EQ(shaft.stepsTurned(0), 0);
-    shaft.setPulsePeriod(0, pulse);
-    EXPECT_EQ(shaft.nextFlagChange(0), 66 * pulse);
+    PumpShaft shaft(PumpShaft::kFlagFirstStep + 1);
+    EXPECT_TRUE(shaft.OnFlag(0));
+    EXPECT_EQ(shaft.StepsTurned(0), 0);
+    shaft.SetPulsePeriod(0, kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(0), 66 * kPulse);
 }
 
 TEST(PumpShaft, MayHaveAFlagThatIsNeverSeen) {
-    PumpShaft shaft(PumpShaft::flagFirstStep, false);
-    EXPECT_FALSE(shaft.onFlag(0));
-    shaft.setPulsePeriod(0, pulse);
-    EXPECT_EQ(shaft.nextFlagChange(0), never);
+    PumpShaft shaft(PumpShaft::kFlagFirstStep, false);
+    EXPECT_FALSE(shaft.OnFlag(0));
+    shaft.SetPulsePeriod(0, kPulse);
+    EXPECT_EQ(shaft.NextFlagChange(0), kNever);
 }
 
 TEST(PumpShaft, TurnsForMonthsWithoutLosingAStep) {
     PumpShaft shaft;
-    shaft.setPulsePeriod(0, pulse);
-    const sim::Nanoseconds month = sim::seconds(30LL * 86'400);
-    EXPECT_EQ(shaft.stepsTurned(month), 30LL * 86'400 * 1600);
-    EXPECT_EQ(shaft.nextFlagChange(month), month + 1200 * pulse);
+    shaft.SetPulsePeriod(0, kPulse);
+    const sim::Nanoseconds month = sim::Seconds(30LL * 86'400);
+    EXPECT_EQ(shaft.StepsTurned(month), 30LL * 86'400 * 1600);
+    EXPECT_EQ(shaft.NextFlagChange(month), month + 1200 * kPulse);
 }
 
 } // namespace

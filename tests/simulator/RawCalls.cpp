@@ -9,7 +9,7 @@
 namespace tavrelin {
 namespace {
 
-long orError(long result) {
+long OrError(long result) {
     return result < 0 ? -errno : result;
 }
 
@@ -24,57 +24,57 @@ Descriptor::~Descriptor() {
     }
 }
 
-long Descriptor::write(std::string_view text) const {
-    return orError(::write(number_, text.data(), text.size()));
+long Descriptor::Write(std::string_view text) const {
+    return OrError(::write(number_, text.data(), text.size()));
 }
 
-long Descriptor::seek(long offset, int whence) const {
-    return orError(::lseek(number_, offset, whence));
+long Descriptor::Seek(long offset, int whence) const {
+    return OrError(::lseek(number_, offset, whence));
 }
 
-long Descriptor::read(std::string& text, std::size_t most) const {
+long Descriptor::Read(std::string& text, std::size_t most) const {
     text.assign(most, '\0');
-    const long count = orError(::read(number_, text.data(), most));
+    const long count = OrError(::read(number_, text.data(), most));
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
     return count;
 }
 
-std::string Descriptor::readAgain() const {
+std::string Descriptor::ReadAgain() const {
     std::string text;
-    seek(0, SEEK_SET);
-    const long count = read(text);
-    return count < 0 ? sim::errnoName(static_cast<int>(-count)) : text;
+    Seek(0, SEEK_SET);
+    const long count = Read(text);
+    return count < 0 ? sim::ErrnoName(static_cast<int>(-count)) : text;
 }
 
-long Descriptor::close() {
-    const long result = orError(::close(number_));
+long Descriptor::Close() {
+    const long result = OrError(::close(number_));
     number_ = -1;
     return result;
 }
 
-int store(const std::string& path, std::string_view text) {
+int Store(const std::string& path, std::string_view text) {
     const Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
-    if (file.error() != 0) {
-        return file.error();
+    if (file.Error() != 0) {
+        return file.Error();
     }
-    const long written = file.write(text);
+    const long written = file.Write(text);
     return written < 0 ? static_cast<int>(-written) : 0;
 }
 
-int openError(const std::string& path, int flags) {
-    return Descriptor(path, flags).error();
+int OpenError(const std::string& path, int flags) {
+    return Descriptor(path, flags).Error();
 }
 
-std::string show(const std::string& path) {
+std::string Show(const std::string& path) {
     const Descriptor file(path, O_RDONLY);
-    return file.error() != 0 ? sim::errnoName(file.error()) : file.readAgain();
+    return file.Error() != 0 ? sim::ErrnoName(file.Error()) : file.ReadAgain();
 }
 
-std::string lineFile(const std::string& line, const std::string& attribute) {
+std::string LineFile(const std::string& line, const std::string& attribute) {
     return "/sys/class/gpio/pio" + line + "/" + attribute;
 }
 
-std::string channelFile(unsigned channel, const std::string& attribute) {
+std::string ChannelFile(unsigned channel, const std::string& attribute) {
     return "/sys/class/pwm/pwmchip0/pwm" + std::to_string(channel) + "/" + attribute;
 }
 

@@ -13,18 +13,18 @@ class Descriptor {
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor();
 
-    int number() const { return number_; }
+    int Number() const { return number_; }
     /// The errno of the open, 0 when it succeeded.
-    int error() const { return error_; }
+    int Error() const { return error_; }
 
     /// Each gives what the call gave, or the negated errno.
-    long write(std::string_view text) const;
-    long seek(long offset, int whence) const;
+    long Write(std::string_view text) const;
+    long Seek(long offset, int whence) const;
     /// One read of up to so many bytes.
-    long read(std::string& text, std::size_t most = 64) const;
+    long Read(std::string& text, std::size_t most = 64) const;
     /// The text from the start, or the name of the errno.
-    std::string readAgain() const;
-    long close();
+    std::string ReadAgain() const;
+    long Close();
 
   private:
     int number_;
@@ -33,21 +33,21 @@ class Descriptor {
 
 /// Writes a text as an output stream does, which opens to create and truncate: 0, or the errno of
 /// the open or the write.
-int store(const std::string& path, std::string_view text);
+int Store(const std::string& path, std::string_view text);
 /// The errno of opening a path so; 0 when it opens.
-int openError(const std::string& path, int flags);
+int OpenError(const std::string& path, int flags);
 /// Text of an attribute, or the name of the errno that refused it.
-std::string show(const std::string& path);
+std::string Show(const std::string& path);
 
 /// Path of a line's attribute: lineFile("B18", "value").
-std::string lineFile(const std::string& line, const std::string& attribute);
+std::string LineFile(const std::string& line, const std::string& attribute);
 /// Path of a channel's attribute: channelFile(1, "period").
-std::string channelFile(unsigned channel, const std::string& attribute);
+std::string ChannelFile(unsigned channel, const std::string& attribute);
 
-inline constexpr const char* gpioExport = "/sys/class/gpio/export";
-inline constexpr const char* gpioUnexport = "/sys/class/gpio/unexport";
-inline constexpr const char* pwmExport = "/sys/class/pwm/pwmchip0/export";
-inline constexpr const char* pwmUnexport = "/sys/class/pwm/pwmchip0/unexport";
-inline constexpr const char* spiDevice = "/dev/spidev32765.1";
+inline constexpr const char* kGpioExport = "/sys/class/gpio/export";
+inline constexpr const char* kGpioUnexport = "/sys/class/gpio/unexport";
+inline constexpr const char* kPwmExport = "/sys/class/pwm/pwmchip0/export";
+inline constexpr const char* kPwmUnexport = "/sys/class/pwm/pwmchip0/unexport";
+inline constexpr const char* kSpiDevice = "/dev/spidev32765.1";
 
 } // namespace tavrelin

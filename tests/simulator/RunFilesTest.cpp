@@ -14,15 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int cannotStart = 15;
+constexpr int kCannotStart = 15;
 
 class RunFiles : public testing::Test {
   protected:
-    std::string file(const std::string& name) const { return folder.File(name); }
+    std::string File(const std::string& name) const { return folder.File(name); }
     /// The line of a launcher that cannot start with these options.
-    static std::string refusal(const Words& options) {
-        const CommandResult run = simulateTrouble({"status", "0"}, options);
-        EXPECT_EQ(run.status, cannotStart);
+    static std::string Refusal(const Words& options) {
+        const CommandResult run = SimulateTrouble({"status", "0"}, options);
+        EXPECT_EQ(run.status, kCannotStart);
         return run.error;
     }
 
@@ -30,78 +30,78 @@ class RunFiles : public testing::Test {
 };
 
 TEST_F(RunFiles, AGivenRootIsMadeAndStays) {
-    const std::string root = file("deep/root");
-    EXPECT_EQ(simulate({"--root", root, "--measurements", "1"}, {binary("tavrelin")}).status, 0);
+    const std::string root = File("deep/root");
+    EXPECT_EQ(Simulate({"--root", root, "--measurements", "1"}, {Binary("tavrelin")}).status, 0);
     EXPECT_TRUE(fs::exists(root + "/card/2026-03-07_logfile.csv"));
 }
 
 TEST_F(RunFiles, AnEmptyFolderMayBeTheRoot) {
-    fs::create_directory(file("root"));
-    EXPECT_EQ(simulateTrouble({"status", "0"}, {"--root", file("root")}).status, 0);
+    fs::create_directory(File("root"));
+    EXPECT_EQ(SimulateTrouble({"status", "0"}, {"--root", File("root")}).status, 0);
 }
 
 TEST_F(RunFiles, WhatAnEarlierRunLeftIsRefused) {
-    fs::create_directories(file("root/card"));
-    EXPECT_EQ(refusal({"--root", file("root")}),
-              "simulate: --root " + file("root") +
+    fs::create_directories(File("root/card"));
+    EXPECT_EQ(Refusal({"--root", File("root")}),
+              "simulate: --root " + File("root") +
                   ": not empty; what an earlier run left would change this one\n");
 }
 
 TEST_F(RunFiles, AFileIsNoRoot) {
-    WriteText(file("text"), "text");
-    EXPECT_EQ(refusal({"--root", file("text")}),
-              "simulate: --root " + file("text") + ": cannot be made a folder\n");
-    EXPECT_EQ(refusal({"--root", file("text/below")}),
-              "simulate: --root " + file("text/below") + ": cannot be made a folder\n");
+    WriteText(File("text"), "text");
+    EXPECT_EQ(Refusal({"--root", File("text")}),
+              "simulate: --root " + File("text") + ": cannot be made a folder\n");
+    EXPECT_EQ(Refusal({"--root", File("text/below")}),
+              "simulate: --root " + File("text/below") + ": cannot be made a folder\n");
 }
 
 TEST_F(RunFiles, AFolderOfTheRunsOwnGoesWithIt) {
     std::string path;
     {
         const sim::RunRoot own("");
-        path = own.path();
-        EXPECT_EQ(own.problem(), "");
+        path = own.Path();
+        EXPECT_EQ(own.Problem(), "");
         WriteText(path + "/file", "text");
         EXPECT_TRUE(fs::is_directory(path));
     }
     EXPECT_FALSE(fs::exists(path));
-    fs::create_directory(file("given"));
+    fs::create_directory(File("given"));
     {
-        const sim::RunRoot given(file("given"));
-        EXPECT_EQ(given.path(), fs::canonical(file("given")));
+        const sim::RunRoot given(File("given"));
+        EXPECT_EQ(given.Path(), fs::canonical(File("given")));
     }
-    EXPECT_TRUE(fs::exists(file("given")));
+    EXPECT_TRUE(fs::exists(File("given")));
 }
 
 TEST_F(RunFiles, EventsAndSummaryMustBeWritable) {
     for (const std::string option : {"--events", "--summary"}) {
         for (const std::string path : {"/nowhere/file", "/"}) {
-            EXPECT_EQ(refusal({option, path}),
+            EXPECT_EQ(Refusal({option, path}),
                       "simulate: " + option + " " + path +
                           ": cannot be written to; takes a file in a folder that is there\n");
         }
     }
-    EXPECT_EQ(refusal({"--events", file("same"), "--summary", file("same")}),
-              "simulate: --summary " + file("same") +
+    EXPECT_EQ(Refusal({"--events", File("same"), "--summary", File("same")}),
+              "simulate: --summary " + File("same") +
                   ": holds the events already; takes another file\n");
 }
 
 TEST_F(RunFiles, AnEventFileIsWrittenAnew) {
-    WriteText(file("events"), std::string(10'000, 'x'));
-    EXPECT_EQ(simulateTrouble({"sleep", "5"}, {"--events", file("events")}).status, 0);
-    EXPECT_EQ(TextOf(file("events")), "0 1 sleep - 5000 us\n");
+    WriteText(File("events"), std::string(10'000, 'x'));
+    EXPECT_EQ(SimulateTrouble({"sleep", "5"}, {"--events", File("events")}).status, 0);
+    EXPECT_EQ(TextOf(File("events")), "0 1 sleep - 5000 us\n");
 }
 
 TEST_F(RunFiles, TheLastEventsBeforeACrashAreThere) {
-    simulateTrouble({"crash-after-export", "7"}, {"--events", file("events")});
-    EXPECT_EQ(TextOf(file("events")), "0 1 write /sys/class/gpio/export \"7\"\n"
+    SimulateTrouble({"crash-after-export", "7"}, {"--events", File("events")});
+    EXPECT_EQ(TextOf(File("events")), "0 1 write /sys/class/gpio/export \"7\"\n"
                                       "0 1 sleep - 1500000 us\n"
                                       "1500000 1 write /sys/class/gpio/export \"7\" EBUSY\n");
 }
 
 TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
-    simulateTrouble({"sleep-again", "60000"}, {"--events", file("events"), "--real-time", "0.2"});
-    const Words events = LinesOf(TextOf(file("events")));
+    SimulateTrouble({"sleep-again", "60000"}, {"--events", File("events"), "--real-time", "0.2"});
+    const Words events = LinesOf(TextOf(File("events")));
     ASSERT_GT(events.size(), 10'000U) << "some buffers full";
     for (std::size_t i = 0; i < events.size(); ++i) {
         ASSERT_EQ(events[i], std::to_string(i * 60'000'000) + " 1 sleep - 60000000 us");
@@ -109,8 +109,8 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
 }
 
 TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
-    simulate({"--summary", file("summary"), "--measurements", "1"}, {binary("tavrelin")});
-    const std::string text = TextOf(file("summary"));
+    Simulate({"--summary", File("summary"), "--measurements", "1"}, {Binary("tavrelin")});
+    const std::string text = TextOf(File("summary"));
     EXPECT_TRUE(Contains(text, "end = \"limit reached: measurements\"\n"
                                "status = 0\n"
                                "board_time_us = "));
@@ -123,10 +123,10 @@ TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
 
 TEST_F(RunFiles, TheSummaryTellsATroubledEnd) {
     const auto summary = [&](const Words& trouble, const Words& options = {}) {
-        Words all{"--summary", file("summary")};
+        Words all{"--summary", File("summary")};
         all.insert(all.end(), options.begin(), options.end());
-        simulateTrouble(trouble, all);
-        const Words lines = LinesOf(TextOf(file("summary")));
+        SimulateTrouble(trouble, all);
+        const Words lines = LinesOf(TextOf(File("summary")));
         return lines.at(0) + ", " + lines.at(1);
     };
     EXPECT_EQ(summary({"status", "0"}), "end = \"program ended\", status = 0");

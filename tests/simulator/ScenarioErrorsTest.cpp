@@ -12,8 +12,8 @@ namespace tavrelin {
 namespace {
 
 /// "LINE: KEY: what is wrong", or nothing for a scenario that is right.
-std::string errorOf(const std::string& toml) {
-    const auto read = sim::parseScenario(toml, "b");
+std::string ErrorOf(const std::string& toml) {
+    const auto read = sim::ParseScenario(toml, "b");
     const auto* error = std::get_if<sim::ScenarioError>(&read);
     return error != nullptr ? error->text.substr(2) : "";
 }
@@ -28,49 +28,49 @@ class WrongScenarioValue : public testing::TestWithParam<WrongValue> {};
 
 TEST_P(WrongScenarioValue, IsRefused) {
     const WrongValue& wrong = GetParam();
-    EXPECT_EQ(errorOf(std::string("\n\n") + wrong.key + " = " + wrong.value),
+    EXPECT_EQ(ErrorOf(std::string("\n\n") + wrong.key + " = " + wrong.value),
               std::string("3: ") + wrong.key + ": " + wrong.takes);
 }
 
-constexpr const char* yesOrNo = "takes true or false";
-constexpr const char* counts = "takes a whole number from -16777216 to 16777215";
-constexpr const char* absorbances = "takes a number from -2 to 6";
-constexpr const char* words = "takes a whole number from 0 to 4294967295";
-constexpr const char* texts = "takes a list of texts in quotes";
-constexpr const char* list = "takes a list in brackets";
+constexpr const char* kYesOrNo = "takes true or false";
+constexpr const char* kCounts = "takes a whole number from -16777216 to 16777215";
+constexpr const char* kAbsorbances = "takes a number from -2 to 6";
+constexpr const char* kWords = "takes a whole number from 0 to 4294967295";
+constexpr const char* kTexts = "takes a list of texts in quotes";
+constexpr const char* kList = "takes a list in brackets";
 
 INSTANTIATE_TEST_SUITE_P(Booleans, WrongScenarioValue,
-                         testing::Values(WrongValue{"card.present", "1", yesOrNo},
-                                         WrongValue{"card.mounted", "\"yes\"", yesOrNo},
-                                         WrongValue{"card.partition", "0.0", yesOrNo},
-                                         WrongValue{"card.fat", "[]", yesOrNo},
-                                         WrongValue{"card.write_protected", "1", yesOrNo},
-                                         WrongValue{"card.read_only", "1", yesOrNo},
-                                         WrongValue{"card.mount_point", "1", yesOrNo},
-                                         WrongValue{"pump.flag_seen", "1", yesOrNo},
-                                         WrongValue{"pump.on_flag_at_start", "1", yesOrNo},
-                                         WrongValue{"board.present", "1", yesOrNo},
-                                         WrongValue{"mount_table.present", "1", yesOrNo}));
+                         testing::Values(WrongValue{"card.present", "1", kYesOrNo},
+                                         WrongValue{"card.mounted", "\"yes\"", kYesOrNo},
+                                         WrongValue{"card.partition", "0.0", kYesOrNo},
+                                         WrongValue{"card.fat", "[]", kYesOrNo},
+                                         WrongValue{"card.write_protected", "1", kYesOrNo},
+                                         WrongValue{"card.read_only", "1", kYesOrNo},
+                                         WrongValue{"card.mount_point", "1", kYesOrNo},
+                                         WrongValue{"pump.flag_seen", "1", kYesOrNo},
+                                         WrongValue{"pump.on_flag_at_start", "1", kYesOrNo},
+                                         WrongValue{"board.present", "1", kYesOrNo},
+                                         WrongValue{"mount_table.present", "1", kYesOrNo}));
 
 INSTANTIATE_TEST_SUITE_P(
     Numbers, WrongScenarioValue,
-    testing::Values(WrongValue{"sample.absorbance", "6.01", absorbances},
-                    WrongValue{"sample.absorbance", "[0.1, -2.5]", absorbances},
-                    WrongValue{"sample.absorbance", "nan", absorbances},
-                    WrongValue{"sample.absorbance", "\"0.5\"", absorbances},
+    testing::Values(WrongValue{"sample.absorbance", "6.01", kAbsorbances},
+                    WrongValue{"sample.absorbance", "[0.1, -2.5]", kAbsorbances},
+                    WrongValue{"sample.absorbance", "nan", kAbsorbances},
+                    WrongValue{"sample.absorbance", "\"0.5\"", kAbsorbances},
                     WrongValue{"sample.absorbance", "[]", "takes at least one number"},
-                    WrongValue{"detector.dark", "16777216", counts},
-                    WrongValue{"detector.dark", "1.5", counts},
-                    WrongValue{"detector.reference", "-16777217", counts},
+                    WrongValue{"detector.dark", "16777216", kCounts},
+                    WrongValue{"detector.dark", "1.5", kCounts},
+                    WrongValue{"detector.reference", "-16777217", kCounts},
                     WrongValue{"detector.noise", "-1", "takes a number from 0 to 10000000"},
                     WrongValue{"detector.noise", "inf", "takes a number from 0 to 10000000"},
                     WrongValue{"card.free_bytes", "-1",
                                "takes a whole number from 0 to 1125899906842624"},
                     WrongValue{"indicator.cable_length", "-1", "takes a number from 0 to 1000000"},
                     WrongValue{"indicator.lamp_voltage", "101", "takes a number from -100 to 100"},
-                    WrongValue{"converter.words", "[-1]", words},
-                    WrongValue{"converter.words", "[4294967296]", words},
-                    WrongValue{"converter.words", "7", list},
+                    WrongValue{"converter.words", "[-1]", kWords},
+                    WrongValue{"converter.words", "[4294967296]", kWords},
+                    WrongValue{"converter.words", "7", kList},
                     WrongValue{"channels.exported", "[4]", "takes a whole number from 0 to 3"},
                     WrongValue{"channels.exported", "[true]", "takes a whole number from 0 to 3"}));
 
@@ -80,8 +80,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongValue{"lines.exported", "[\"B32\"]", "no line is named \"B32\"; lines are A0 to D31"},
         WrongValue{"lines.exported", "[\"B07\"]", "no line is named \"B07\"; lines are A0 to D31"},
         WrongValue{"lines.high", "[\"E0\"]", "no line is named \"E0\"; lines are A0 to D31"},
-        WrongValue{"lines.high", "[7]", texts}, WrongValue{"lines.high", "\"A0\"", list},
-        WrongValue{"mount_table.lines", "[1]", texts},
+        WrongValue{"lines.high", "[7]", kTexts}, WrongValue{"lines.high", "\"A0\"", kList},
+        WrongValue{"mount_table.lines", "[1]", kTexts},
         WrongValue{"adc.scale", "0.0001", "takes a text in quotes"},
         WrongValue{"threads.order", "\"random\"", "takes \"arrival\" or \"seeded\""},
         WrongValue{"threads.order", "1", "takes a text in quotes"},
@@ -108,7 +108,7 @@ struct WrongTable {
 class WrongScenarioTable : public testing::TestWithParam<WrongTable> {};
 
 TEST_P(WrongScenarioTable, IsRefused) {
-    EXPECT_EQ(errorOf(GetParam().toml), GetParam().error);
+    EXPECT_EQ(ErrorOf(GetParam().toml), GetParam().error);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongTable{"[[file_system]]\ndirectory = '/a'\nfree = -1",
                    "3: file_system.free: takes a whole number from 0 to 1152921504606846976"}));
 
-constexpr const char* noBoardPath =
+constexpr const char* kNoBoardPath =
     "3: fault.path: no path of the board; takes one such as \"/sys/class/gpio/export\" or, for all "
     "that begin so, \"/sys/class/gpio/*\"";
 
@@ -162,17 +162,17 @@ INSTANTIATE_TEST_SUITE_P(
         WrongTable{"[[fault]]\ncall = 'open'\nerrno = 'EIO'\nrepeat = 'twice'",
                    "4: fault.repeat: takes \"once\" or \"forever\""},
         WrongTable{"[[fault]]\ncall = 'open'\npath = '/sys/class/gpoi/export'\nerrno = 'EIO'",
-                   noBoardPath},
+                   kNoBoardPath},
         WrongTable{"[[fault]]\ncall = 'open'\npath = '/sys/class/gpoi/*'\nerrno = 'EIO'",
-                   noBoardPath},
+                   kNoBoardPath},
         WrongTable{"[[fault]]\ncall = 'open'\npath = '/sys//class/gpio/*'\nerrno = 'EIO'",
-                   noBoardPath},
+                   kNoBoardPath},
         WrongTable{"[[fault]]\ncall = 'pthread_create'\npath = '/dev/mem'\nerrno = 'EIO'",
                    "3: fault.path: the call pthread_create has no path"}));
 
 TEST(WrongScenario, NamesTheKnownCalls) {
     EXPECT_EQ(
-        errorOf("[[fault]]\ncall = 'opne'\nerrno = 'EIO'"),
+        ErrorOf("[[fault]]\ncall = 'opne'\nerrno = 'EIO'"),
         "2: fault.call: unknown call; known: access, clock_gettime, close, fork, ioctl, kill, "
         "lseek, lstat, mkdir, mmap, mount, nanosleep, open, poll, pthread_create, "
         "pthread_join, pthread_mutex_init, pthread_mutex_lock, pthread_mutex_unlock, read, "
@@ -182,25 +182,25 @@ TEST(WrongScenario, NamesTheKnownCalls) {
 TEST(WrongScenario, AFaultMayMeetAllPathsThatBeginAlike) {
     for (const char* path : {"/sys/class/gpio/*", "/sys/class/g*", "/dev/*", "/*"}) {
         EXPECT_EQ(
-            errorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\npath = '" + std::string(path) + "'"),
+            ErrorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\npath = '" + std::string(path) + "'"),
             "")
             << path;
     }
 }
 
 TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
-    EXPECT_EQ(errorOf("\n[pump]\nflag = false"),
+    EXPECT_EQ(ErrorOf("\n[pump]\nflag = false"),
               "3: pump.flag: unknown key; known here: flag_seen, on_flag_at_start");
-    EXPECT_EQ(errorOf("[pumps]\n"),
+    EXPECT_EQ(ErrorOf("[pumps]\n"),
               "1: pumps: unknown key; known here: adc, attributes, board, card, channels, clock, "
               "converter, detector, fault, file_system, indicator, lines, mount_table, pump, "
               "sample, threads");
-    EXPECT_EQ(errorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\nonce = true"),
+    EXPECT_EQ(ErrorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\nonce = true"),
               "4: fault.once: unknown key; known here: bytes, call, errno, occurrence, path, "
               "repeat");
     for (const char* table : {"board", "sample", "detector", "card", "clock", "lines", "threads",
                               "mount_table", "indicator", "adc", "converter", "channels"}) {
-        const std::string error = errorOf(std::string(table) + ".unknown = 1");
+        const std::string error = ErrorOf(std::string(table) + ".unknown = 1");
         EXPECT_EQ(error.find(std::string("1: ") + table + ".unknown: unknown key; known here: "),
                   0U)
             << error;
@@ -208,7 +208,7 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
     for (const char* table :
          {"card.event", "clock.jump", "lines.event", "adc.input", "file_system"}) {
         const std::string error =
-            errorOf(std::string("[[") + table +
+            ErrorOf(std::string("[[") + table +
                     "]]\nat = 1\ndo = 'insert'\nseconds = 1\nline = 'A0'\nlevel = 1\nnumber = 1\n"
                     "volts = 1\ndirectory = '/'\nunknown = 1");
         EXPECT_TRUE(Contains(error, "unknown key; known here: ")) << error;
@@ -216,9 +216,9 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
 }
 
 TEST(WrongScenario, AttributesAreTextsOfTheKernelsFiles) {
-    EXPECT_EQ(errorOf("[attributes]\n'/sys/class/gpio/pioB18/value' = 1"),
+    EXPECT_EQ(ErrorOf("[attributes]\n'/sys/class/gpio/pioB18/value' = 1"),
               "2: attributes./sys/class/gpio/pioB18/value: takes a text in quotes");
-    EXPECT_EQ(errorOf("[attributes]\n'/etc/mtab' = ''"),
+    EXPECT_EQ(ErrorOf("[attributes]\n'/etc/mtab' = ''"),
               "2: attributes./etc/mtab: \"/etc/mtab\" is no path of the board; takes one such as "
               "\"/sys/class/gpio/pioB18/value\"");
 }
@@ -227,38 +227,38 @@ TEST(WrongScenario, AMountedCardCanBeMounted) {
     const std::string error = "card.mounted: a mounted card is present, has a partition with a FAT "
                               "file system, and a mount point";
     for (const char* lack : {"present", "partition", "fat", "mount_point"}) {
-        EXPECT_EQ(errorOf("card.mounted = true\ncard." + std::string(lack) + " = false"),
+        EXPECT_EQ(ErrorOf("card.mounted = true\ncard." + std::string(lack) + " = false"),
                   "1: " + error);
     }
 }
 
 TEST(WrongScenario, TomlThatIsNoneIsRefusedWithItsLine) {
-    EXPECT_EQ(errorOf("\n\n[card\n").substr(0, 3), "3: ");
-    EXPECT_EQ(errorOf("card.present = true\ncard.present = false").substr(0, 3), "2: ");
-    EXPECT_EQ(errorOf("a = \"\xff\"").substr(0, 3), "1: ");
-    EXPECT_NE(errorOf(std::string("a\0b", 3)), "");
+    EXPECT_EQ(ErrorOf("\n\n[card\n").substr(0, 3), "3: ");
+    EXPECT_EQ(ErrorOf("card.present = true\ncard.present = false").substr(0, 3), "2: ");
+    EXPECT_EQ(ErrorOf("a = \"\xff\"").substr(0, 3), "1: ");
+    EXPECT_NE(ErrorOf(std::string("a\0b", 3)), "");
 }
 
 TEST(WrongScenario, OnlyTheFirstErrorIsTold) {
-    EXPECT_EQ(errorOf("card.present = 1\ncard.fat = 1"), "1: card.present: takes true or false");
+    EXPECT_EQ(ErrorOf("card.present = 1\ncard.fat = 1"), "1: card.present: takes true or false");
 }
 
 TEST(WrongScenario, EndsTheLauncherWithFileLineAndKey) {
     const TemporaryFolder folder;
     const std::string file = folder.File("board.toml");
     WriteText(file, "[pump]\nflag_seen = 3\n");
-    const CommandResult run = simulateTrouble({"speak"}, {"--scenario", file});
+    const CommandResult run = SimulateTrouble({"speak"}, {"--scenario", file});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.error, "simulate: " + file + ":2: pump.flag_seen: takes true or false\n");
     EXPECT_EQ(run.output, "");
-    const CommandResult none = simulateTrouble({"speak"}, {"--scenario", "/nowhere.toml"});
+    const CommandResult none = SimulateTrouble({"speak"}, {"--scenario", "/nowhere.toml"});
     EXPECT_EQ(none.status, 3);
     EXPECT_EQ(none.error, "simulate: /nowhere.toml: cannot be read; takes a file in TOML\n");
 }
 
 TEST(Scenario, MayComeThroughAPipe) {
     const std::string command = "echo 'fault = [{call = \"nanosleep\", errno = \"EINTR\"}]' | " +
-                                binary("simulate") +
+                                Binary("simulate") +
                                 " --scenario /dev/stdin --events /dev/stderr -- " +
                                 testProgram("troublemaker") + " sleep 10";
     const CommandResult run = RunCommand({"sh", "-c", command});

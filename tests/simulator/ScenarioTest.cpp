@@ -10,14 +10,14 @@
 namespace tavrelin {
 namespace {
 
-using sim::parseScenario;
+using sim::ParseScenario;
 using sim::Scenario;
 using sim::ScenarioError;
-using sim::seconds;
+using sim::Seconds;
 using sim::WorldEvent;
 
-Scenario parse(const std::string& toml) {
-    auto read = parseScenario(toml, "test.toml");
+Scenario Parse(const std::string& toml) {
+    auto read = ParseScenario(toml, "test.toml");
     if (const auto* error = std::get_if<ScenarioError>(&read)) {
         ADD_FAILURE() << error->text;
         return {};
@@ -26,7 +26,7 @@ Scenario parse(const std::string& toml) {
 }
 
 TEST(Scenario, OfNothingIsTheBoardAsItShouldBe) {
-    const Scenario scenario = parse("");
+    const Scenario scenario = Parse("");
     EXPECT_EQ(scenario.absorbances, std::vector<double>{0.25});
     EXPECT_EQ(scenario.darkCount, 20'000);
     EXPECT_EQ(scenario.referenceCount, 3'000'000);
@@ -37,12 +37,12 @@ TEST(Scenario, OfNothingIsTheBoardAsItShouldBe) {
     EXPECT_FALSE(scenario.startOnFlag || scenario.cardMounted || scenario.cardReadOnly);
     EXPECT_FALSE(scenario.cardWriteProtected);
     EXPECT_EQ(scenario.cardFreeBytes, -1);
-    EXPECT_EQ(scenario.threadOrder, sim::ThreadOrder::arrival);
+    EXPECT_EQ(scenario.threadOrder, sim::ThreadOrder::Arrival);
     EXPECT_TRUE(scenario.events.empty() && scenario.faults.empty() && scenario.missing.empty());
 }
 
 TEST(Scenario, SetsSampleAndDetector) {
-    const Scenario scenario = parse("sample.absorbance = [0.1, 1, 2.5e-1]\n"
+    const Scenario scenario = Parse("sample.absorbance = [0.1, 1, 2.5e-1]\n"
                                     "[detector]\n"
                                     "dark = -5\n"
                                     "reference = 16777215\n"
@@ -54,11 +54,11 @@ TEST(Scenario, SetsSampleAndDetector) {
     EXPECT_EQ(scenario.referenceCount, 16'777'215);
     EXPECT_EQ(scenario.noise, 12.0);
     EXPECT_EQ(scenario.converterWords, (std::vector<std::uint32_t>{0xA0800000, 0, 0xFFFFFFFF}));
-    EXPECT_EQ(parse("sample.absorbance = 0.5").absorbances, std::vector<double>{0.5});
+    EXPECT_EQ(Parse("sample.absorbance = 0.5").absorbances, std::vector<double>{0.5});
 }
 
 TEST(Scenario, SetsTheCard) {
-    const Scenario scenario = parse("[card]\n"
+    const Scenario scenario = Parse("[card]\n"
                                     "present = false\n"
                                     "partition = false\n"
                                     "fat = false\n"
@@ -70,11 +70,11 @@ TEST(Scenario, SetsTheCard) {
     EXPECT_FALSE(scenario.mountPointExists);
     EXPECT_TRUE(scenario.cardWriteProtected && scenario.cardReadOnly);
     EXPECT_EQ(scenario.cardFreeBytes, 4096);
-    EXPECT_TRUE(parse("card.mounted = true").cardMounted);
+    EXPECT_TRUE(Parse("card.mounted = true").cardMounted);
 }
 
 TEST(Scenario, SetsPumpBoardAndThreads) {
-    const Scenario scenario = parse("pump.flag_seen = false\n"
+    const Scenario scenario = Parse("pump.flag_seen = false\n"
                                     "pump.on_flag_at_start = true\n"
                                     "threads.order = \"seeded\"\n"
                                     "[board]\n"
@@ -82,12 +82,12 @@ TEST(Scenario, SetsPumpBoardAndThreads) {
                                     "missing = [\"/sys/class/gpio/export\"]\n");
     EXPECT_FALSE(scenario.flagSeen || scenario.boardPresent);
     EXPECT_TRUE(scenario.startOnFlag);
-    EXPECT_EQ(scenario.threadOrder, sim::ThreadOrder::seeded);
+    EXPECT_EQ(scenario.threadOrder, sim::ThreadOrder::Seeded);
     EXPECT_EQ(scenario.missing, std::set<std::string>{"/sys/class/gpio/export"});
 }
 
 TEST(Scenario, SetsLinesChannelsAndAttributes) {
-    const Scenario scenario = parse("lines.exported = [\"B15\", \"D31\"]\n"
+    const Scenario scenario = Parse("lines.exported = [\"B15\", \"D31\"]\n"
                                     "lines.high = [\"A0\"]\n"
                                     "channels.exported = [0, 3]\n"
                                     "[attributes]\n"
@@ -99,7 +99,7 @@ TEST(Scenario, SetsLinesChannelsAndAttributes) {
 }
 
 TEST(Scenario, SetsTheAnalogSideAndTheMountTable) {
-    const Scenario scenario = parse("indicator.cable_length = 7.5\n"
+    const Scenario scenario = Parse("indicator.cable_length = 7.5\n"
                                     "indicator.lamp_voltage = 3.9\n"
                                     "adc.scale = \"rubbish\"\n"
                                     "adc.input = [{number = 11, volts = 1.5}]\n"
@@ -126,24 +126,24 @@ TEST(Scenario, SetsTheAnalogSideAndTheMountTable) {
 }
 
 TEST(Scenario, OrdersWhatBefallsTheBoardByTime) {
-    const Scenario scenario = parse("[[lines.event]]\nat = 4\nline = \"B18\"\nlevel = 1\n"
+    const Scenario scenario = Parse("[[lines.event]]\nat = 4\nline = \"B18\"\nlevel = 1\n"
                                     "[[card.event]]\nat = 2.5\ndo = \"remove\"\n"
                                     "[[card.event]]\nat = 3\ndo = \"insert\"\n"
                                     "[[clock.jump]]\nat = 0.0000005\nseconds = -3600\n");
     ASSERT_EQ(scenario.events.size(), 4U);
-    EXPECT_EQ(scenario.events[0].kind, WorldEvent::Kind::jumpClock);
-    EXPECT_EQ(scenario.events[0].at, sim::microseconds(1)) << "to the nearest microsecond";
+    EXPECT_EQ(scenario.events[0].kind, WorldEvent::Kind::JumpClock);
+    EXPECT_EQ(scenario.events[0].at, sim::Microseconds(1)) << "to the nearest microsecond";
     EXPECT_EQ(scenario.events[0].value, -3600);
-    EXPECT_EQ(scenario.events[1].kind, WorldEvent::Kind::removeCard);
-    EXPECT_EQ(scenario.events[1].at, sim::milliseconds(2500));
-    EXPECT_EQ(scenario.events[2].kind, WorldEvent::Kind::insertCard);
-    EXPECT_EQ(scenario.events[3].kind, WorldEvent::Kind::setInput);
+    EXPECT_EQ(scenario.events[1].kind, WorldEvent::Kind::RemoveCard);
+    EXPECT_EQ(scenario.events[1].at, sim::Milliseconds(2500));
+    EXPECT_EQ(scenario.events[2].kind, WorldEvent::Kind::InsertCard);
+    EXPECT_EQ(scenario.events[3].kind, WorldEvent::Kind::SetInput);
     EXPECT_EQ(scenario.events[3].line, 50U);
     EXPECT_EQ(scenario.events[3].value, 1);
 }
 
 TEST(Scenario, SetsFaults) {
-    const Scenario scenario = parse("[[fault]]\n"
+    const Scenario scenario = Parse("[[fault]]\n"
                                     "call = \"open\"\n"
                                     "path = \"/sys/class/gpio/*\"\n"
                                     "occurrence = 3\n"
@@ -168,12 +168,12 @@ TEST(ScenarioText, IsReadWhole) {
     const TemporaryFolder folder;
     const std::string text = "# " + std::string(100'000, 'x') + "\n";
     WriteText(folder.File("board.toml"), text);
-    EXPECT_EQ(std::get<std::string>(sim::readScenarioText(folder.File("board.toml"))), text);
+    EXPECT_EQ(std::get<std::string>(sim::ReadScenarioText(folder.File("board.toml"))), text);
 }
 
 TEST(ScenarioText, CannotBeReadFromAFolderOrFromNowhere) {
     for (const std::string path : {"/tmp", "/nowhere/board.toml"}) {
-        EXPECT_EQ(std::get<ScenarioError>(sim::readScenarioText(path)).text,
+        EXPECT_EQ(std::get<ScenarioError>(sim::ReadScenarioText(path)).text,
                   path + ": cannot be read; takes a file in TOML");
     }
 }

@@ -13,11 +13,11 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::Scenario;
 using sim::SimulatedBoard;
 
-void sleepFor(int ms) {
+void SleepFor(int ms) {
     const timespec span{ms / 1'000, ms % 1'000 * 1'000'000L};
     ::nanosleep(&span, nullptr);
 }
@@ -26,12 +26,12 @@ void sleepFor(int ms) {
 class Worker {
   public:
     explicit Worker(std::function<void()> work) : work_(std::move(work)) {
-        EXPECT_EQ(pthread_create(&thread_, nullptr, run, &work_), 0);
+        EXPECT_EQ(pthread_create(&thread_, nullptr, Run, &work_), 0);
     }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
-    ~Worker() { join(); }
-    void join() {
+    ~Worker() { Join(); }
+    void Join() {
         if (!joined_) {
             EXPECT_EQ(pthread_join(thread_, nullptr), 0);
         }
@@ -39,7 +39,7 @@ class Worker {
     }
 
   private:
-    static void* run(void* work) {
+    static void* Run(void* work) {
         (*static_cast<std::function<void()>*>(work))();
         return nullptr;
     }
@@ -50,9 +50,9 @@ class Worker {
 
 class Threads : public testing::Test {
   protected:
-    void note(const std::string& what) {
+    void Note(const std::string& what) {
         order += (order.empty() ? "" : " ") + what;
-        times.push_back(board.now() / milliseconds(1));
+        times.push_back(board.Now() / Milliseconds(1));
     }
 
     SimulatedBoard board;
@@ -62,30 +62,30 @@ class Threads : public testing::Test {
 
 TEST_F(Threads, RunInOrderOfArrivalUntilTheyWait) {
     {
-        Worker a([&] { note("a"); });
-        Worker b([&] { note("b"); });
-        note("main");
-        Worker c([&] { note("c"); });
-        c.join();
-        note("joined");
+        Worker a([&] { Note("a"); });
+        Worker b([&] { Note("b"); });
+        Note("main");
+        Worker c([&] { Note("c"); });
+        c.Join();
+        Note("joined");
     }
     EXPECT_EQ(order, "main a b c joined");
-    EXPECT_EQ(board.now(), 0);
+    EXPECT_EQ(board.Now(), 0);
 }
 
 TEST_F(Threads, SleepersWakeInOrderOfTheirTimesAndThenOfArrival) {
     {
         Worker late([&] {
-            sleepFor(30);
-            note("late");
+            SleepFor(30);
+            Note("late");
         });
         Worker early([&] {
-            sleepFor(10);
-            note("early");
+            SleepFor(10);
+            Note("early");
         });
         Worker alsoLate([&] {
-            sleepFor(30);
-            note("also-late");
+            SleepFor(30);
+            Note("also-late");
         });
     }
     EXPECT_EQ(order, "early late also-late");
@@ -94,25 +94,25 @@ TEST_F(Threads, SleepersWakeInOrderOfTheirTimesAndThenOfArrival) {
 
 TEST_F(Threads, TimeStandsWhileOneCanRun) {
     {
-        Worker sleeper([&] { sleepFor(10); });
+        Worker sleeper([&] { SleepFor(10); });
         Worker busy([&] {
             for (int i = 0; i < 1000; ++i) {
                 ::access("/sys/class/gpio/export", F_OK);
             }
-            note("busy");
+            Note("busy");
         });
     }
     EXPECT_EQ(times, std::vector<std::int64_t>{0});
-    EXPECT_EQ(board.now(), milliseconds(10));
+    EXPECT_EQ(board.Now(), Milliseconds(10));
 }
 
 TEST_F(Threads, JoiningWaitsForTheEnd) {
     Worker worker([&] {
-        sleepFor(50);
-        note("ends");
+        SleepFor(50);
+        Note("ends");
     });
-    worker.join();
-    note("joined");
+    worker.Join();
+    Note("joined");
     EXPECT_EQ(order, "ends joined");
     EXPECT_EQ(times, (std::vector<std::int64_t>{50, 50}));
 }
@@ -121,7 +121,7 @@ TEST_F(Threads, JoiningTakesTheResultOfAnEndedThread) {
     pthread_t thread{};
     pthread_create(
         &thread, nullptr, [](void* given) -> void* { pthread_exit(given); }, &board);
-    sleepFor(1);
+    SleepFor(1);
     void* result = nullptr;
     EXPECT_EQ(pthread_join(thread, &result), 0);
     EXPECT_EQ(result, &board);
@@ -141,8 +141,8 @@ TEST_F(Threads, AMutexPassesOnInOrderOfArrival) {
         const auto take = [&](const char* name, int hold) {
             return [&, name, hold] {
                 pthread_mutex_lock(&mutex);
-                note(name);
-                sleepFor(hold);
+                Note(name);
+                SleepFor(hold);
                 pthread_mutex_unlock(&mutex);
             };
         };
@@ -168,13 +168,13 @@ TEST_F(Threads, TheEventsTellStartEndAndJoin) {
     {
         Worker worker([] {});
     }
-    EXPECT_EQ(board.timedEvents(),
+    EXPECT_EQ(board.TimedEvents(),
               (sim::Texts{"0 1 thread-start - 2", "0 2 thread-end - -", "0 1 join - 2"}));
 }
 
 TEST_F(Threads, StartingAndJoiningCanBeMadeToFail) {
-    board.fail("pthread_create", "", EAGAIN, 2);
-    board.fail("pthread_join", "", EINVAL);
+    board.Fail("pthread_create", "", EAGAIN, 2);
+    board.Fail("pthread_join", "", EINVAL);
     pthread_t first{};
     pthread_t second{};
     const auto nothing = [](void* given) { return given; };
@@ -183,19 +183,19 @@ TEST_F(Threads, StartingAndJoiningCanBeMadeToFail) {
     EXPECT_EQ(pthread_join(first, nullptr), EINVAL);
     EXPECT_EQ(pthread_join(first, nullptr), 0);
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    board.fail("pthread_mutex_init", "", ENOMEM);
-    board.fail("pthread_mutex_lock", "", EINVAL);
+    board.Fail("pthread_mutex_init", "", ENOMEM);
+    board.Fail("pthread_mutex_lock", "", EINVAL);
     EXPECT_EQ(pthread_mutex_init(&mutex, nullptr), ENOMEM);
     EXPECT_EQ(pthread_mutex_lock(&mutex), EINVAL);
     EXPECT_EQ(pthread_mutex_lock(&mutex), 0);
-    board.fail("pthread_mutex_unlock", "", EPERM);
+    board.Fail("pthread_mutex_unlock", "", EPERM);
     EXPECT_EQ(pthread_mutex_unlock(&mutex), EPERM);
 }
 
 /// The order in which four workers, three operations each, come under a seed.
-std::string orderOf(std::uint64_t seed) {
+std::string OrderOf(std::uint64_t seed) {
     Scenario scenario;
-    scenario.threadOrder = sim::ThreadOrder::seeded;
+    scenario.threadOrder = sim::ThreadOrder::Seeded;
     sim::RunOptions options;
     options.seed = seed;
     SimulatedBoard board(scenario, options);
@@ -219,7 +219,7 @@ std::string orderOf(std::uint64_t seed) {
 
 TEST(SeededOrder, IsTheSameForTheSameSeed) {
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        EXPECT_EQ(orderOf(seed), orderOf(seed)) << seed;
+        EXPECT_EQ(OrderOf(seed), OrderOf(seed)) << seed;
     }
 }
 
@@ -227,7 +227,7 @@ TEST(SeededOrder, ExploresOrdersAndInterleavings) {
     std::set<std::string> orders;
     bool interleaved = false;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        const std::string order = orderOf(seed);
+        const std::string order = OrderOf(seed);
         EXPECT_EQ(order.size(), 12U);
         orders.insert(order);
         interleaved = interleaved || order.find("aaa") == std::string::npos;

@@ -14,45 +14,45 @@
 namespace tavrelin {
 namespace {
 
-using sim::milliseconds;
+using sim::Milliseconds;
 using sim::SimulatedBoard;
 using sim::Texts;
 
 /// An ioctl's result, or the negated errno.
 template <typename Argument>
-long ask(const Descriptor& file, unsigned long request, Argument* argument) {
-    const int result = ::ioctl(file.number(), request, argument);
+long Ask(const Descriptor& file, unsigned long request, Argument* argument) {
+    const int result = ::ioctl(file.Number(), request, argument);
     return result < 0 ? -errno : result;
 }
 
 template <typename Number>
-long set(const Descriptor& file, unsigned long request, Number value) {
-    return ask(file, request, &value);
+long Set(const Descriptor& file, unsigned long request, Number value) {
+    return Ask(file, request, &value);
 }
 
 template <typename Number>
-Number get(const Descriptor& file, unsigned long request) {
+Number Get(const Descriptor& file, unsigned long request) {
     Number value{};
-    EXPECT_EQ(ask(file, request, &value), 0);
+    EXPECT_EQ(Ask(file, request, &value), 0);
     return value;
 }
 
 /// A board whose converter answers a read with one known word.
 class SpiFile : public testing::Test {
   protected:
-    SpiFile() : board(answering(0x11223344)) {}
+    SpiFile() : board(Answering(0x11223344)) {}
 
-    static sim::Scenario answering(std::uint32_t word) {
+    static sim::Scenario Answering(std::uint32_t word) {
         sim::Scenario scenario;
         scenario.converterWords = {word, word};
         return scenario;
     }
-    static void useBits(const Descriptor& file, std::uint8_t bits) {
-        EXPECT_EQ(set(file, SPI_IOC_WR_BITS_PER_WORD, bits), 0);
+    static void UseBits(const Descriptor& file, std::uint8_t bits) {
+        EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, bits), 0);
     }
-    static std::string readFour(const Descriptor& file) {
+    static std::string ReadFour(const Descriptor& file) {
         std::string bytes;
-        EXPECT_EQ(file.read(bytes, 4), 4);
+        EXPECT_EQ(file.Read(bytes, 4), 4);
         return bytes;
     }
 
@@ -60,85 +60,85 @@ class SpiFile : public testing::Test {
 };
 
 TEST_F(SpiFile, SixteenBitWordsLieInMemoryInTheMachinesOrder) {
-    const Descriptor file(spiDevice, O_RDWR);
-    useBits(file, 16);
-    EXPECT_EQ(file.write("\x80\xA0"), 2);
-    EXPECT_EQ(board.writesTo("spi"), (Texts{"a080"}));
-    EXPECT_EQ(readFour(file), "\x22\x11\x44\x33");
+    const Descriptor file(kSpiDevice, O_RDWR);
+    UseBits(file, 16);
+    EXPECT_EQ(file.Write("\x80\xA0"), 2);
+    EXPECT_EQ(board.WritesTo("spi"), (Texts{"a080"}));
+    EXPECT_EQ(ReadFour(file), "\x22\x11\x44\x33");
 }
 
 TEST_F(SpiFile, EightBitWordsPassAsTheyAre) {
-    const Descriptor file(spiDevice, O_RDWR);
-    useBits(file, 8);
-    EXPECT_EQ(file.write("\xA0\x80"), 2);
-    EXPECT_EQ(board.writesTo("spi"), (Texts{"a080"}));
-    EXPECT_EQ(readFour(file), "\x11\x22\x33\x44");
+    const Descriptor file(kSpiDevice, O_RDWR);
+    UseBits(file, 8);
+    EXPECT_EQ(file.Write("\xA0\x80"), 2);
+    EXPECT_EQ(board.WritesTo("spi"), (Texts{"a080"}));
+    EXPECT_EQ(ReadFour(file), "\x11\x22\x33\x44");
 }
 
 TEST_F(SpiFile, SixteenBitWordsComeInPairsOfBytes) {
-    const Descriptor file(spiDevice, O_RDWR);
-    useBits(file, 16);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    UseBits(file, 16);
     std::string text;
-    EXPECT_EQ(file.write("abc"), -EINVAL);
-    EXPECT_EQ(file.read(text, 3), -EINVAL);
-    useBits(file, 8);
-    EXPECT_EQ(file.write("abc"), 3);
+    EXPECT_EQ(file.Write("abc"), -EINVAL);
+    EXPECT_EQ(file.Read(text, 3), -EINVAL);
+    UseBits(file, 8);
+    EXPECT_EQ(file.Write("abc"), 3);
 }
 
 TEST_F(SpiFile, MovesNoMoreThan4096BytesAtOnce) {
-    const Descriptor file(spiDevice, O_RDWR);
+    const Descriptor file(kSpiDevice, O_RDWR);
     std::string text;
-    EXPECT_EQ(file.read(text, 4097), -EMSGSIZE);
-    EXPECT_EQ(file.read(text, 4096), 4096);
-    EXPECT_EQ(file.write(std::string(4097, 'x')), -EMSGSIZE);
-    EXPECT_EQ(file.write(std::string(4096, 'x')), 4096);
+    EXPECT_EQ(file.Read(text, 4097), -EMSGSIZE);
+    EXPECT_EQ(file.Read(text, 4096), 4096);
+    EXPECT_EQ(file.Write(std::string(4097, 'x')), -EMSGSIZE);
+    EXPECT_EQ(file.Write(std::string(4096, 'x')), 4096);
 }
 
 TEST_F(SpiFile, KnowsEightAndSixteenBitsOnly) {
-    const Descriptor file(spiDevice, O_RDWR);
-    EXPECT_EQ(get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
-    EXPECT_EQ(set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{12}), -EINVAL);
-    EXPECT_EQ(set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{16}), 0);
-    EXPECT_EQ(get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 16);
-    EXPECT_EQ(set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{0}), 0) << "0 stands for 8";
-    EXPECT_EQ(get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{12}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{16}), 0);
+    EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 16);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{0}), 0) << "0 stands for 8";
+    EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
 }
 
 TEST_F(SpiFile, ASpeedIsNeverZeroAndNeverClamped) {
-    const Descriptor file(spiDevice, O_RDWR);
-    EXPECT_EQ(set(file, SPI_IOC_WR_MAX_SPEED_HZ, 0U), -EINVAL);
-    EXPECT_EQ(set(file, SPI_IOC_WR_MAX_SPEED_HZ, 100'000'000U), 0);
-    EXPECT_EQ(get<std::uint32_t>(file, SPI_IOC_RD_MAX_SPEED_HZ), 100'000'000U);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MAX_SPEED_HZ, 0U), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MAX_SPEED_HZ, 100'000'000U), 0);
+    EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MAX_SPEED_HZ), 100'000'000U);
 }
 
 TEST_F(SpiFile, TheSpeedLivesUntilTheLastCloseAndTheWordSizeBeyondIt) {
     {
-        const Descriptor first(spiDevice, O_RDWR);
-        set(first, SPI_IOC_WR_MAX_SPEED_HZ, 3'000'000U);
-        useBits(first, 16);
-        const Descriptor second(spiDevice, O_RDWR);
-        EXPECT_EQ(get<std::uint32_t>(second, SPI_IOC_RD_MAX_SPEED_HZ), 3'000'000U);
+        const Descriptor first(kSpiDevice, O_RDWR);
+        Set(first, SPI_IOC_WR_MAX_SPEED_HZ, 3'000'000U);
+        UseBits(first, 16);
+        const Descriptor second(kSpiDevice, O_RDWR);
+        EXPECT_EQ(Get<std::uint32_t>(second, SPI_IOC_RD_MAX_SPEED_HZ), 3'000'000U);
     }
-    const Descriptor later(spiDevice, O_RDWR);
-    EXPECT_EQ(get<std::uint32_t>(later, SPI_IOC_RD_MAX_SPEED_HZ), 1'000'000U);
-    EXPECT_EQ(get<std::uint8_t>(later, SPI_IOC_RD_BITS_PER_WORD), 16);
+    const Descriptor later(kSpiDevice, O_RDWR);
+    EXPECT_EQ(Get<std::uint32_t>(later, SPI_IOC_RD_MAX_SPEED_HZ), 1'000'000U);
+    EXPECT_EQ(Get<std::uint8_t>(later, SPI_IOC_RD_BITS_PER_WORD), 16);
 }
 
 TEST_F(SpiFile, TakesTheModesOfItsController) {
-    const Descriptor file(spiDevice, O_RDWR);
-    EXPECT_EQ(set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_MODE_3}), 0);
-    EXPECT_EQ(get<std::uint8_t>(file, SPI_IOC_RD_MODE), SPI_MODE_3);
-    EXPECT_EQ(get<std::uint32_t>(file, SPI_IOC_RD_MODE32), std::uint32_t{SPI_MODE_3});
-    EXPECT_EQ(set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_LOOP}), -EINVAL);
-    EXPECT_EQ(set(file, SPI_IOC_WR_MODE32, std::uint32_t{SPI_TX_QUAD}), -EINVAL);
-    EXPECT_EQ(set(file, SPI_IOC_WR_LSB_FIRST, std::uint8_t{1}), -EINVAL);
-    EXPECT_EQ(get<std::uint8_t>(file, SPI_IOC_RD_LSB_FIRST), 0);
-    EXPECT_EQ(ask(file, FIONREAD, &board), -ENOTTY);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_MODE_3}), 0);
+    EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_MODE), SPI_MODE_3);
+    EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MODE32), std::uint32_t{SPI_MODE_3});
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_LOOP}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MODE32, std::uint32_t{SPI_TX_QUAD}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_LSB_FIRST, std::uint8_t{1}), -EINVAL);
+    EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_LSB_FIRST), 0);
+    EXPECT_EQ(Ask(file, FIONREAD, &board), -ENOTTY);
 }
 
 TEST_F(SpiFile, CannotBeSearched) {
-    const Descriptor file(spiDevice, O_RDWR);
-    EXPECT_EQ(file.seek(0, SEEK_SET), -ESPIPE);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    EXPECT_EQ(file.Seek(0, SEEK_SET), -ESPIPE);
 }
 
 /// Records of one message, each of so many bytes.
@@ -154,9 +154,9 @@ class Records {
     }
     spi_ioc_transfer& operator[](std::size_t i) { return records_[i]; }
     /// The request with the number of records in its size field.
-    long send(const Descriptor& file, std::size_t count) {
+    long Send(const Descriptor& file, std::size_t count) {
         const auto size = count * sizeof(spi_ioc_transfer);
-        return ask(file, _IOC(_IOC_WRITE, SPI_IOC_MAGIC, 0, size), records_.data());
+        return Ask(file, _IOC(_IOC_WRITE, SPI_IOC_MAGIC, 0, size), records_.data());
     }
 
   private:
@@ -165,39 +165,39 @@ class Records {
 };
 
 TEST_F(SpiFile, PassesSixtyFourSmallRecordsAndNoMore) {
-    const Descriptor file(spiDevice, O_RDWR);
-    useBits(file, 16);
+    const Descriptor file(kSpiDevice, O_RDWR);
+    UseBits(file, 16);
     Records records(65, 2);
-    EXPECT_EQ(records.send(file, 64), 128);
-    EXPECT_EQ(records.send(file, 65), -EMSGSIZE);
+    EXPECT_EQ(records.Send(file, 64), 128);
+    EXPECT_EQ(records.Send(file, 65), -EMSGSIZE);
 }
 
 TEST_F(SpiFile, AMessageOfNoRecordsMovesNothing) {
-    const Descriptor file(spiDevice, O_RDWR);
+    const Descriptor file(kSpiDevice, O_RDWR);
     Records records(1, 2);
-    EXPECT_EQ(records.send(file, 0), 0);
-    EXPECT_EQ(board.writesTo("spi"), Texts{});
+    EXPECT_EQ(records.Send(file, 0), 0);
+    EXPECT_EQ(board.WritesTo("spi"), Texts{});
 }
 
 TEST_F(SpiFile, ARecordMayHaveItsOwnWordSize) {
-    const Descriptor file(spiDevice, O_RDWR);
+    const Descriptor file(kSpiDevice, O_RDWR);
     Records records(1, 3);
-    EXPECT_EQ(records.send(file, 1), 3);
+    EXPECT_EQ(records.Send(file, 1), 3);
     records[0].bits_per_word = 16;
-    EXPECT_EQ(records.send(file, 1), -EINVAL) << "an odd length";
+    EXPECT_EQ(records.Send(file, 1), -EINVAL) << "an odd length";
 }
 
 TEST_F(SpiFile, ARecordSendsAndReceivesInPlace) {
-    const Descriptor file(spiDevice, O_RDWR);
+    const Descriptor file(kSpiDevice, O_RDWR);
     std::string buffer("\xA0\x80\x00\x00", 4);
     spi_ioc_transfer record{};
     record.tx_buf = reinterpret_cast<std::uintptr_t>(buffer.data());
     record.rx_buf = record.tx_buf;
     record.len = 4;
     record.speed_hz = 3'000'000;
-    EXPECT_EQ(ask(file, SPI_IOC_MESSAGE(1), &record), 4);
+    EXPECT_EQ(Ask(file, SPI_IOC_MESSAGE(1), &record), 4);
     EXPECT_EQ(buffer, "\x11\x22\x33\x44");
-    EXPECT_EQ(board.events().back(),
+    EXPECT_EQ(board.Events().back(),
               "transfer /dev/spidev32765.1 a0800000 -> 11223344 8 bits 3000000 Hz");
 }
 

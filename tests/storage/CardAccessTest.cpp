@@ -29,7 +29,7 @@ using sim::Texts;
 // The operations that change something, among all that the board was asked.
 Texts Changes(const SimulatedBoard& board) {
     Texts changes;
-    for (const std::string& event : board.events()) {
+    for (const std::string& event : board.Events()) {
         if (event.substr(0, 4) != "stat" && event.substr(0, 9) != "setmntent") {
             changes.push_back(event);
         }
@@ -46,12 +46,12 @@ Scenario WithMountTable(const char* line) {
 TEST(CardPresence, IsTheDirectoryOfTheWholeCard) {
     SimulatedBoard board;
     EXPECT_TRUE(IsCardPresent());
-    board.removeCard();
-    board.elapse(sim::seconds(1));
+    board.RemoveCard();
+    board.Elapse(sim::Seconds(1));
     EXPECT_FALSE(IsCardPresent());
-    board.insertCard();
+    board.InsertCard();
     EXPECT_TRUE(IsCardPresent());
-    board.replaceText("/sys/block/mmcblk0", "a file");
+    board.ReplaceText("/sys/block/mmcblk0", "a file");
     EXPECT_FALSE(IsCardPresent());
 }
 
@@ -65,10 +65,10 @@ TEST(CardPresence, DoesNotAskForThePartition) {
 TEST(CardMounted, IsWhatTheMountTableSays) {
     SimulatedBoard board;
     EXPECT_FALSE(IsCardMounted());
-    board.card().mountAtStart();
+    board.Card().MountAtStart();
     EXPECT_TRUE(IsCardMounted());
-    board.removeCard();
-    board.elapse(sim::seconds(1));
+    board.RemoveCard();
+    board.Elapse(sim::Seconds(1));
     EXPECT_TRUE(IsCardMounted()); // listed until it is unmounted
 }
 
@@ -87,8 +87,8 @@ TEST(CardMounted, IsFalseForADeviceOfThatName) {
 
 TEST(CardMounted, IsFalseWithoutAMountTable) {
     SimulatedBoard board;
-    board.card().mountAtStart();
-    board.takeAway("/etc/mtab");
+    board.Card().MountAtStart();
+    board.TakeAway("/etc/mtab");
     EXPECT_FALSE(IsCardMounted());
 }
 
@@ -101,7 +101,7 @@ TEST(MountCard, MountsThePartitionWithSynchronousWrites) {
 
 TEST(MountCard, LeavesAMountedCardAlone) {
     SimulatedBoard board;
-    board.card().mountAtStart();
+    board.Card().MountAtStart();
     EXPECT_TRUE(MountCard());
     EXPECT_EQ(Changes(board), Texts{});
 }
@@ -116,9 +116,9 @@ TEST(MountCard, TouchesNothingWithoutACard) {
 
 TEST(MountCard, AsksForTheCardFirstEvenWhenItIsStillListed) {
     SimulatedBoard board;
-    board.card().mountAtStart();
-    board.removeCard();
-    board.elapse(sim::seconds(1));
+    board.Card().MountAtStart();
+    board.RemoveCard();
+    board.Elapse(sim::Seconds(1));
     EXPECT_FALSE(MountCard());
 }
 
@@ -135,26 +135,26 @@ TEST(MountCard, LeavesNoTrace) {
     traces = 0;
     MountCard();
     MountCard();
-    board.removeCard();
-    board.elapse(sim::seconds(1));
+    board.RemoveCard();
+    board.Elapse(sim::Seconds(1));
     MountCard();
     EXPECT_EQ(traces, 0);
 }
 
 TEST(UnmountCard, LeavesAListedCardAlone) {
     SimulatedBoard board;
-    board.card().mountAtStart();
+    board.Card().MountAtStart();
     EXPECT_FALSE(UnmountCard());
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_TRUE(board.Card().Mounted());
     EXPECT_EQ(Changes(board), Texts{});
 }
 
 TEST(UnmountCard, UnmountsWhatIsNotListed) {
     SimulatedBoard board;
-    board.card().mountAtStart();
-    board.takeAway("/etc/mtab");
+    board.Card().MountAtStart();
+    board.TakeAway("/etc/mtab");
     EXPECT_TRUE(UnmountCard());
-    EXPECT_FALSE(board.card().mounted());
+    EXPECT_FALSE(board.Card().Mounted());
     EXPECT_EQ(Changes(board), (Texts{"umount /mnt/sd-card ok"}));
 }
 

@@ -36,8 +36,8 @@ inline sim::Scenario WithMountedCard() {
 
 /// Pulls the card and lets the kernel notice.
 inline void PullCard(sim::SimulatedBoard& board) {
-    board.removeCard();
-    board.elapse(sim::milliseconds(700));
+    board.RemoveCard();
+    board.Elapse(sim::Milliseconds(700));
 }
 
 } // namespace tavrelin

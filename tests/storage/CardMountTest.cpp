@@ -20,13 +20,13 @@ using sim::Texts;
 TEST(CardPresence, IsTheCardsDirectoryInSysfs) {
     SimulatedBoard board;
     EXPECT_TRUE(DataLog::is_sd_card_present());
-    EXPECT_EQ(board.events(), kCardThere);
-    board.forget();
-    board.takeAway("/sys/block/mmcblk0");
+    EXPECT_EQ(board.Events(), kCardThere);
+    board.Forget();
+    board.TakeAway("/sys/block/mmcblk0");
     EXPECT_FALSE(DataLog::is_sd_card_present());
-    EXPECT_EQ(board.events(), kCardGone);
-    board.restore("/sys/block/mmcblk0");
-    board.replaceText("/sys/block/mmcblk0", "no directory");
+    EXPECT_EQ(board.Events(), kCardGone);
+    board.Restore("/sys/block/mmcblk0");
+    board.ReplaceText("/sys/block/mmcblk0", "no directory");
     EXPECT_FALSE(DataLog::is_sd_card_present());
 }
 
@@ -39,12 +39,12 @@ TEST(CardPresence, DoesNotLookAtThePartition) {
 
 TEST(CardPresence, EndsWhenTheKernelNoticesThatTheCardWasPulled) {
     SimulatedBoard board;
-    board.removeCard();
-    board.elapse(sim::milliseconds(699));
+    board.RemoveCard();
+    board.Elapse(sim::Milliseconds(699));
     EXPECT_TRUE(DataLog::is_sd_card_present());
-    board.elapse(sim::milliseconds(1));
+    board.Elapse(sim::Milliseconds(1));
     EXPECT_FALSE(DataLog::is_sd_card_present());
-    board.insertCard();
+    board.InsertCard();
     EXPECT_TRUE(DataLog::is_sd_card_present());
 }
 
@@ -55,7 +55,7 @@ TEST(CardMounted, IsAskedAboutTheCardsMountPointUnlessAPathIsGiven) {
     EXPECT_TRUE(DataLog::is_sd_card_mounted("/mnt/sd-card"));
     EXPECT_TRUE(DataLog::is_sd_card_mounted("/sys"));
     EXPECT_FALSE(DataLog::is_sd_card_mounted("/mnt/stick"));
-    ASSERT_EQ(board.card().unmount("/mnt/sd-card", false), 0);
+    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
     EXPECT_FALSE(DataLog::is_sd_card_mounted());
     EXPECT_FALSE(DataLog::is_sd_card_mounted(""));
 }
@@ -63,8 +63,8 @@ TEST(CardMounted, IsAskedAboutTheCardsMountPointUnlessAPathIsGiven) {
 TEST(MountingTheCard, MountsItsFirstPartitionWithSynchronousWrites) {
     SimulatedBoard board;
     EXPECT_TRUE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events(), InOrder({kCardThere, kNotListed, kMountPointThere, kMounted}));
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_EQ(board.Events(), InOrder({kCardThere, kNotListed, kMountPointThere, kMounted}));
+    EXPECT_TRUE(board.Card().Mounted());
 }
 
 TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
@@ -72,20 +72,20 @@ TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
     scenario.mountPointExists = false;
     SimulatedBoard board(scenario);
     EXPECT_TRUE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events(), InOrder({kCardThere,
+    EXPECT_EQ(board.Events(), InOrder({kCardThere,
                                        kNotListed,
                                        kMountPointMissing,
                                        {"mkdir /mnt/sd-card 0700 ok"},
                                        kMounted}));
     struct stat status {};
-    ASSERT_EQ(stat(board.kernel().mountPointFolder().c_str(), &status), 0);
+    ASSERT_EQ(stat(board.Kernel().MountPointFolder().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
 }
 
 TEST(MountingTheCard, MountsNothingTwice) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_TRUE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
+    EXPECT_EQ(board.Events(), InOrder({kCardThere, kListed}));
 }
 
 TEST(MountingTheCard, TakesADirectoryOfASimilarNameForTheCard) {
@@ -93,24 +93,24 @@ TEST(MountingTheCard, TakesADirectoryOfASimilarNameForTheCard) {
     scenario.mountTable = {"/dev/sda1 /mnt/sd-card-old vfat rw 0 0"};
     const SimulatedBoard board(scenario);
     EXPECT_TRUE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.calls("mount"), 0U);
+    EXPECT_EQ(board.Calls("mount"), 0U);
 }
 
 TEST(MountingTheCard, TouchesNothingWithoutACard) {
     SimulatedBoard board(WithMountedCard());
     PullCard(board);
     EXPECT_FALSE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events(), kCardGone);
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_EQ(board.Events(), kCardGone);
+    EXPECT_TRUE(board.Card().Mounted());
 }
 
 TEST(MountingTheCard, TriesOnEvenIfTheMountPointCannotBeCreated) {
     Scenario scenario;
     scenario.mountPointExists = false;
     SimulatedBoard board(scenario);
-    board.fail("mkdir", "/mnt/sd-card", EROFS);
+    board.Fail("mkdir", "/mnt/sd-card", EROFS);
     EXPECT_FALSE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events(), InOrder({kCardThere,
+    EXPECT_EQ(board.Events(), InOrder({kCardThere,
                                        kNotListed,
                                        kMountPointMissing,
                                        {"mkdir /mnt/sd-card EROFS"},
@@ -121,27 +121,27 @@ TEST(MountingTheCard, FailsOnAMountPointThatIsAFile) {
     Scenario scenario;
     scenario.mountPointExists = false;
     SimulatedBoard board(scenario);
-    std::ofstream(board.kernel().mountPointFolder()) << "no directory";
+    std::ofstream(board.Kernel().MountPointFolder()) << "no directory";
     EXPECT_FALSE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.calls("mkdir"), 1U);
-    EXPECT_EQ(board.calls("mount"), 1U);
+    EXPECT_EQ(board.Calls("mkdir"), 1U);
+    EXPECT_EQ(board.Calls("mount"), 1U);
 }
 
 TEST(MountingTheCard, FailsAndIsTriedAnewAtTheNextCall) {
     const std::map<std::string, std::function<void(SimulatedBoard&)>> troubles = {
-        {"ENOENT", [](SimulatedBoard& board) { board.card().partitioned = false; }},
-        {"EINVAL", [](SimulatedBoard& board) { board.card().fat = false; }},
-        {"EACCES", [](SimulatedBoard& board) { board.card().writeProtected = true; }},
-        {"ENODEV", [](SimulatedBoard& board) { board.card().vfatSupported = false; }},
+        {"ENOENT", [](SimulatedBoard& board) { board.Card().partitioned = false; }},
+        {"EINVAL", [](SimulatedBoard& board) { board.Card().fat = false; }},
+        {"EACCES", [](SimulatedBoard& board) { board.Card().writeProtected = true; }},
+        {"ENODEV", [](SimulatedBoard& board) { board.Card().vfatSupported = false; }},
     };
     for (const auto& [error, trouble] : troubles) {
         SimulatedBoard board;
         trouble(board);
         EXPECT_FALSE(DataLog::mount_sd_card());
-        EXPECT_EQ(board.events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" " + error);
-        EXPECT_EQ(board.calls("mount"), 1U);
+        EXPECT_EQ(board.Events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" " + error);
+        EXPECT_EQ(board.Calls("mount"), 1U);
         EXPECT_FALSE(DataLog::mount_sd_card());
-        EXPECT_EQ(board.calls("mount"), 2U);
+        EXPECT_EQ(board.Calls("mount"), 2U);
     }
 }
 
@@ -151,28 +151,28 @@ TEST(MountingTheCard, IsTriedWhenTheMountTableIsMissing) {
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(DataLog::is_sd_card_mounted());
     EXPECT_FALSE(DataLog::mount_sd_card());
-    EXPECT_EQ(board.events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" EBUSY");
+    EXPECT_EQ(board.Events().back(), "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" EBUSY");
 }
 
 TEST(UnmountingTheCard, UnmountsWhatIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
-    EXPECT_EQ(board.events(), InOrder({kListed, kUnmounted}));
-    EXPECT_FALSE(board.card().mounted());
+    EXPECT_EQ(board.Events(), InOrder({kListed, kUnmounted}));
+    EXPECT_FALSE(board.Card().Mounted());
 }
 
 TEST(UnmountingTheCard, DoesNothingWhenItIsNotListed) {
     const SimulatedBoard board;
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
-    EXPECT_EQ(board.events(), kNotListed);
+    EXPECT_EQ(board.Events(), kNotListed);
 }
 
 TEST(UnmountingTheCard, FailsOnABusyCard) {
     SimulatedBoard board(WithMountedCard());
     std::ofstream open("/mnt/sd-card/open.csv");
-    board.forget();
+    board.Forget();
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
-    EXPECT_EQ(board.events(), InOrder({kListed, {"umount /mnt/sd-card EBUSY"}}));
+    EXPECT_EQ(board.Events(), InOrder({kListed, {"umount /mnt/sd-card EBUSY"}}));
     open.close();
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
 }
@@ -180,8 +180,8 @@ TEST(UnmountingTheCard, FailsOnABusyCard) {
 TEST(UnmountingTheCard, UnmountsThePathItIsGivenIfTheCardIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/stick"));
-    EXPECT_EQ(board.events(), InOrder({kListed, {"umount /mnt/stick EINVAL"}}));
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_EQ(board.Events(), InOrder({kListed, {"umount /mnt/stick EINVAL"}}));
+    EXPECT_TRUE(board.Card().Mounted());
 }
 
 } // namespace

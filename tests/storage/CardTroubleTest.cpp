@@ -17,7 +17,7 @@ const std::string kFile = "2026-03-07_logfile.csv";
 
 /// A mounted card with one record of the day.
 struct CardWithLog {
-    CardWithLog() { board.writeFileOnCard(kFile, "first\n"); }
+    CardWithLog() { board.WriteFileOnCard(kFile, "first\n"); }
 
     SimulatedBoard board{WithMountedCard()};
     DataLog log{kLog};
@@ -28,12 +28,12 @@ TEST(PulledCard, IsUnmountedByTheNextWriteWhichAnswersTrueWithoutWriting) {
     DataLog log(kLog);
     PullCard(board);
     EXPECT_TRUE(log.write("lost\n"));
-    EXPECT_EQ(board.events(), InOrder({kCardGone, kListed, kListed, kUnmounted}));
-    board.forget();
+    EXPECT_EQ(board.Events(), InOrder({kCardGone, kListed, kListed, kUnmounted}));
+    board.Forget();
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_EQ(board.events(), InOrder({kCardGone, kNotListed}));
-    EXPECT_EQ(board.fileOnCard(kFile), "");
-    EXPECT_EQ(board.fileBelowMountPoint(kFile), "");
+    EXPECT_EQ(board.Events(), InOrder({kCardGone, kNotListed}));
+    EXPECT_EQ(board.FileOnCard(kFile), "");
+    EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
 }
 
 TEST(PulledCard, StaysMountedWhileTheLogIsOpen) {
@@ -41,19 +41,19 @@ TEST(PulledCard, StaysMountedWhileTheLogIsOpen) {
     EXPECT_TRUE(card.log.open());
     PullCard(card.board);
     EXPECT_FALSE(card.log.write("lost\n"));
-    EXPECT_EQ(card.board.events().back(), "umount /mnt/sd-card EBUSY");
+    EXPECT_EQ(card.board.Events().back(), "umount /mnt/sd-card EBUSY");
     card.log.close();
     EXPECT_TRUE(card.log.write("lost\n"));
-    EXPECT_FALSE(card.board.card().mounted());
+    EXPECT_FALSE(card.board.Card().Mounted());
     EXPECT_FALSE(card.log.write("lost\n"));
 }
 
 TEST(PulledCard, ThatCannotBeUnmountedMakesTheWriteAnswerFalse) {
     CardWithLog card;
-    card.board.fail("umount", "/mnt/sd-card", EIO);
+    card.board.Fail("umount", "/mnt/sd-card", EIO);
     PullCard(card.board);
     EXPECT_FALSE(card.log.write("lost\n"));
-    EXPECT_EQ(card.board.calls("umount"), 1U);
+    EXPECT_EQ(card.board.Calls("umount"), 1U);
 }
 
 TEST(PulledCard, LosesTheRecordThatTheLogHeld) {
@@ -64,18 +64,18 @@ TEST(PulledCard, LosesTheRecordThatTheLogHeld) {
     PullCard(card.board);
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(PulledCard, IsWrittenToAsLongAsTheKernelHasNotNoticed) {
     CardWithLog card;
     EXPECT_TRUE(card.log.open());
-    card.board.removeCard();
-    card.board.elapse(sim::milliseconds(500));
+    card.board.RemoveCard();
+    card.board.Elapse(sim::Milliseconds(500));
     EXPECT_TRUE(card.log.write("lost\n"));
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(PulledCard, StillShowsTheDaysLogWhichOpensAndTakesNothing) {
@@ -84,46 +84,46 @@ TEST(PulledCard, StillShowsTheDaysLogWhichOpensAndTakesNothing) {
     EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.write("lost\n"));
     card.log.close();
-    EXPECT_TRUE(card.board.card().mounted());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_TRUE(card.board.Card().Mounted());
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(PulledCard, PutBackAfterTheCleanUpIsMountedAndWrittenToAgain) {
     CardWithLog card;
     PullCard(card.board);
     EXPECT_TRUE(card.log.write("lost\n"));
-    card.board.insertCard();
+    card.board.InsertCard();
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("second\n"));
     card.log.close();
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\nsecond\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
 TEST(CardPutBackWhileMounted, IsNotMountedAgainAndLosesWhatIsAppended) {
     CardWithLog card;
     PullCard(card.board);
-    card.board.insertCard();
+    card.board.InsertCard();
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("lost\n"));
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.calls("mount"), 0U);
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.Calls("mount"), 0U);
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(CardPutBackWhileMounted, TakesNoNewLog) {
     SimulatedBoard board(WithMountedCard());
     PullCard(board);
-    board.insertCard();
+    board.InsertCard();
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_TRUE(log.failed());
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_EQ(board.calls("mount"), 0U);
+    EXPECT_EQ(board.Calls("mount"), 0U);
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
     EXPECT_TRUE(log.write("first\n"));
     log.close();
-    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "first\n");
 }
 
 TEST(FullCard, TakesNoNewLog) {
@@ -132,57 +132,57 @@ TEST(FullCard, TakesNoNewLog) {
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
-    EXPECT_EQ(board.events().back(), "open " + kLog + " ENOSPC");
+    EXPECT_EQ(board.Events().back(), "open " + kLog + " ENOSPC");
     EXPECT_FALSE(log.write("lost\n"));
 }
 
 TEST(FullCard, ShowsTheLossOfARecordOnlyAtTheClose) {
     CardWithLog card;
-    card.board.card().freeBytes = 0;
+    card.board.Card().freeBytes = 0;
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("lost\n"));
     EXPECT_FALSE(card.log.failed());
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(FullCard, KeepsWholeRecords) {
     CardWithLog card;
-    card.board.card().freeBytes = 10;
+    card.board.Card().freeBytes = 10;
     for (const char* record : {"second\n", "third\n"}) {
         EXPECT_TRUE(card.log.open());
         EXPECT_TRUE(card.log.write(record));
         card.log.close();
     }
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\nsecond\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
 TEST(FullCard, WithSpaceAgainIsWrittenToAgain) {
     CardWithLog card;
-    card.board.card().freeBytes = 0;
+    card.board.Card().freeBytes = 0;
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("lost\n"));
     card.log.close();
-    card.board.card().freeBytes = -1;
+    card.board.Card().freeBytes = -1;
     EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.failed());
     EXPECT_TRUE(card.log.write("second\n"));
     card.log.close();
     EXPECT_FALSE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\nsecond\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
 TEST(ReadOnlyCard, TakesNeitherNewNorOldLog) {
     CardWithLog card;
-    card.board.card().readOnly = true;
+    card.board.Card().readOnly = true;
     EXPECT_FALSE(card.log.open());
-    EXPECT_EQ(card.board.events().back(), "open " + kLog + " EROFS");
+    EXPECT_EQ(card.board.Events().back(), "open " + kLog + " EROFS");
     EXPECT_FALSE(card.log.set_file_name("/mnt/sd-card/2026-03-08_logfile.csv"));
     EXPECT_TRUE(card.log.failed());
     EXPECT_FALSE(card.log.write("lost\n"));
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
@@ -192,31 +192,31 @@ TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_EQ(board.calls("mount"), 2U);
-    EXPECT_EQ(board.fileBelowMountPoint(kFile), "");
+    EXPECT_EQ(board.Calls("mount"), 2U);
+    EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
 }
 
 TEST(FailingClose, MarksTheStreamFailed) {
     CardWithLog card;
-    card.board.fail("close", kLog, EIO);
+    card.board.Fail("close", kLog, EIO);
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("second\n"));
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.kernel().held(), 0U);
+    EXPECT_EQ(card.board.Kernel().Held(), 0U);
     EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.failed());
 }
 
 TEST(FailingCard, ShowsTheLossOfARecordOnlyAtTheClose) {
     CardWithLog card;
-    card.board.fail("write", kLog, EIO);
+    card.board.Fail("write", kLog, EIO);
     EXPECT_TRUE(card.log.open());
     EXPECT_TRUE(card.log.write("lost\n"));
     EXPECT_FALSE(card.log.failed());
     card.log.close();
     EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
 TEST(Storage, ReportsNothingOnTheConsole) {
@@ -224,15 +224,15 @@ TEST(Storage, ReportsNothingOnTheConsole) {
     testing::internal::CaptureStderr();
     {
         CardWithLog card;
-        card.board.card().freeBytes = 0;
+        card.board.Card().freeBytes = 0;
         EXPECT_TRUE(card.log.open());
         EXPECT_TRUE(card.log.write("lost\n"));
         card.log.close();
         PullCard(card.board);
         EXPECT_TRUE(card.log.write("lost\n"));
         EXPECT_FALSE(card.log.open());
-        card.board.card().fat = false;
-        card.board.insertCard();
+        card.board.Card().fat = false;
+        card.board.InsertCard();
         EXPECT_FALSE(card.log.open());
         EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
     }

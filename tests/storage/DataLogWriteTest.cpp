@@ -30,38 +30,38 @@ void LogBatch(const Texts& records) {
 TEST(Log, BeginsWithTheFirstRecordAndHasNoHeader) {
     const SimulatedBoard board;
     LogBatch({"2026-03-07 09:41.10,,,0.107906,185.04,20,3e+06,2.34e+06\n"});
-    EXPECT_EQ(board.fileOnCard(kFile), "2026-03-07 09:41.10,,,0.107906,185.04,20,3e+06,2.34e+06\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "2026-03-07 09:41.10,,,0.107906,185.04,20,3e+06,2.34e+06\n");
 }
 
 TEST(Log, IsAppendedToAndNeverCut) {
     SimulatedBoard board;
-    board.writeFileOnCard(kFile, "of yesterday's card\n");
+    board.WriteFileOnCard(kFile, "of yesterday's card\n");
     LogBatch({"first\n", "second\n"});
     LogBatch({"third\n"});
     LogBatch({});
-    EXPECT_EQ(board.fileOnCard(kFile), "of yesterday's card\nfirst\nsecond\nthird\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "of yesterday's card\nfirst\nsecond\nthird\n");
 }
 
 TEST(Log, HoldsTheBytesOfEachRecordUnchanged) {
     const SimulatedBoard board;
     const std::string bytes = "\0\xFF\r\n\"quoted\", comma;\xEF\xBB\xBF\x1A"s;
     LogBatch({bytes, "", "no newline", std::string(20000, 'x') + "\n"});
-    EXPECT_EQ(board.fileOnCard(kFile), bytes + "no newline" + std::string(20000, 'x') + "\n");
+    EXPECT_EQ(board.FileOnCard(kFile), bytes + "no newline" + std::string(20000, 'x') + "\n");
 }
 
 TEST(Log, GetsARecordInOnePiece) {
     const SimulatedBoard board(WithMountedCard());
     LogBatch({"a result record\n"});
-    EXPECT_EQ(board.events().at(board.events().size() - 2),
+    EXPECT_EQ(board.Events().at(board.Events().size() - 2),
               "write " + kLog + " \"a result record\\n\"");
-    EXPECT_EQ(board.events().back(), "close " + kLog + " ok");
+    EXPECT_EQ(board.Events().back(), "close " + kLog + " ok");
 }
 
 TEST(Log, GetsTheRestOfARecordThatTheKernelTookInPart) {
     SimulatedBoard board;
-    board.cutShort("write", kLog, 3);
+    board.CutShort("write", kLog, 3);
     LogBatch({"first\n", "second\n"});
-    EXPECT_EQ(board.fileOnCard(kFile), "first\nsecond\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "first\nsecond\n");
 }
 
 TEST(Log, OfTwoWritersIsInTheOrderInWhichTheyClose) {
@@ -75,7 +75,7 @@ TEST(Log, OfTwoWritersIsInTheOrderInWhichTheyClose) {
     EXPECT_TRUE(samples.write("sample 2\n"));
     results.close();
     samples.close();
-    EXPECT_EQ(board.fileOnCard(kFile), "result\nsample 1\nsample 2\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "result\nsample 1\nsample 2\n");
 }
 
 TEST(Log, IsClosedWithItsRecordsAtTheEndOfTheObject) {
@@ -85,8 +85,8 @@ TEST(Log, IsClosedWithItsRecordsAtTheEndOfTheObject) {
         EXPECT_TRUE(log.open());
         EXPECT_TRUE(log.write("first\n"));
     }
-    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.FileOnCard(kFile), "first\n");
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(Log, ThatIsNotOpenClosesInSilence) {
@@ -94,7 +94,7 @@ TEST(Log, ThatIsNotOpenClosesInSilence) {
     DataLog log(kLog);
     log.close();
     EXPECT_FALSE(log.failed());
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 TEST(WritingARecord, LooksForTheCardAndItsMountEachTime) {
@@ -102,9 +102,9 @@ TEST(WritingARecord, LooksForTheCardAndItsMountEachTime) {
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
     for (int record = 0; record < 2; ++record) {
-        board.forget();
+        board.Forget();
         EXPECT_TRUE(log.write("record\n"));
-        EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
+        EXPECT_EQ(board.Events(), InOrder({kCardThere, kListed}));
     }
 }
 
@@ -112,8 +112,8 @@ TEST(WritingARecord, ToALogThatIsNotOpenFails) {
     SimulatedBoard board(WithMountedCard());
     DataLog log(kLog);
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_EQ(board.events(), InOrder({kCardThere, kListed}));
-    EXPECT_EQ(board.fileOnCard(kFile), "");
+    EXPECT_EQ(board.Events(), InOrder({kCardThere, kListed}));
+    EXPECT_EQ(board.FileOnCard(kFile), "");
 }
 
 TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
@@ -122,11 +122,11 @@ TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
-    board.insertCard();
-    board.forget();
+    board.InsertCard();
+    board.Forget();
     EXPECT_TRUE(log.write("first\n"));
     const Texts mounting = {kCardThere[0], kCardThere[1], kNotListed[0]};
-    EXPECT_EQ(board.events(), InOrder({mounting,
+    EXPECT_EQ(board.Events(), InOrder({mounting,
                                        mounting,
                                        kMountPointThere,
                                        kMounted,
@@ -135,7 +135,7 @@ TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
                                        kListed,
                                        {"open " + kLog + " ok"}}));
     log.close();
-    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "first\n");
 }
 
 TEST(WritingARecord, FailsOnceTheCardCannotBeMounted) {
@@ -145,35 +145,35 @@ TEST(WritingARecord, FailsOnceTheCardCannotBeMounted) {
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_EQ(board.calls("mount"), 2U);
-    board.card().partitioned = true;
+    EXPECT_EQ(board.Calls("mount"), 2U);
+    board.Card().partitioned = true;
     EXPECT_TRUE(log.write("first\n"));
     log.close();
-    EXPECT_EQ(board.fileOnCard(kFile), "first\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "first\n");
 }
 
 TEST(WritingARecord, FailsWhenTheLogCannotBeOpenedAfterMounting) {
     SimulatedBoard board;
-    board.failForever("open", kLog, EIO);
+    board.FailForever("open", kLog, EIO);
     DataLog log(kLog);
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_TRUE(board.Card().Mounted());
 }
 
 // A file of the day's name that lies below the mount point hides the missing mount from open; the
 // write mounts the card, opens the open log once more, and that swallows the record.
 TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
     SimulatedBoard board;
-    std::ofstream(board.kernel().mountPointFolder() + "/" + kFile) << "stray\n";
+    std::ofstream(board.Kernel().MountPointFolder() + "/" + kFile) << "stray\n";
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
-    EXPECT_FALSE(board.card().mounted());
+    EXPECT_FALSE(board.Card().Mounted());
     EXPECT_TRUE(log.write("swallowed\n"));
-    EXPECT_TRUE(board.card().mounted());
+    EXPECT_TRUE(board.Card().Mounted());
     EXPECT_TRUE(log.failed());
     log.close();
-    EXPECT_EQ(board.fileBelowMountPoint(kFile), "stray\n");
-    EXPECT_EQ(board.fileOnCard(kFile), "");
+    EXPECT_EQ(board.FileBelowMountPoint(kFile), "stray\n");
+    EXPECT_EQ(board.FileOnCard(kFile), "");
 }
 
 } // namespace

@@ -29,17 +29,17 @@ TEST(DayLog, ChangesAtMidnight) {
         EXPECT_TRUE(log.write(text));
     };
     record("before midnight\n");
-    board.elapse(sim::seconds(2));
+    board.Elapse(sim::Seconds(2));
     record("after midnight\n");
-    EXPECT_EQ(board.fileOnCard("2026-03-07_logfile.csv"), "before midnight\n");
-    EXPECT_EQ(board.fileOnCard("2026-03-08_logfile.csv"), "after midnight\n");
+    EXPECT_EQ(board.FileOnCard("2026-03-07_logfile.csv"), "before midnight\n");
+    EXPECT_EQ(board.FileOnCard("2026-03-08_logfile.csv"), "after midnight\n");
 }
 
 TEST(DayLog, KeepsTheNameThatWasMadeBeforeMidnight) {
     const TimeZone utc;
     SimulatedBoard board({}, StartingAt("2026-03-07 23:59:59"));
     DataLog log;
-    board.elapse(sim::seconds(2));
+    board.Elapse(sim::Seconds(2));
     EXPECT_TRUE(log.open());
     EXPECT_EQ(log.file_name(), "/mnt/sd-card/2026-03-07_logfile.csv");
 }
@@ -47,13 +47,13 @@ TEST(DayLog, KeepsTheNameThatWasMadeBeforeMidnight) {
 TEST(DayLog, IsTakenUpAgainWhenTheClockIsSetBackOverMidnight) {
     const TimeZone utc;
     SimulatedBoard board({}, StartingAt("2026-03-08 00:30:00"));
-    board.writeFileOnCard("2026-03-07_logfile.csv", "of yesterday\n");
-    board.board().clock.jump(-3600);
+    board.WriteFileOnCard("2026-03-07_logfile.csv", "of yesterday\n");
+    board.Model().clock.Jump(-3600);
     DataLog log;
     EXPECT_TRUE(log.open());
     EXPECT_TRUE(log.write("of yesterday again\n"));
     log.close();
-    EXPECT_EQ(board.fileOnCard("2026-03-07_logfile.csv"), "of yesterday\nof yesterday again\n");
+    EXPECT_EQ(board.FileOnCard("2026-03-07_logfile.csv"), "of yesterday\nof yesterday again\n");
 }
 
 } // namespace

@@ -66,24 +66,24 @@ TEST(FileStatus, TellsTheKindsOfFilesOnTheBoard) {
 
 TEST(FileStatus, TellsTheKindsOfFilesOnThisMachine) {
     const SimulatedBoard board;
-    const std::string fifo = board.root() + "/fifo";
-    const std::string socket = board.root() + "/socket";
-    const std::string file = board.root() + "/file";
+    const std::string fifo = board.Root() + "/fifo";
+    const std::string socket = board.Root() + "/socket";
+    const std::string file = board.Root() + "/file";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const BoundSocket bound(socket);
     std::ofstream(file) << "text";
     EXPECT_EQ(KindsOf(fifo), (Texts{"fifo"}));
     EXPECT_EQ(KindsOf(socket), (Texts{"socket"}));
     EXPECT_EQ(KindsOf(file), (Texts{"regular file"}));
-    EXPECT_EQ(KindsOf(board.root()), (Texts{"directory"}));
+    EXPECT_EQ(KindsOf(board.Root()), (Texts{"directory"}));
     EXPECT_EQ(KindsOf("/dev/null"), (Texts{"character device"}));
 }
 
 TEST(FileStatus, FollowsALinkExceptWhenAskedAboutIt) {
     const SimulatedBoard board;
-    const std::string link = board.root() + "/link";
-    const std::string dangling = board.root() + "/dangling";
-    ASSERT_EQ(symlink(board.root().c_str(), link.c_str()), 0);
+    const std::string link = board.Root() + "/link";
+    const std::string dangling = board.Root() + "/dangling";
+    ASSERT_EQ(symlink(board.Root().c_str(), link.c_str()), 0);
     ASSERT_EQ(symlink("/nowhere/at/all", dangling.c_str()), 0);
     EXPECT_EQ(KindsOf(link), (Texts{"directory", "symlink"}));
     EXPECT_EQ(KindsOf(dangling), (Texts{"symlink"}));
@@ -93,7 +93,7 @@ TEST(FileStatus, FollowsALinkExceptWhenAskedAboutIt) {
 TEST(FileStatus, OfWhatIsNotThereIsNothing) {
     const SimulatedBoard board;
     EXPECT_EQ(KindsOf("/mnt/sd-card/2026-03-07_logfile.csv"), Texts{});
-    EXPECT_EQ(KindsOf(board.root() + "/nothing"), Texts{});
+    EXPECT_EQ(KindsOf(board.Root() + "/nothing"), Texts{});
 }
 
 TEST(FileStatus, OfAPathOfFiveCharactersIsNothing) {
@@ -109,18 +109,18 @@ TEST(FileStatus, OfAPathOfFiveCharactersIsNothing) {
 TEST(FileStatus, LooksOnceWhenItIsMadeAndOncePerQuestion) {
     SimulatedBoard board;
     FileStatus status("/mnt/sd-card");
-    EXPECT_EQ(board.events(), (Texts{"stat /mnt/sd-card ok"}));
-    board.forget();
+    EXPECT_EQ(board.Events(), (Texts{"stat /mnt/sd-card ok"}));
+    board.Forget();
     EXPECT_FALSE(status.is_regular_file("/sys/block/mmcblk0"));
     EXPECT_TRUE(status.is_symlink("/sys/block/mmcblk0"));
-    EXPECT_EQ(board.events(), (Texts{"stat /sys/block/mmcblk0 ok", "lstat /sys/block/mmcblk0 ok"}));
+    EXPECT_EQ(board.Events(), (Texts{"stat /sys/block/mmcblk0 ok", "lstat /sys/block/mmcblk0 ok"}));
 }
 
 TEST(FileStatus, AnswersNoWhenTheLookFails) {
     SimulatedBoard board;
     FileStatus status("/sys/block/mmcblk0");
-    board.fail("stat", "/sys/block/mmcblk0", EIO);
-    board.fail("lstat", "/sys/block/mmcblk0", EIO);
+    board.Fail("stat", "/sys/block/mmcblk0", EIO);
+    board.Fail("lstat", "/sys/block/mmcblk0", EIO);
     EXPECT_FALSE(status.is_directory("/sys/block/mmcblk0"));
     EXPECT_FALSE(status.is_symlink("/sys/block/mmcblk0"));
     EXPECT_TRUE(status.is_directory("/sys/block/mmcblk0"));

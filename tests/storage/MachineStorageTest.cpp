@@ -64,7 +64,7 @@ std::vector<std::string> Listing() {
     CapturedConsole console;
     const mntent* entry = nullptr;
     print_storage_space(entry);
-    return LinesOf(console.output());
+    return LinesOf(console.Output());
 }
 
 // Somebody may mount something meanwhile: looks again until the table stood still.

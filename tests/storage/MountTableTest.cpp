@@ -34,9 +34,9 @@ bool Listed(const std::string& path) {
 TEST(MountTable, ListsTheMountedCard) {
     SimulatedBoard board;
     EXPECT_FALSE(Listed(kMountPoint));
-    ASSERT_EQ(board.card().mount("/dev/mmcblk0p1", kMountPoint, "vfat"), 0);
+    ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", kMountPoint, "vfat"), 0);
     EXPECT_TRUE(Listed(kMountPoint));
-    EXPECT_EQ(board.events(),
+    EXPECT_EQ(board.Events(),
               (Texts{"setmntent /etc/mtab card not listed", "setmntent /etc/mtab card listed"}));
 }
 
@@ -103,7 +103,7 @@ TEST(MountTable, HasRoomForEntriesOf4096Characters) {
 
 TEST(MountTable, BearsRubbish) {
     SimulatedBoard board;
-    board.replaceText("/etc/mtab", "\0\1\xFF /mnt/sd-car\n\n   \n\t\n/mnt"s);
+    board.ReplaceText("/etc/mtab", "\0\1\xFF /mnt/sd-car\n\n   \n\t\n/mnt"s);
     EXPECT_FALSE(Listed(kMountPoint));
 }
 
@@ -111,7 +111,7 @@ TEST(MountTable, ThatIsEmptyListsNothing) {
     Scenario scenario;
     scenario.cardMounted = true;
     SimulatedBoard board(scenario);
-    board.replaceText("/etc/mtab", "");
+    board.ReplaceText("/etc/mtab", "");
     EXPECT_FALSE(Listed(kMountPoint));
     EXPECT_FALSE(Listed(""));
 }
@@ -122,7 +122,7 @@ TEST(MountTable, ThatIsMissingListsNothing) {
     scenario.mountTableExists = false;
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(Listed(kMountPoint));
-    EXPECT_EQ(board.calls("endmntent"), 0U);
+    EXPECT_EQ(board.Calls("endmntent"), 0U);
 }
 
 TEST(MountTable, IsClosedAfterEveryScan) {
@@ -131,9 +131,9 @@ TEST(MountTable, IsClosedAfterEveryScan) {
     SimulatedBoard board(scenario);
     EXPECT_TRUE(Listed(kMountPoint));
     EXPECT_FALSE(Listed("/mnt/stick"));
-    EXPECT_EQ(board.calls("setmntent"), 2U);
-    EXPECT_EQ(board.calls("endmntent"), 2U);
-    EXPECT_EQ(board.kernel().held(), 0U);
+    EXPECT_EQ(board.Calls("setmntent"), 2U);
+    EXPECT_EQ(board.Calls("endmntent"), 2U);
+    EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
 TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
@@ -173,9 +173,9 @@ TEST(MountQuery, KeepsItsFieldsWhenGivenAnEmptyText) {
     EXPECT_FALSE(query.SetDevice(""));
     EXPECT_FALSE(query.SetFileSystem(""));
     EXPECT_FALSE(query.SetOptions(""));
-    EXPECT_EQ(query.mountPoint(), "/mnt/stick");
+    EXPECT_EQ(query.MountPoint(), "/mnt/stick");
     EXPECT_EQ(query.device(), "/dev/sda1");
-    EXPECT_EQ(query.fileSystem(), "ext4");
+    EXPECT_EQ(query.FileSystem(), "ext4");
     EXPECT_EQ(query.options(), "rw");
 }
 

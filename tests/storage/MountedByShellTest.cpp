@@ -32,9 +32,9 @@ TEST(MountedByShell, IsFalseWithTheCardMountedThoughItIsCounted) {
     const SimulatedBoard board(WithCard(true));
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
-    EXPECT_EQ(console.output(), "1\n");
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 0"});
+    EXPECT_EQ(console.Output(), "1\n");
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 0"});
 }
 
 // grep found nothing and ended with 1: the raw status is 256.
@@ -42,9 +42,9 @@ TEST(MountedByShell, IsFalseWithoutTheCardMounted) {
     const SimulatedBoard board(WithCard(false));
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
-    EXPECT_EQ(console.output(), "0\n");
-    EXPECT_EQ(console.error(), "");
-    EXPECT_EQ(board.events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 256"});
+    EXPECT_EQ(console.Output(), "0\n");
+    EXPECT_EQ(console.Error(), "");
+    EXPECT_EQ(board.Events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 256"});
 }
 
 TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
@@ -53,7 +53,7 @@ TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
     std::cout << "before ";
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
     std::cout << "after";
-    EXPECT_EQ(console.output(), "before 1\nafter");
+    EXPECT_EQ(console.Output(), "before 1\nafter");
 }
 
 TEST(MountedByShell, CountsEveryLineThatNamesThePartition) {
@@ -63,28 +63,28 @@ TEST(MountedByShell, CountsEveryLineThatNamesThePartition) {
     const SimulatedBoard board(scenario);
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
-    EXPECT_EQ(console.output(), "2\n");
+    EXPECT_EQ(console.Output(), "2\n");
 }
 
 TEST(MountedByShell, IsFalseWithoutAShell) {
     SimulatedBoard board(WithCard(true));
-    board.fail("system", "", ENOMEM);
+    board.Fail("system", "", ENOMEM);
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 // The one raw status that is 1 is that of a shell which was hung up, whatever the count.
 TEST(MountedByShell, IsTrueWhenTheShellIsHungUp) {
     const TestFolder tools;
-    const Environment path("PATH", tools.path() + ":" + std::getenv("PATH"));
+    const Environment path("PATH", tools.Path() + ":" + std::getenv("PATH"));
     std::ofstream(tools.Path("grep")) << "#!/bin/sh\nkill -HUP $PPID\n";
     std::filesystem::permissions(tools.Path("grep"), std::filesystem::perms::owner_all);
     const SimulatedBoard board(WithCard(false));
     CapturedConsole console;
     EXPECT_TRUE(is_mmc_partition_mounted_by_shell());
-    EXPECT_EQ(board.events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 1"});
+    EXPECT_EQ(board.Events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 1"});
 }
 
 } // namespace

@@ -24,7 +24,7 @@ const mntent kSentinel{};
 /// /mnt/c, of 1000, 2000 and 3000 blocks.
 struct BoardWithTable {
     explicit BoardWithTable(const std::string& table) : board(FileSystems()) {
-        board.replaceText("/etc/mtab", table);
+        board.ReplaceText("/etc/mtab", table);
     }
 
     static Scenario FileSystems() {
@@ -43,15 +43,15 @@ std::string Listing() {
     const mntent* entry = &kSentinel;
     print_storage_space(entry);
     EXPECT_EQ(entry, nullptr);
-    EXPECT_EQ(console.error(), "");
-    return console.output();
+    EXPECT_EQ(console.Error(), "");
+    return console.Output();
 }
 
 std::string ListingOf(const FileSystem& system) {
     Scenario scenario;
     scenario.fileSystems = {system};
     SimulatedBoard board(scenario);
-    board.replaceText("/etc/mtab", "/dev/x " + system.directory + " ext4 rw 0 0\n");
+    board.ReplaceText("/etc/mtab", "/dev/x " + system.directory + " ext4 rw 0 0\n");
     return Listing();
 }
 
@@ -66,21 +66,21 @@ constexpr const char* kThreeEntries = "/dev/a /mnt/a ext4 rw 0 0\n"
 TEST(StorageSpace, IsALineForEachEntryInTheTablesOrder) {
     BoardWithTable given(kThreeEntries);
     EXPECT_EQ(Listing(), std::string(kLineOfA) + kLineOfB + kLineOfC);
-    EXPECT_EQ(given.board.calls("setmntent"), 1U);
-    EXPECT_EQ(given.board.calls("endmntent"), 1U);
-    EXPECT_EQ(given.board.kernel().held(), 0U);
+    EXPECT_EQ(given.board.Calls("setmntent"), 1U);
+    EXPECT_EQ(given.board.Calls("endmntent"), 1U);
+    EXPECT_EQ(given.board.Kernel().Held(), 0U);
 }
 
 TEST(StorageSpace, LeavesOutAnEntryThatIsRefused) {
     BoardWithTable given(kThreeEntries);
-    given.board.fail("statfs", "/mnt/b", EACCES);
+    given.board.Fail("statfs", "/mnt/b", EACCES);
     EXPECT_EQ(Listing(), std::string(kLineOfA) + kLineOfC);
 }
 
 TEST(StorageSpace, LeavesOutTheFirstAndTheLastAsWell) {
     BoardWithTable given(kThreeEntries);
-    given.board.fail("statfs", "/mnt/a", ENOENT);
-    given.board.fail("statfs", "/mnt/c", ENOSYS);
+    given.board.Fail("statfs", "/mnt/a", ENOENT);
+    given.board.Fail("statfs", "/mnt/c", ENOSYS);
     EXPECT_EQ(Listing(), kLineOfB);
 }
 
@@ -116,7 +116,7 @@ TEST(StorageSpace, KnowsDirectoriesWithSpaces) {
     Scenario scenario;
     scenario.fileSystems = {{"/my stick", 1, 7, 6, 5}};
     SimulatedBoard board(scenario);
-    board.replaceText("/etc/mtab", "my\\040device /my\\040stick ext4 rw 0 0\n");
+    board.ReplaceText("/etc/mtab", "my\\040device /my\\040stick ext4 rw 0 0\n");
     EXPECT_EQ(Listing(), "my device /my stick size=7 free=6 avail=5\n");
 }
 
@@ -127,7 +127,7 @@ TEST(StorageSpace, SkipsAnEntryWithoutADirectory) {
                                "/dev/c /mnt/c ext4 ro 0 0\n");
     EXPECT_EQ(Listing(), std::string(kLineOfA) + kLineOfC);
     EXPECT_TRUE(std::cout.good());
-    EXPECT_EQ(given.board.calls("statfs"), 2U);
+    EXPECT_EQ(given.board.Calls("statfs"), 2U);
 }
 
 TEST(StorageSpace, TurnsTheConsoleBadAtAnEntryWithoutADevice) {
@@ -139,10 +139,10 @@ TEST(StorageSpace, TurnsTheConsoleBadAtAnEntryWithoutADevice) {
     print_storage_space(entry);
     std::cout << "dropped like the rest" << std::flush;
     EXPECT_TRUE(std::cout.bad());
-    EXPECT_EQ(console.output(), kLineOfA);
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), kLineOfA);
+    EXPECT_EQ(console.Error(), "");
     EXPECT_EQ(entry, nullptr);
-    EXPECT_EQ(given.board.calls("statfs"), 3U); // goes on to the end all the same
+    EXPECT_EQ(given.board.Calls("statfs"), 3U); // goes on to the end all the same
     std::cout.clear();
 }
 
@@ -151,14 +151,14 @@ TEST(StorageSpace, OfNoTableIsNothing) {
     scenario.mountTableExists = false;
     const SimulatedBoard board(scenario);
     EXPECT_EQ(Listing(), "");
-    EXPECT_EQ(board.calls("statfs"), 0U);
-    EXPECT_EQ(board.calls("endmntent"), 0U);
+    EXPECT_EQ(board.Calls("statfs"), 0U);
+    EXPECT_EQ(board.Calls("endmntent"), 0U);
 }
 
 TEST(StorageSpace, OfAnEmptyTableIsNothing) {
     const BoardWithTable given("");
     EXPECT_EQ(Listing(), "");
-    EXPECT_EQ(given.board.calls("endmntent"), 1U);
+    EXPECT_EQ(given.board.Calls("endmntent"), 1U);
 }
 
 /// Keeps what is inserted, with a mark where the stream is flushed.
@@ -196,8 +196,8 @@ TEST(StorageSpace, IsFlushedAfterEachLine) {
 TEST(CanOpenMountTable, IsTrueWithTheTable) {
     const SimulatedBoard board;
     EXPECT_TRUE(can_open_mount_table("", ""));
-    EXPECT_EQ(board.calls("setmntent"), 1U);
-    EXPECT_EQ(board.calls("endmntent"), 1U);
+    EXPECT_EQ(board.Calls("setmntent"), 1U);
+    EXPECT_EQ(board.Calls("endmntent"), 1U);
 }
 
 TEST(CanOpenMountTable, IsTrueWithoutTheTable) {
@@ -207,8 +207,8 @@ TEST(CanOpenMountTable, IsTrueWithoutTheTable) {
     EXPECT_TRUE(can_open_mount_table("", ""));
     EXPECT_TRUE(can_open_mount_table("", "r"));
     EXPECT_TRUE(can_open_mount_table("/etc/mtab", ""));
-    EXPECT_EQ(board.calls("setmntent"), 3U);
-    EXPECT_EQ(board.calls("endmntent"), 0U);
+    EXPECT_EQ(board.Calls("setmntent"), 3U);
+    EXPECT_EQ(board.Calls("endmntent"), 0U);
 }
 
 TEST(CanOpenMountTable, IsTrueForAnyFile) {
@@ -228,8 +228,8 @@ TEST(CanOpenMountTable, OpensTheFileInTheModeThatItIsGiven) {
 TEST(CanOpenMountTable, PrintsNothing) {
     CapturedConsole console;
     can_open_mount_table("/no/such/table", "");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 } // namespace

@@ -90,7 +90,7 @@ TEST(Trace, NamesTheOpeningOfALog) {
     Open();
     EXPECT_EQ(Operations(), (Texts{"open"})); // of a day with records
     PullCard(board);
-    ASSERT_EQ(board.card().unmount("/mnt/sd-card", false), 0);
+    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
     Open();
     EXPECT_EQ(Operations(), (Texts{"open"})); // without a card
 }
@@ -131,8 +131,8 @@ TEST(Trace, TellsEachWayThroughTheOpeningByItsLines) {
         SimulatedBoard board; // mounts, is of a new day; then of a day with records
         note();
         note();
-        ASSERT_EQ(board.card().unmount("/mnt/sd-card", false), 0);
-        board.card().fat = false; // cannot be mounted
+        ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+        board.Card().fat = false; // cannot be mounted
         note();
     }
     {

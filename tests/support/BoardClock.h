@@ -28,7 +28,7 @@ class TimeZone {
 /// A board whose clock stands at this time (UTC, "2026-03-07 09:00:00") when it starts.
 inline sim::RunOptions StartingAt(const std::string& time) {
     sim::RunOptions options;
-    options.startTime = sim::WallClock::parse(time).value();
+    options.startTime = sim::WallClock::Parse(time).value();
     return options;
 }
 

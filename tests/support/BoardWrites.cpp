@@ -43,7 +43,7 @@ std::optional<Write> AsWrite(const std::string& event) {
 
 std::vector<Write> AllWrites(const sim::SimulatedBoard& board) {
     std::vector<Write> writes;
-    for (const std::string& event : board.timedEvents()) {
+    for (const std::string& event : board.TimedEvents()) {
         if (const std::optional<Write> write = AsWrite(event)) {
             writes.push_back(*write);
         }

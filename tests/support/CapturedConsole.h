@@ -16,11 +16,11 @@ class CapturedConsole {
     ~CapturedConsole() { End(); }
 
     /// Standard output and standard error so far.
-    const std::string& output() {
+    const std::string& Output() {
         Take();
         return output_;
     }
-    const std::string& error() {
+    const std::string& Error() {
         Take();
         return error_;
     }

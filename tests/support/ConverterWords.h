@@ -13,7 +13,7 @@ namespace tavrelin {
 inline std::vector<std::uint32_t> WordsFor(const std::vector<std::int32_t>& readings) {
     std::vector<std::uint32_t> words;
     std::transform(readings.begin(), readings.end(), std::back_inserter(words),
-                   sim::Converter::resultWord);
+                   sim::Converter::ResultWord);
     return words;
 }
 

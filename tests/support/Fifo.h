@@ -16,8 +16,8 @@ class Fifo {
     Fifo& operator=(Fifo&&) = delete;
     ~Fifo();
 
-    [[nodiscard]] const std::string& path() const { return path_; }
-    [[nodiscard]] int descriptor() const { return descriptor_; }
+    [[nodiscard]] const std::string& Path() const { return path_; }
+    [[nodiscard]] int Descriptor() const { return descriptor_; }
 
     /// Waits for this many bytes, or for a line and gives it without its end. Throws when nothing
     /// comes.

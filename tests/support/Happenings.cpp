@@ -35,7 +35,7 @@ std::string ShortOperation(const std::string& line) {
 
 sim::Texts Happenings(const sim::SimulatedBoard& board) {
     sim::Texts happenings;
-    for (const std::string& event : board.timedEvents()) {
+    for (const std::string& event : board.TimedEvents()) {
         const std::string line = event.substr(event.find(' ') + 1);
         const std::string thread = line.substr(0, line.find(' '));
         happenings.push_back((thread == "0" ? "board: " : "thread " + thread + ": ") +

@@ -15,11 +15,11 @@ constexpr const char* kFinished = "finished";
 } // namespace
 
 StandInTools::StandInTools()
-    : path_("PATH", folder_.path() + ":" + std::getenv("PATH")), calls_(folder_.Path("calls")),
+    : path_("PATH", folder_.Path() + ":" + std::getenv("PATH")), calls_(folder_.Path("calls")),
       finish_(folder_.Path("finish")) {
     FailMixer(0);
-    Install("aplay", "read -r line <'" + finish_.path() + "'\necho " + kFinished + " >'" +
-                         calls_.path() + "'\n");
+    Install("aplay", "read -r line <'" + finish_.Path() + "'\necho " + kFinished + " >'" +
+                         calls_.Path() + "'\n");
 }
 
 void StandInTools::FinishPlaying() const {
@@ -34,7 +34,7 @@ void StandInTools::FailMixer(int status) const {
 void StandInTools::Install(const std::string& tool, const std::string& script) const {
     const std::string file = folder_.Path(tool);
     std::ofstream(file) << "#!/bin/sh\n{ printf '[%s]' " << tool << " \"$@\"; echo; } >'"
-                        << calls_.path() << "'\n"
+                        << calls_.Path() << "'\n"
                         << script;
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
 }

@@ -31,7 +31,7 @@ class TestFolder {
     ~TestFolder();
 
     [[nodiscard]] std::string Path(const std::string& name) const { return path_ + "/" + name; }
-    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] const std::string& Path() const { return path_; }
 
   private:
     std::string path_;

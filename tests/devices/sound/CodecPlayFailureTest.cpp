@@ -52,7 +52,7 @@ TEST_P(CodecPlayWrite, ThatGoesWrongIsToldAndTheSweepGoesOn) {
     const Codec codec;
     calls.Answer("snd_pcm_writei", odd.written, kLostPeriod);
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(), ReportWith(kLostPeriod, odd.written, odd.complaint)),
+    EXPECT_EQ(Difference(console.Output(), ReportWith(kLostPeriod, odd.written, odd.complaint)),
               "");
     EXPECT_EQ(calls.Count("snd_pcm_prepare"), odd.prepared);
     EXPECT_EQ(calls.Count("snd_pcm_writei"), kPeriods);
@@ -71,7 +71,7 @@ TEST_F(CodecPlayFailure, OfADeviceThatRanDryIsOvercomeByPreparingIt) {
     card.SetPlayback("underrun_after 1280");
     const Codec codec;
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(), ReportWith(11, -EPIPE, "underrun occurred\n\n")), "");
+    EXPECT_EQ(Difference(console.Output(), ReportWith(11, -EPIPE, "underrun occurred\n\n")), "");
     EXPECT_EQ(Difference(card.Played(), SweepWithout(11)), "");
 }
 
@@ -86,23 +86,23 @@ TEST_F(CodecPlayFailure, OfPreparingIsNotLookedAt) {
 TEST_F(CodecPlayFailure, IsToldWhenThereIsAMixerButNothingToPlayOn) {
     card.TakeAwayPlayback();
     const Codec codec;
-    EXPECT_TRUE(codec.ready());
+    EXPECT_TRUE(codec.Ready());
     EXPECT_FALSE(codec.Play());
-    EXPECT_EQ(console.output(), "Codec::Play failed!\n");
+    EXPECT_EQ(console.Output(), "Codec::Play failed!\n");
 }
 
 TEST_F(CodecPlayFailure, OfTheBufferSizeQueryIsOnlyAPositiveAnswer) {
     const Codec codec;
     calls.Answer("snd_pcm_hw_params_get_buffer_size", -EINVAL);
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(), kHeading + WholeProgress(128, kPeriods)), "");
+    EXPECT_EQ(Difference(console.Output(), kHeading + WholeProgress(128, kPeriods)), "");
 }
 
 TEST_F(CodecPlayFailure, OfClosingIsToldAfterTheWholeSweep) {
     const Codec codec;
     calls.Answer("snd_pcm_close", -EIO);
     EXPECT_FALSE(codec.Play());
-    EXPECT_EQ(Difference(console.output(),
+    EXPECT_EQ(Difference(console.Output(),
                          kHeading + WholeProgress(128, kPeriods) + "Codec::Play failed!\n"),
               "");
     EXPECT_EQ(Difference(card.Played(), Sweep(kPeriods, 256)), "");
@@ -150,7 +150,7 @@ TEST_P(CodecPlayStep, ThatFailsMakesPlayFailWithItsOneMessage) {
     const Codec codec;
     calls.Answer(answer.call, answer.result, answer.occurrence);
     EXPECT_FALSE(codec.Play());
-    EXPECT_EQ(console.output(), std::string(said) + "Codec::Play failed!\n");
+    EXPECT_EQ(console.Output(), std::string(said) + "Codec::Play failed!\n");
     EXPECT_EQ(card.Played(), "");
     EXPECT_EQ(calls.Count("snd_pcm_writei"), 0U);
 }

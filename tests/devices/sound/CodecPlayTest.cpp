@@ -25,10 +25,10 @@ TEST_F(CodecPlay, WritesTheWholeSweepBitForBit) {
 TEST_F(CodecPlay, TellsItsSettingsAndEveryPeriod) {
     const Codec codec;
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(),
+    EXPECT_EQ(Difference(console.Output(),
                          PlayHeading(128, 18000, 7111, kPeriods) + WholeProgress(128, kPeriods)),
               "");
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(CodecPlay, BeginsAndEndsItsReportWithTheseLines) {
@@ -45,14 +45,14 @@ TEST_F(CodecPlay, BeginsAndEndsItsReportWithTheseLines) {
                              "the frequency is 35600\n"
                              "the return_code:loop are 128:0\n"
                              "the frequency is 35650\n";
-    const std::string& said = console.output();
+    const std::string& said = console.Output();
     EXPECT_EQ(said.substr(0, head.size()), head);
     EXPECT_EQ(said.substr(said.size() - tail.size()), tail);
 }
 
 TEST_F(CodecPlay, AsksTheDeviceForTheseSettingsInOrder) {
     const Codec codec;
-    const auto before = static_cast<std::ptrdiff_t>(calls.made().size());
+    const auto before = static_cast<std::ptrdiff_t>(calls.Made().size());
     EXPECT_TRUE(codec.Play());
     Steps expected = {"snd_pcm_open default 0 0",
                       "snd_pcm_hw_params_malloc",
@@ -69,7 +69,7 @@ TEST_F(CodecPlay, AsksTheDeviceForTheseSettingsInOrder) {
                       "snd_pcm_hw_params_get_period_time"};
     expected.insert(expected.end(), kPeriods, "snd_pcm_writei 128");
     expected.emplace_back("snd_pcm_close");
-    EXPECT_EQ(Steps(calls.made().begin() + before, calls.made().end()), expected);
+    EXPECT_EQ(Steps(calls.Made().begin() + before, calls.Made().end()), expected);
 }
 
 // The device is half its buffer of 4096 frames behind; closing drops what it has not played.
@@ -77,7 +77,7 @@ TEST_F(CodecPlay, LastsAsLongAsTheSoundAndDoesNotWaitForWhatTheDeviceStillHolds)
     card.SetPlayback("paced 1");
     const Codec codec;
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(board.now(), (kPeriods * 128 - 2048) * kNanosecondsPerSecond / 18000);
+    EXPECT_EQ(board.Now(), (kPeriods * 128 - 2048) * kNanosecondsPerSecond / 18000);
     EXPECT_EQ(calls.Count("snd_pcm_drain"), 0U);
 }
 
@@ -93,7 +93,7 @@ TEST_F(CodecPlay, TellsTheBufferOfADeviceThatHasOnlyOne) {
     card.SetPlayback("buffer 512");
     const Codec codec;
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(),
+    EXPECT_EQ(Difference(console.Output(),
                          PlayHeading(128, 512, 7111, kPeriods) + WholeProgress(128, kPeriods)),
               "");
 }
@@ -103,7 +103,7 @@ TEST_F(CodecPlay, GoesByThePeriodsOfADeviceThatHasLongerOnes) {
     const Codec codec;
     EXPECT_TRUE(codec.Play());
     EXPECT_EQ(
-        Difference(console.output(), PlayHeading(256, 18000, 14222, 351) + WholeProgress(256, 351)),
+        Difference(console.Output(), PlayHeading(256, 18000, 14222, 351) + WholeProgress(256, 351)),
         "");
     EXPECT_EQ(Difference(card.Played(), Sweep(351, 512)), "");
 }
@@ -112,7 +112,7 @@ TEST_F(CodecPlay, GoesByTheRateOfADeviceThatHasAnotherButKeepsItsSamples) {
     card.SetPlayback("rate 48000");
     const Codec codec;
     EXPECT_TRUE(codec.Play());
-    EXPECT_EQ(Difference(console.output(),
+    EXPECT_EQ(Difference(console.Output(),
                          PlayHeading(128, 48000, 2666, 1875) + WholeProgress(128, 1875)),
               "");
     EXPECT_EQ(Difference(card.Played(), Sweep(1875, 256)), "");

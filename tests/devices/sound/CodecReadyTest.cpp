@@ -24,40 +24,40 @@ class CodecReadiness : public CodecTest {
 
 TEST_F(CodecReadiness, IsThereWithACard) {
     const Codec codec;
-    EXPECT_TRUE(codec.ready());
+    EXPECT_TRUE(codec.Ready());
     EXPECT_EQ(card.Mixer(), MixerText("0 0", "20 20"));
-    EXPECT_EQ(console.output(), "");
+    EXPECT_EQ(console.Output(), "");
 }
 
 TEST_F(CodecReadiness, MissingWithoutACardMakesEveryOperationFailAtOnce) {
     card.TakeAwayMixer();
     card.TakeAwayPlayback();
     const Codec codec;
-    EXPECT_FALSE(codec.ready());
+    EXPECT_FALSE(codec.Ready());
     ExpectAllToFail(codec);
-    EXPECT_EQ(console.output(), kAllFailures);
+    EXPECT_EQ(console.Output(), kAllFailures);
     EXPECT_TRUE(NothingWasOpened());
 }
 
 TEST_F(CodecReadiness, OnceMissingStaysMissingWhenACardComes) {
     calls.Answer("snd_ctl_open", -ENOENT);
     const Codec codec;
-    EXPECT_FALSE(codec.ready());
+    EXPECT_FALSE(codec.Ready());
     ExpectAllToFail(codec);
-    EXPECT_EQ(console.output(), kAllFailures);
+    EXPECT_EQ(console.Output(), kAllFailures);
     EXPECT_TRUE(NothingWasOpened());
     EXPECT_EQ(card.Mixer(), MixerText("0 0", "20 20"));
     EXPECT_EQ(card.Played(), "");
-    EXPECT_TRUE(Codec().ready());
+    EXPECT_TRUE(Codec().Ready());
 }
 
 TEST_F(CodecReadiness, OnceThereDoesNotSaveOperationsFromACardThatIsGone) {
     const Codec codec;
     card.TakeAwayMixer();
     card.TakeAwayPlayback();
-    EXPECT_TRUE(codec.ready());
+    EXPECT_TRUE(codec.Ready());
     ExpectAllToFail(codec);
-    EXPECT_EQ(console.output(), kAllFailures);
+    EXPECT_EQ(console.Output(), kAllFailures);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ namespace tavrelin {
 /// A board with a sound card, watched. Whatever happens, nothing of the sound library stays open.
 class CodecTest : public testing::Test {
   protected:
-    void TearDown() override { EXPECT_EQ(calls.unreleased(), 0); }
+    void TearDown() override { EXPECT_EQ(calls.Unreleased(), 0); }
 
     TestCard card;
     sim::SimulatedBoard board;

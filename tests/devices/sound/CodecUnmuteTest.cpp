@@ -15,18 +15,18 @@ class CodecUnmute : public CodecTest {};
 
 TEST_F(CodecUnmute, SwitchesBothChannelsOnAndNothingElse) {
     const Codec codec;
-    EXPECT_TRUE(codec.ready());
+    EXPECT_TRUE(codec.Ready());
     EXPECT_TRUE(codec.Unmute());
     EXPECT_EQ(card.Mixer(), MixerText("1 1", "20 20"));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(CodecUnmute, TakesTheMixersStepsInOrder) {
     const Codec codec;
-    const std::size_t before = calls.made().size();
+    const std::size_t before = calls.Made().size();
     EXPECT_TRUE(codec.Unmute());
     EXPECT_EQ(
-        Steps(calls.made().begin() + static_cast<std::ptrdiff_t>(before), calls.made().end()),
+        Steps(calls.Made().begin() + static_cast<std::ptrdiff_t>(before), calls.Made().end()),
         (Steps{"snd_mixer_selem_id_malloc", "snd_mixer_open 0", "snd_mixer_attach default",
                "snd_mixer_selem_register", "snd_mixer_load",
                "snd_mixer_find_selem Output Mixer HiFi 0", "snd_mixer_selem_has_playback_switch",
@@ -47,9 +47,9 @@ TEST_F(CodecUnmute, FailsWithoutTheOutputElement) {
     const std::string volumeOnly = "integer \"Master Playback Volume\" 0 63 20 20\n";
     card.SetMixer(volumeOnly);
     const Codec codec;
-    EXPECT_TRUE(codec.ready());
+    EXPECT_TRUE(codec.Ready());
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
     EXPECT_EQ(card.Mixer(), volumeOnly);
 }
 
@@ -58,7 +58,7 @@ TEST_F(CodecUnmute, FailsWhenTheOutputElementHasNoSwitch) {
     card.SetMixer(noSwitch);
     const Codec codec;
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
     EXPECT_EQ(card.Mixer(), noSwitch);
     EXPECT_EQ(calls.Count("snd_mixer_selem_set_playback_switch_all"), 0U);
     EXPECT_EQ(calls.Count("snd_mixer_close"), 1U);
@@ -68,21 +68,21 @@ TEST_F(CodecUnmute, FailsOnAMixerWithoutAnyElement) {
     card.SetMixer("");
     const Codec codec;
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
 }
 
 TEST_F(CodecUnmute, FailsWhenFrontLeftThenReadsOff) {
     const Codec codec;
     calls.AnswerSwitch(0, 0);
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
 }
 
 TEST_F(CodecUnmute, FailsWhenFrontRightThenReadsOff) {
     const Codec codec;
     calls.AnswerSwitch(1, 0);
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
 }
 
 // Each step that may fail, one at a time; a switch is there only when the answer is exactly 1.
@@ -108,7 +108,7 @@ TEST_P(CodecUnmuteStep, ThatFailsMakesUnmuteFailWithItsOneMessage) {
     const Codec codec;
     calls.Answer(GetParam().call, GetParam().result, GetParam().occurrence);
     EXPECT_FALSE(codec.Unmute());
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
     EXPECT_TRUE(codec.Unmute()) << "a later attempt is free of the failure";
     EXPECT_EQ(card.Mixer(), MixerText("1 1", "20 20"));
 }

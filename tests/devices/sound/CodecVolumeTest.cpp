@@ -23,7 +23,7 @@ TEST_F(CodecVolume, OfAllChannelsAtFiftyPercentOf63Is31) {
     const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 50));
     EXPECT_EQ(card.Mixer(), MixerText("0 0", "31 31"));
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(CodecVolume, GoesToTheChannelsThatTheSelectorNames) {
@@ -59,12 +59,12 @@ TEST_F(CodecVolume, IsTheWholePartOfThePercentage) {
 
 TEST_F(CodecVolume, AboveAHundredPercentIsRefusedBeforeTheMixerIsOpened) {
     const Codec codec;
-    const std::size_t before = calls.made().size();
+    const std::size_t before = calls.Made().size();
     for (const std::uint32_t percent : {101U, 4294967295U}) {
         EXPECT_FALSE(codec.SetVolume(kAll, percent));
     }
-    EXPECT_EQ(console.output(), std::string(kFailure) + kFailure);
-    EXPECT_EQ(calls.made().size(), before);
+    EXPECT_EQ(console.Output(), std::string(kFailure) + kFailure);
+    EXPECT_EQ(calls.Made().size(), before);
     EXPECT_EQ(card.Mixer(), MixerText("0 0", "20 20"));
 }
 
@@ -82,17 +82,17 @@ TEST_F(CodecVolume, AtZeroPercentIsZeroEvenBelowTheRange) {
     const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 0));
     EXPECT_EQ(calls.Count("snd_mixer_selem_set_playback_volume_all"), 1U);
-    EXPECT_EQ(calls.made().at(calls.made().size() - 2),
+    EXPECT_EQ(calls.Made().at(calls.Made().size() - 2),
               "snd_mixer_selem_set_playback_volume_all 0");
     EXPECT_TRUE(codec.SetVolume(kLeft, 0));
-    EXPECT_EQ(calls.made().at(calls.made().size() - 2), "snd_mixer_selem_set_playback_volume 0 0");
+    EXPECT_EQ(calls.Made().at(calls.Made().size() - 2), "snd_mixer_selem_set_playback_volume 0 0");
 }
 
 TEST_F(CodecVolume, OfARangeBelowZeroIsCutTowardsZero) {
     card.SetMixer(Master("-99 -3 -20 -20"));
     const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 50));
-    EXPECT_EQ(calls.made().at(calls.made().size() - 2),
+    EXPECT_EQ(calls.Made().at(calls.Made().size() - 2),
               "snd_mixer_selem_set_playback_volume_all -1");
 }
 
@@ -110,7 +110,7 @@ TEST_F(CodecVolume, FailsWithoutTheMasterElement) {
     card.SetMixer(switchOnly);
     const Codec codec;
     EXPECT_FALSE(codec.SetVolume(kAll, 50));
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
     EXPECT_EQ(card.Mixer(), switchOnly);
 }
 
@@ -146,7 +146,7 @@ TEST_P(CodecVolumeStep, ThatFailsMakesSetVolumeFailWithItsOneMessage) {
     const auto& [answer, selector] = GetParam();
     calls.Answer(answer.call, answer.result, answer.occurrence);
     EXPECT_FALSE(codec.SetVolume(selector, 50));
-    EXPECT_EQ(console.output(), kFailure);
+    EXPECT_EQ(console.Output(), kFailure);
     EXPECT_TRUE(codec.SetVolume(kAll, 50)) << "a later attempt is free of the failure";
     EXPECT_EQ(card.Mixer(), MixerText("0 0", "31 31"));
 }

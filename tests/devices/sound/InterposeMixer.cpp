@@ -58,7 +58,7 @@ int snd_mixer_load(snd_mixer_t* mixer) {
 snd_mixer_elem_t* snd_mixer_find_selem(snd_mixer_t* mixer, const snd_mixer_selem_id_t* id) {
     const SoundCall call("snd_mixer_find_selem", snd_mixer_selem_id_get_name(id),
                          snd_mixer_selem_id_get_index(id));
-    return call.answer() ? nullptr : SIM_REAL(snd_mixer_find_selem)(mixer, id);
+    return call.Answer() ? nullptr : SIM_REAL(snd_mixer_find_selem)(mixer, id);
 }
 
 int snd_mixer_close(snd_mixer_t* mixer) {

@@ -12,7 +12,7 @@ namespace tavrelin {
 class SoundCall {
   public:
     /// For calls that only count for what they allocate.
-    SoundCall() { ++depth_; }
+    SoundCall() { ++depth; }
 
     template <typename... Arguments>
     explicit SoundCall(const char* name, const Arguments&... arguments) : SoundCall() {
@@ -24,15 +24,15 @@ class SoundCall {
     SoundCall& operator=(const SoundCall&) = delete;
     SoundCall(SoundCall&&) = delete;
     SoundCall& operator=(SoundCall&&) = delete;
-    ~SoundCall() { --depth_; }
+    ~SoundCall() { --depth; }
 
     /// Null when nobody is to know of this call.
     [[nodiscard]] static SoundCalls* Watched() {
-        return depth_ == 1 ? SoundCalls::Watching() : nullptr;
+        return depth == 1 ? SoundCalls::Watching() : nullptr;
     }
 
     /// What the test wants as result, if it wants one.
-    [[nodiscard]] const std::optional<long>& answer() const { return answer_; }
+    [[nodiscard]] const std::optional<long>& Answer() const { return answer_; }
 
     /// The result of a call that uses what is there.
     template <typename Real>
@@ -66,7 +66,7 @@ class SoundCall {
         return std::to_string(number);
     }
 
-    static inline thread_local int depth_ = 0;
+    static inline thread_local int depth = 0;
     std::optional<long> answer_;
 };
 

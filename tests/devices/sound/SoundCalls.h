@@ -27,11 +27,11 @@ class SoundCalls {
     void AnswerSwitch(int channel, int on) { switches_[channel] = on; }
 
     /// All calls so far that open, set up, use or close a device, as "name argument argument".
-    [[nodiscard]] const std::vector<std::string>& made() const { return made_; }
+    [[nodiscard]] const std::vector<std::string>& Made() const { return made_; }
     [[nodiscard]] unsigned Count(const std::string& call) const;
 
     /// Devices and records that were opened or allocated and not yet given back.
-    [[nodiscard]] int unreleased() const { return unreleased_; }
+    [[nodiscard]] int Unreleased() const { return unreleased_; }
 
     // For the stand-ins of the library's calls.
     static SoundCalls* Watching();

@@ -16,14 +16,14 @@ class SpeakerMixer : public SpeakerTest {};
 
 TEST_F(SpeakerMixer, IsUnmutedByThisCommandLine) {
     EXPECT_TRUE(Speaker::SetMute(true));
-    EXPECT_EQ(board.events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 0"}));
+    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 0"}));
     EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Output Mixer HiFi][unmute]");
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(SpeakerMixer, IsMutedByThisCommandLine) {
     EXPECT_TRUE(Speaker::SetMute(false));
-    EXPECT_EQ(board.events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' mute\" 0"}));
+    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' mute\" 0"}));
     EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Output Mixer HiFi][mute]");
 }
 
@@ -31,7 +31,7 @@ TEST_F(SpeakerMixer, TakesBothVolumesInOneCommandLine) {
     EXPECT_TRUE(Speaker::SetVolume(100, 100));
     EXPECT_TRUE(Speaker::SetVolume(0, 0));
     EXPECT_TRUE(Speaker::SetVolume(7, 93));
-    EXPECT_EQ(board.events(), (Texts{"system - \"amixer set -q Master 100%,100%\" 0",
+    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q Master 100%,100%\" 0",
                                      "system - \"amixer set -q Master 0%,0%\" 0",
                                      "system - \"amixer set -q Master 7%,93%\" 0"}));
     EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Master][100%,100%]");
@@ -43,33 +43,33 @@ TEST_F(SpeakerMixer, RunsNothingForAVolumeAboveAHundredPercent) {
     EXPECT_FALSE(Speaker::SetVolume(101, 50));
     EXPECT_FALSE(Speaker::SetVolume(50, 101));
     EXPECT_FALSE(Speaker::SetVolume(4294967295U, 4294967295U));
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
     EXPECT_EQ(tools.OtherCalls(), "");
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 TEST_F(SpeakerMixer, IsNotAskedHowItEnded) {
     tools.FailMixer(1);
     EXPECT_TRUE(Speaker::SetMute(true));
     EXPECT_TRUE(Speaker::SetVolume(50, 50));
-    EXPECT_EQ(board.events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 256",
+    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 256",
                                      "system - \"amixer set -q Master 50%,50%\" 256"}));
 }
 
 TEST_F(SpeakerMixer, ThatIsNotInstalledIsNotMissed) {
     const TestFolder empty;
-    const Environment path("PATH", empty.path());
+    const Environment path("PATH", empty.Path());
     EXPECT_TRUE(Speaker::SetMute(true));
     EXPECT_TRUE(Speaker::SetVolume(50, 50));
 }
 
 TEST_F(SpeakerMixer, FailsOnlyWhenNoShellCanBeRun) {
-    board.failForever("system", "", EAGAIN);
+    board.FailForever("system", "", EAGAIN);
     EXPECT_FALSE(Speaker::SetMute(true));
     EXPECT_FALSE(Speaker::SetMute(false));
     EXPECT_FALSE(Speaker::SetVolume(50, 50));
     EXPECT_EQ(tools.OtherCalls(), "");
-    EXPECT_EQ(console.output() + console.error(), "");
+    EXPECT_EQ(console.Output() + console.Error(), "");
 }
 
 /// The mixer tool itself, on a card without hardware.
@@ -102,9 +102,9 @@ TEST_F(RealMixerTool, IsNotHeardWhenAnElementIsMissing) {
     EXPECT_TRUE(Speaker::SetMute(true));
     EXPECT_TRUE(Speaker::SetVolume(50, 50));
     EXPECT_EQ(card.Mixer(), "");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_NE(console.error().find("Output Mixer HiFi"), std::string::npos);
-    EXPECT_NE(console.error().find("Master"), std::string::npos);
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_NE(console.Error().find("Output Mixer HiFi"), std::string::npos);
+    EXPECT_NE(console.Error().find("Master"), std::string::npos);
 }
 
 } // namespace

@@ -18,14 +18,14 @@ constexpr pid_t kNobody = -1;
 
 class SpeakerPlay : public SpeakerTest {
   protected:
-    [[nodiscard]] std::uint64_t SignalsSent() const { return board.calls("kill"); }
+    [[nodiscard]] std::uint64_t SignalsSent() const { return board.Calls("kill"); }
 };
 
 TEST_F(SpeakerPlay, RepeatsTheFileInAChildForEver) {
     Speaker speaker;
-    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_EQ(speaker.Player(), kNobody);
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
-    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.Player()});
     for (int repetition = 0; repetition < 5; ++repetition) {
         EXPECT_EQ(tools.NextCall(), kAlarm);
         tools.FinishPlaying();
@@ -37,14 +37,14 @@ TEST_F(SpeakerPlay, IsAnnouncedByBothProcesses) {
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
     EXPECT_EQ(tools.NextCall(), kAlarm);
     const std::string own = std::to_string(::getpid());
-    const std::string child = std::to_string(speaker.player());
+    const std::string child = std::to_string(speaker.Player());
     const std::string fromChild =
         "In Child Process: Own pid = " + child + " and Parent pid = " + own + "\n";
     const std::string fromParent =
         "In Parent Process: Own pid = " + own + " and Child pid = " + child + "\n";
-    const std::string said = console.output();
+    const std::string said = console.Output();
     EXPECT_TRUE(said == fromChild + fromParent || said == fromParent + fromChild) << said;
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(SpeakerPlay, ShowsTextThatWaitedToBeShownOnlyOnce) {
@@ -52,7 +52,7 @@ TEST_F(SpeakerPlay, ShowsTextThatWaitedToBeShownOnlyOnce) {
     std::cout << "Priming ";
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
     EXPECT_EQ(tools.NextCall(), kAlarm);
-    const std::string said = console.output();
+    const std::string said = console.Output();
     EXPECT_EQ(said.find("Priming "), 0U);
     EXPECT_EQ(said.rfind("Priming "), 0U);
 }
@@ -60,7 +60,7 @@ TEST_F(SpeakerPlay, ShowsTextThatWaitedToBeShownOnlyOnce) {
 TEST_F(SpeakerPlay, PausesAsLongAsItWasToldBetweenRepetitions) {
     const TestFolder folder;
     const Fifo pauses(folder.Path("pauses"));
-    RecordPausesTo(pauses.descriptor());
+    RecordPausesTo(pauses.Descriptor());
     for (const std::uint32_t pause : {0U, 250000U, 3600000000U, 4294967295U}) {
         Speaker speaker;
         EXPECT_TRUE(speaker.Play("alarm.wav", pause));
@@ -79,14 +79,14 @@ TEST_F(SpeakerPlay, PausesAsLongAsItWasToldBetweenRepetitions) {
 TEST_F(SpeakerPlay, IsRefusedWhileItPlaysAndDisturbsNothing) {
     Speaker speaker;
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
-    const pid_t player = speaker.player();
+    const pid_t player = speaker.Player();
     EXPECT_EQ(tools.NextCall(), kAlarm);
-    const std::string before = console.output();
+    const std::string before = console.Output();
     EXPECT_FALSE(speaker.Play("other.wav", 0));
-    EXPECT_EQ(console.error(), "Speaker: already in play\n");
-    EXPECT_EQ(console.output(), before);
-    EXPECT_EQ(speaker.player(), player);
-    EXPECT_EQ(board.calls("fork"), 1U);
+    EXPECT_EQ(console.Error(), "Speaker: already in play\n");
+    EXPECT_EQ(console.Output(), before);
+    EXPECT_EQ(speaker.Player(), player);
+    EXPECT_EQ(board.Calls("fork"), 1U);
     EXPECT_EQ(SignalsSent(), 0U);
     tools.FinishPlaying();
     EXPECT_EQ(tools.NextCall(), kAlarm);
@@ -100,7 +100,7 @@ TEST_F(SpeakerPlay, IsAChildOfItsOwnForEachSpeaker) {
     EXPECT_TRUE(other.Play("other.wav", 0));
     EXPECT_EQ(tools.NextCall(), "[aplay][-q][other.wav]");
     EXPECT_EQ(one.Stop(), 0);
-    EXPECT_FALSE(Offspring::IsGone(other.player()));
+    EXPECT_FALSE(Offspring::IsGone(other.Player()));
 }
 
 TEST_F(SpeakerPlay, HandsTheNameToTheShellAsItStands) {
@@ -117,11 +117,11 @@ TEST_F(SpeakerPlay, HandsTheNameToTheShellAsItStands) {
 
 TEST_F(SpeakerPlay, ThatCannotForkIsToldAndCanBeTriedAgain) {
     Speaker speaker;
-    board.fail("fork", "", EAGAIN);
+    board.Fail("fork", "", EAGAIN);
     EXPECT_FALSE(speaker.Play("alarm.wav", 0));
-    EXPECT_EQ(console.error(), "Speaker: error in play fork\n");
-    EXPECT_EQ(console.output(), "");
-    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_EQ(console.Error(), "Speaker: error in play fork\n");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(speaker.Player(), kNobody);
     EXPECT_TRUE(Offspring::Children().empty());
     EXPECT_EQ(speaker.Stop(), kNobody);
     EXPECT_EQ(SignalsSent(), 0U);

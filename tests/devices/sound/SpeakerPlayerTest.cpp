@@ -25,7 +25,7 @@ using sim::SimulatedBoard;
 class StandardErrorInto {
   public:
     explicit StandardErrorInto(const Fifo& fifo) : before_(::dup(STDERR_FILENO)) {
-        ::dup2(fifo.descriptor(), STDERR_FILENO);
+        ::dup2(fifo.Descriptor(), STDERR_FILENO);
     }
     StandardErrorInto(const StandardErrorInto&) = delete;
     StandardErrorInto& operator=(const StandardErrorInto&) = delete;
@@ -93,7 +93,7 @@ TEST_F(SpeakerPlayer, PlaysARealFileOverAndOverBitForBit) {
     const std::string file = card.Path("alarm.wav");
     WriteSoundFile(file, samples);
     const Fifo played(card.Path("played.fifo"));
-    card.PlayInto(played.path());
+    card.PlayInto(played.Path());
     Speaker speaker;
     EXPECT_TRUE(speaker.Play(file, 0));
     for (int repetition = 0; repetition < 20; ++repetition) {
@@ -107,7 +107,7 @@ TEST_F(SpeakerPlayer, PlaysARealFileOverAndOverBitForBit) {
 
 TEST_F(SpeakerPlayer, ThatIsMissingIsToldByTheShellAndTriedAgain) {
     const TestFolder empty;
-    const Environment path("PATH", empty.path());
+    const Environment path("PATH", empty.Path());
     const StandardErrorInto pipe(errors);
     Speaker speaker;
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
@@ -131,7 +131,7 @@ TEST_F(SpeakerPlayer, TellsThatTheFileIsMissingAndIsTriedAgain) {
 // With its children's deaths ignored a process cannot learn how its shell ended.
 TEST_F(SpeakerPlayer, ThatNoShellCanRunIsToldEachTime) {
     const TestFolder empty;
-    const Environment path("PATH", empty.path());
+    const Environment path("PATH", empty.Path());
     const IgnoredSignal deaths(SIGCHLD);
     const StandardErrorInto pipe(errors);
     Speaker speaker;

@@ -24,13 +24,13 @@ class SpeakerStop : public SpeakerTest {
 TEST_F(SpeakerStop, KillsTheChildAndLeavesNoZombie) {
     Speaker speaker;
     Begin(speaker);
-    const pid_t player = speaker.player();
-    board.forget();
+    const pid_t player = speaker.Player();
+    board.Forget();
     EXPECT_EQ(speaker.Stop(), 0);
-    EXPECT_EQ(board.events(), (Texts{"kill - signal 9"}));
-    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_EQ(board.Events(), (Texts{"kill - signal 9"}));
+    EXPECT_EQ(speaker.Player(), kNobody);
     EXPECT_TRUE(Offspring::IsGone(player));
-    EXPECT_EQ(console.error(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST_F(SpeakerStop, WithNothingPlayingAnswersMinusOneAndSendsNoSignal) {
@@ -39,7 +39,7 @@ TEST_F(SpeakerStop, WithNothingPlayingAnswersMinusOneAndSendsNoSignal) {
     Begin(speaker);
     EXPECT_EQ(speaker.Stop(), 0);
     EXPECT_EQ(speaker.Stop(), -1);
-    EXPECT_EQ(board.calls("kill"), 1U);
+    EXPECT_EQ(board.Calls("kill"), 1U);
 }
 
 TEST_F(SpeakerStop, LetsThePlayerFinishTheRunItHasBegun) {
@@ -59,30 +59,30 @@ TEST_F(SpeakerStop, IsFollowedByANewChildWhenPlayedAgain) {
     tools.FinishPlaying();
     Offspring::AwaitEnd();
     Begin(speaker);
-    EXPECT_EQ(board.calls("fork"), 2U);
-    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.player()});
+    EXPECT_EQ(board.Calls("fork"), 2U);
+    EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.Player()});
     EXPECT_EQ(speaker.Stop(), 0);
 }
 
 TEST_F(SpeakerStop, AnswersThatTheChildCouldNotBeKilledAndForgetsItAllTheSame) {
     Speaker speaker;
     Begin(speaker);
-    const pid_t player = speaker.player();
-    board.fail("kill", "", EPERM);
+    const pid_t player = speaker.Player();
+    board.Fail("kill", "", EPERM);
     EXPECT_EQ(speaker.Stop(), -1);
-    EXPECT_EQ(speaker.player(), kNobody);
+    EXPECT_EQ(speaker.Player(), kNobody);
     EXPECT_FALSE(Offspring::IsGone(player));
     Begin(speaker);
-    EXPECT_NE(speaker.player(), player);
+    EXPECT_NE(speaker.Player(), player);
 }
 
 TEST_F(SpeakerStop, HappensWhenTheSpeakerIsDestroyed) {
     std::optional<Speaker> speaker(std::in_place);
     Begin(*speaker);
-    const pid_t player = speaker->player();
-    board.forget();
+    const pid_t player = speaker->Player();
+    board.Forget();
     speaker.reset();
-    EXPECT_EQ(board.events(), (Texts{"kill - signal 9"}));
+    EXPECT_EQ(board.Events(), (Texts{"kill - signal 9"}));
     EXPECT_TRUE(Offspring::IsGone(player));
 }
 
@@ -92,9 +92,9 @@ TEST_F(SpeakerStop, IsNotNeededWhenAnIdleSpeakerIsDestroyed) {
         Speaker noMore;
         Begin(noMore);
         EXPECT_EQ(noMore.Stop(), 0);
-        board.forget();
+        board.Forget();
     }
-    EXPECT_EQ(board.events(), Texts{});
+    EXPECT_EQ(board.Events(), Texts{});
 }
 
 } // namespace

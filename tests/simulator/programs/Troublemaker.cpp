@@ -17,15 +17,15 @@
 
 namespace {
 
-constexpr const char* exportFile = "/sys/class/gpio/export";
+constexpr const char* kExportFile = "/sys/class/gpio/export";
 
-void exportLine(const char* number) {
-    const int file = open(exportFile, O_WRONLY);
+void ExportLine(const char* number) {
+    const int file = open(kExportFile, O_WRONLY);
     static_cast<void>(write(file, number, std::strlen(number)) == 0);
     close(file);
 }
 
-void sleepFor(const char* milliseconds) {
+void SleepFor(const char* milliseconds) {
     const long span = std::strtol(milliseconds, nullptr, 10);
     const timespec time{span / 1'000, span % 1'000 * 1'000'000};
     nanosleep(&time, nullptr);
@@ -33,20 +33,20 @@ void sleepFor(const char* milliseconds) {
 
 // --- crashes
 
-int segfault(const char* /*unused*/) {
+int Segfault(const char* /*unused*/) {
     volatile int* nothing = nullptr;
     *nothing = 1;
     return 0;
 }
 
-int aborts(const char* /*unused*/) {
+int Aborts(const char* /*unused*/) {
     std::abort();
 }
 
-int crashAfterAnExport(const char* number) {
-    exportLine(number);
-    sleepFor("1500");
-    exportLine(number);
+int CrashAfterAnExport(const char* number) {
+    ExportLine(number);
+    SleepFor("1500");
+    ExportLine(number);
     std::raise(SIGSEGV);
     return 0;
 }
@@ -56,30 +56,30 @@ int crashAfterAnExport(const char* number) {
 pthread_mutex_t first = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t second = PTHREAD_MUTEX_INITIALIZER;
 
-void* takeSecondThenFirst(void* /*unused*/) {
+void* TakeSecondThenFirst(void* /*unused*/) {
     pthread_mutex_lock(&second);
-    sleepFor("10");
+    SleepFor("10");
     pthread_mutex_lock(&first);
     return nullptr;
 }
 
-int twoMutexes(const char* /*unused*/) {
+int TwoMutexes(const char* /*unused*/) {
     pthread_t thread{};
     pthread_mutex_lock(&first);
-    pthread_create(&thread, nullptr, takeSecondThenFirst, nullptr);
-    sleepFor("20");
+    pthread_create(&thread, nullptr, TakeSecondThenFirst, nullptr);
+    SleepFor("20");
     pthread_mutex_lock(&second);
     return 0;
 }
 
-int oneMutexTwice(const char* /*unused*/) {
+int OneMutexTwice(const char* /*unused*/) {
     pthread_mutex_lock(&first);
     pthread_mutex_lock(&first);
     return 0;
 }
 
-int waitForAnEdgeThatNeverComes(const char* line) {
-    exportLine(line);
+int WaitForAnEdgeThatNeverComes(const char* line) {
+    ExportLine(line);
     const int value = open("/sys/class/gpio/pioA7/value", O_RDONLY);
     char text[4];
     static_cast<void>(read(value, text, sizeof text) == 0);
@@ -89,67 +89,67 @@ int waitForAnEdgeThatNeverComes(const char* line) {
 
 // --- what is not modelled
 
-int openFolder(const char* path) {
+int OpenFolder(const char* path) {
     return opendir(path) != nullptr ? 0 : 1;
 }
 
-int openFile(const char* path) {
+int OpenFile(const char* path) {
     return open(path, O_RDONLY) >= 0 ? 0 : 1;
 }
 
-int readByTheLibrary(const char* path) {
+int ReadByTheLibrary(const char* path) {
     char text[16];
     FILE* file = std::fopen(path, "r");
     return file != nullptr && std::fgets(text, sizeof text, file) != nullptr ? 0 : 1;
 }
 
-int becomeAnother(const char* program) {
+int BecomeAnother(const char* program) {
     execlp(program, program, static_cast<char*>(nullptr));
     return 1;
 }
 
-void* nothingToDo(void* argument) {
+void* NothingToDo(void* argument) {
     return argument;
 }
 
-int leaveAThread(const char* /*unused*/) {
+int LeaveAThread(const char* /*unused*/) {
     pthread_t thread{};
-    pthread_create(&thread, nullptr, nothingToDo, nullptr);
+    pthread_create(&thread, nullptr, NothingToDo, nullptr);
     return pthread_detach(thread);
 }
 
 // --- ends and waits
 
-int spin(const char* /*unused*/) {
+int Spin(const char* /*unused*/) {
     static volatile std::sig_atomic_t turning = 1;
     while (turning != 0) {
     }
     return 0;
 }
 
-int sleepAgainAndAgain(const char* milliseconds) {
+int SleepAgainAndAgain(const char* milliseconds) {
     for (;;) {
-        sleepFor(milliseconds);
+        SleepFor(milliseconds);
     }
 }
 
-int sleepOnce(const char* milliseconds) {
-    sleepFor(milliseconds);
+int SleepOnce(const char* milliseconds) {
+    SleepFor(milliseconds);
     return 0;
 }
 
-int endWith(const char* status) {
+int EndWith(const char* status) {
     return static_cast<int>(std::strtol(status, nullptr, 10));
 }
 
-int spinReady(const char* /*unused*/) {
+int SpinReady(const char* /*unused*/) {
     std::cout << getpid() << std::endl;
-    return spin("");
+    return Spin("");
 }
 
 // --- input, output, other processes
 
-int speak(const char* /*unused*/) {
+int Speak(const char* /*unused*/) {
     std::cout << "first, ";
     std::printf("second\n");
     std::cerr << "complaint\n";
@@ -161,7 +161,7 @@ int speak(const char* /*unused*/) {
 }
 
 /// Tells in three ways of starting a process, and for itself, whether a path is there.
-int lookAround(const char* path) {
+int LookAround(const char* path) {
     std::cout << "board " << (access(path, F_OK) == 0 ? "yes" : "no") << std::endl;
     const std::string question =
         "test -e " + std::string(path) + " && echo shell yes || echo shell no";
@@ -183,31 +183,31 @@ struct Trouble {
     int (*make)(const char* argument);
 };
 
-constexpr Trouble troubles[]{
-    {"segfault", segfault},
-    {"abort", aborts},
-    {"crash-after-export", crashAfterAnExport},
-    {"two-mutexes", twoMutexes},
-    {"one-mutex-twice", oneMutexTwice},
-    {"edge-that-never-comes", waitForAnEdgeThatNeverComes},
-    {"open-folder", openFolder},
-    {"open-file", openFile},
-    {"read-by-the-library", readByTheLibrary},
-    {"become-another", becomeAnother},
-    {"leave-a-thread", leaveAThread},
-    {"spin", spin},
-    {"spin-ready", spinReady},
-    {"sleep-again", sleepAgainAndAgain},
-    {"sleep", sleepOnce},
-    {"status", endWith},
-    {"speak", speak},
-    {"look-around", lookAround},
+constexpr Trouble kTroubles[]{
+    {"segfault", Segfault},
+    {"abort", Aborts},
+    {"crash-after-export", CrashAfterAnExport},
+    {"two-mutexes", TwoMutexes},
+    {"one-mutex-twice", OneMutexTwice},
+    {"edge-that-never-comes", WaitForAnEdgeThatNeverComes},
+    {"open-folder", OpenFolder},
+    {"open-file", OpenFile},
+    {"read-by-the-library", ReadByTheLibrary},
+    {"become-another", BecomeAnother},
+    {"leave-a-thread", LeaveAThread},
+    {"spin", Spin},
+    {"spin-ready", SpinReady},
+    {"sleep-again", SleepAgainAndAgain},
+    {"sleep", SleepOnce},
+    {"status", EndWith},
+    {"speak", Speak},
+    {"look-around", LookAround},
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    for (const Trouble& trouble : troubles) {
+    for (const Trouble& trouble : kTroubles) {
         if (argc > 1 && std::strcmp(argv[1], trouble.name) == 0) {
             return trouble.make(argc > 2 ? argv[2] : "");
         }

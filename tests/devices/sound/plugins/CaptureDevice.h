@@ -47,7 +47,7 @@ class CaptureDevice {
     void PlayToTheEnd() { PlayUntil(given_); }
 
     /// Frames played so far.
-    [[nodiscard]] std::uint64_t played() const { return played_; }
+    [[nodiscard]] std::uint64_t Played() const { return played_; }
     /// True once, when the device was told to run dry now.
     bool RunsDry();
 

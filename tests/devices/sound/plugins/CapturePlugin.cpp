@@ -87,7 +87,7 @@ snd_pcm_sframes_t Position(snd_pcm_ioplug_t* side) {
     if (DeviceOf(side).RunsDry()) {
         return -EPIPE;
     }
-    return static_cast<snd_pcm_sframes_t>(DeviceOf(side).played() % side->buffer_size);
+    return static_cast<snd_pcm_sframes_t>(DeviceOf(side).Played() % side->buffer_size);
 }
 
 int Drain(snd_pcm_ioplug_t* side) {
