@@ -4,6 +4,7 @@
 #include "tests/support/Fifo.h"
 #include "tests/support/GoldenFile.h"
 #include "tests/support/Offspring.h"
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestFolder.h"
 
@@ -98,8 +99,8 @@ TEST_F(ServiceAlarm, LeavesNoChildBehind) {
 
 // Not even one that nobody stops: the simulation ends the program in the middle of its wait.
 TEST_F(ServiceAlarm, LeavesNoChildBehindWhenItsRunIsStopped) {
-    const CommandResult result = RunCommand({TAVRELIN_BIN_DIR "/simulate", "--board-time", "1",
-                                             "--", TAVRELIN_BIN_DIR "/tavrelin-service", "alarm"});
+    const CommandResult result = RunCommand({InBuild("bin/simulate"), "--board-time", "1", "--",
+                                             InBuild("bin/tavrelin-service"), "alarm"});
     EXPECT_EQ(result.status, 0);
     EXPECT_TRUE(DiesSoon(PlayerOf(result.output)));
 }
@@ -122,8 +123,8 @@ TEST_P(ServiceAlarmStopped, EndsTheChildAndThenItself) {
     const auto begin = std::chrono::steady_clock::now();
     const CommandResult result =
         RunCommand({"sh", "-c",
-                    "echo $$ >'" + program +
-                        "'; exec '" TAVRELIN_BIN_DIR "/tavrelin-service' alarm --for 60"});
+                    "echo $$ >'" + program + "'; exec '" + InBuild("bin/tavrelin-service") +
+                        "' alarm --for 60"});
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(kPatience));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.error, "");

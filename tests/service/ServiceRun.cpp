@@ -1,5 +1,6 @@
 #include "tests/service/ServiceRun.h"
 
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
@@ -14,7 +15,7 @@ namespace {
 constexpr const char* kPatience = "60";
 
 Words ServiceCommand(const Words& words) {
-    Words command = {std::string(TAVRELIN_BIN_DIR) + "/tavrelin-service"};
+    Words command = {InBuild("bin/tavrelin-service")};
     command.insert(command.end(), words.begin(), words.end());
     return command;
 }
@@ -81,7 +82,7 @@ CommandResult CallService(const Words& words) {
 SimulatedCall SimulateService(const Words& words, const std::string& board) {
     const TemporaryFolder folder;
     WriteText(folder.File("board.toml"), board);
-    Words command = {std::string(TAVRELIN_BIN_DIR) + "/simulate",
+    Words command = {InBuild("bin/simulate"),
                      "--scenario",
                      folder.File("board.toml"),
                      "--io-cost",

@@ -6,6 +6,7 @@
 #include "simulator/scenario/FaultTable.h"
 #include "simulator/scenario/ScenarioFile.h"
 
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
@@ -19,7 +20,7 @@ namespace {
 using Names = std::set<std::string>;
 
 std::string Document() {
-    const std::string text = TextOf(std::string(TAVRELIN_SOURCE_DIR) + "/docs/simulated-board.md");
+    const std::string text = TextOf(InCheckout("docs/simulated-board.md"));
     EXPECT_FALSE(text.empty());
     return text;
 }

@@ -52,7 +52,7 @@ TEST(Faults, MeetTheirCallAndPathOnly) {
 }
 
 TEST(Faults, CountOneByOne) {
-    Faults faults({Fault("open", "/a", 1), Fault("open", "/b", 2), Fault("open", "", 4)});
+    Faults faults({FaultOn("open", "/a", 1), FaultOn("open", "/b", 2), FaultOn("open", "", 4)});
     EXPECT_TRUE(faults.Meet("open", "/a"));
     EXPECT_FALSE(faults.Meet("open", "/b"));
     EXPECT_TRUE(faults.Meet("open", "/b"));

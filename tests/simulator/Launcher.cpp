@@ -1,15 +1,16 @@
 #include "tests/simulator/Launcher.h"
 
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tavrelin {
 
 std::string Binary(const std::string& name) {
-    return std::string(TAVRELIN_BIN_DIR) + "/" + name;
+    return InBuild("bin/" + name);
 }
 
 std::string testProgram(const std::string& name) {
-    return std::string(TAVRELIN_BIN_DIR) + "/../test-programs/" + name;
+    return InBuild("test-programs/" + name);
 }
 
 CommandResult Simulate(const Words& options, const Words& program) {

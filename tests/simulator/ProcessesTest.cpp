@@ -3,6 +3,7 @@
 
 #include "tests/simulator/Launcher.h"
 
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
@@ -46,7 +47,7 @@ TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {
 }
 
 TEST(Board, IsInertInOtherPrograms) {
-    const std::string library = std::string(TAVRELIN_BIN_DIR) + "/../lib/libsimulated-board.so";
+    const std::string library = InBuild("lib/libsimulated-board.so");
     const Words preloaded{"env", "LD_PRELOAD=" + library};
     const auto lookAround = [&](Words command) {
         command.insert(command.begin(), preloaded.begin(), preloaded.end());

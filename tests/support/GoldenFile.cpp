@@ -1,5 +1,6 @@
 #include "tests/support/GoldenFile.h"
 
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
@@ -32,7 +33,7 @@ std::string FirstDifference(const std::string& expected, const std::string& foun
 }
 
 testing::AssertionResult MatchesGoldenFile(const std::string& text, const std::string& name) {
-    const std::string path = std::string(TAVRELIN_SOURCE_DIR) + "/tests/" + name;
+    const std::string path = InCheckout("tests/" + name);
     if (updateGoldenFiles) {
         WriteText(path, text);
     }

@@ -1,6 +1,7 @@
 #include "tests/system/InstrumentRun.h"
 
 #include "tests/support/Command.h"
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tavrelin {
@@ -21,8 +22,7 @@ std::map<std::string, std::string> FilesIn(const std::string& folder) {
 
 std::string ScenarioFile(const Conditions& conditions, const TemporaryFolder& folder) {
     if (!conditions.scenario.empty()) {
-        return std::string(TAVRELIN_SOURCE_DIR) + "/tests/system/scenarios/" + conditions.scenario +
-               ".toml";
+        return InCheckout("tests/system/scenarios/") + conditions.scenario + ".toml";
     }
     const std::string file = folder.File("scenario.toml");
     WriteText(file, conditions.board);
@@ -46,7 +46,7 @@ RunResult RunInstrument(const Conditions& conditions) {
     const TemporaryFolder folder;
     const std::string root = folder.File("root");
     const std::string events = folder.File("events");
-    const std::string binaries = TAVRELIN_BIN_DIR;
+    const std::string binaries = InBuild("bin");
     std::vector<std::string> command = {binaries + "/simulate",
                                         "--scenario",
                                         ScenarioFile(conditions, folder),

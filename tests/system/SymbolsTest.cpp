@@ -3,6 +3,7 @@
 // answers, or stands in a list of those that cannot do harm.
 
 #include "tests/support/Command.h"
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
@@ -18,8 +19,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-const std::string kProgram = std::string(TAVRELIN_BIN_DIR) + "/tavrelin";
-const std::string kSimulatedBoard = std::string(TAVRELIN_BIN_DIR) + "/../lib/libsimulated-board.so";
+const std::string kProgram = InBuild("bin/tavrelin");
+const std::string kSimulatedBoard = InBuild("lib/libsimulated-board.so");
 
 // The file of a library that this process runs with, as the program does.
 std::string PathOf(const std::string& library) {
@@ -67,7 +68,7 @@ Names Together(Names names, const Names& others) {
 std::vector<std::vector<std::string>> HarmlessGroups() {
     std::vector<std::vector<std::string>> groups(1);
     for (const std::string& line :
-         LinesOf(TextOf(std::string(TAVRELIN_SOURCE_DIR) + "/tests/system/harmless-symbols.txt"))) {
+         LinesOf(TextOf(InCheckout("tests/system/harmless-symbols.txt")))) {
         if (line.empty()) {
             groups.emplace_back();
         } else if (line.front() != '#') {
