@@ -42,14 +42,31 @@ nothing_left_open() {
     [ -z "$found" ]
 }
 
+arrows() {
+    files '*.cpp' '*.h' | sed 's#^\./##' | xargs scripts/arrows
+}
+
+# Needs a configured build folder, for each file's options, but nothing built.
+names() {
+    configure default && files '*.cpp' | grep -E '^\./(app|base|cycle|devices|platform|service|simulator|storage)/' |
+        grep -v 32.cpp | xargs -P "$(nproc)" -n 4 clang-tidy -p build/default --quiet \
+        --extra-arg=-O0 --checks='-*,readability-identifier-naming'
+}
+
 check_style() {
     hold "formatting" format.log xargs -a <(files '*.cpp' '*.h') clang-format --dry-run --Werror
     hold "nothing left open or switched off" open.log nothing_left_open
+    hold "includes follow the arrows" arrows.log arrows
+    hold "names" names.log names
 }
 
 # Tests and simulated board compile alike under every preset: with a common cache, once.
+configure() {
+    cmake --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
+}
+
 build() {
-    cmake --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build --preset "$1"
+    configure "$1" && cmake --build --preset "$1"
 }
 
 # The tests of a preset; CTest gives a line for each and the totals.
@@ -78,14 +95,14 @@ check_tsan() { build_and_test tsan; }
 
 tidy_file() {
     local output
-    if output=$(clang-tidy -p build/default --quiet "$1" 2>&1); then
+    if output=$(clang-tidy -p build/default --extra-arg=-O0 --quiet "$1" 2>&1); then
         printf 'ok      tidy %s\n' "$1"
     else
         printf 'FAILED  tidy %s\n%s\n' "$1" "$(grep -A4 -E 'error:|warning:' <<<"$output")"
     fi
 }
 
-check_tidy() { tidy_below app cycle devices platform storage; }
+check_tidy() { tidy_below app base cycle devices platform service storage; }
 check_tidy-rest() { tidy_below bench simulator tests; }
 
 # tidy_below FOLDER...: a line for each source below the folders.
