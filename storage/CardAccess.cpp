@@ -31,6 +31,7 @@ bool MountCard() {
 }
 
 bool UnmountCard() {
+    // The reverse of what the data log does, by design: a listed card is the log's to unmount.
     return !IsCardMounted() && ::umount(card::kMountPoint) == 0;
 }
 

@@ -38,6 +38,7 @@ bool DataLog::set_file_name(const std::string& name) {
 }
 
 bool DataLog::open() {
+    // A file that shows is enough, whatever the card: most records find their day's file.
     FileStatus status(file_name_);
     if (status.is_regular_file(file_name_)) {
         Trace(kModule, "open", __LINE__);
@@ -58,11 +59,15 @@ bool DataLog::write(const std::string& record) {
         if (!mount_sd_card()) {
             return false;
         }
+        // What counts is whether the stream is open, asked below. One that was open already, on a
+        // file below the mount point, fails here and swallows the record: better than to log where
+        // nobody looks.
         open();
     }
     if (!stream_.is_open()) {
         return false;
     }
+    // Whether the card takes it shows at the close: the stream holds the record until then.
     stream_.write(record.data(), static_cast<std::streamsize>(record.size()));
     return true;
 }
@@ -98,13 +103,14 @@ bool DataLog::mount_sd_card() {
     FileStatus mountPoint(card::kMountPoint);
     if (!mountPoint.is_directory(card::kMountPoint)) {
         Trace(kModule, operation, __LINE__);
-        ::mkdir(card::kMountPoint, card::kMountPointMode);
+        ::mkdir(card::kMountPoint, card::kMountPointMode); // mount tells whether that helped
     }
     Trace(kModule, operation, __LINE__);
     return ::mount(card::kPartition, card::kMountPoint, card::kFileSystem, card::kMountFlags,
                    card::kMountData) == 0;
 }
 
+// Asks whether the card is listed, whatever the path: nothing is unmounted that nobody mounted.
 bool DataLog::umount_sd_card(const std::string& path) {
     return is_sd_card_mounted(card::kMountPoint) && ::umount(path.c_str()) == 0;
 }
@@ -129,6 +135,7 @@ bool DataLog::OpenForAppending() {
     return stream_.is_open();
 }
 
+// Fails with EBUSY as long as this object has a file of the card open.
 bool DataLog::CleanUpAfterRemoval() {
     MountQuery query;
     query.SetMountPoint(card::kMountPoint);

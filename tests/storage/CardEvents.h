@@ -1,43 +1,80 @@
 #pragma once
 
 #include "simulator/testing/SimulatedBoard.h"
+#include "storage/DataLog.h"
+#include "tests/support/InOrder.h"
+
+#include <string>
+#include <type_traits>
 
 namespace tavrelin {
+
+using sim::Scenario;
+using sim::SimulatedBoard;
+using sim::Texts;
+
+/// The day's log on the simulated board, and its name on the card.
+inline const std::string kFile = "2026-03-07_logfile.csv";
+inline const std::string kLog = "/mnt/sd-card/" + kFile;
 
 // What the board sees of each look and act of the card operations. A file's status is looked at
 // once when its question is put together and once when it is answered.
 
-inline const sim::Texts kCardThere = {"stat /sys/block/mmcblk0 ok", "stat /sys/block/mmcblk0 ok"};
-inline const sim::Texts kCardGone = {"stat /sys/block/mmcblk0 ENOENT",
-                                     "stat /sys/block/mmcblk0 ENOENT"};
-inline const sim::Texts kListed = {"setmntent /etc/mtab card listed"};
-inline const sim::Texts kNotListed = {"setmntent /etc/mtab card not listed"};
-inline const sim::Texts kMountPointThere = {"stat /mnt/sd-card ok", "stat /mnt/sd-card ok"};
-inline const sim::Texts kMountPointMissing = {"stat /mnt/sd-card ENOENT",
-                                              "stat /mnt/sd-card ENOENT"};
-inline const sim::Texts kMounted = {"mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" ok"};
-inline const sim::Texts kUnmounted = {"umount /mnt/sd-card ok"};
-
-/// One after the other.
-inline sim::Texts InOrder(std::initializer_list<sim::Texts> parts) {
-    sim::Texts whole;
-    for (const sim::Texts& part : parts) {
-        whole.insert(whole.end(), part.begin(), part.end());
-    }
-    return whole;
+inline Texts Twice(const std::string& look) {
+    return {look, look};
 }
+inline const Texts kCardThere = Twice("stat /sys/block/mmcblk0 ok");
+inline const Texts kCardGone = Twice("stat /sys/block/mmcblk0 ENOENT");
+inline const Texts kListed = {"setmntent /etc/mtab card listed"};
+inline const Texts kNotListed = {"setmntent /etc/mtab card not listed"};
+inline const Texts kMountPointThere = Twice("stat /mnt/sd-card ok");
+inline const Texts kMountPointMissing = Twice("stat /mnt/sd-card ENOENT");
+inline const Texts kNoFileYet = Twice("stat " + kLog + " ENOENT");
+inline const Texts kFileThere = Twice("stat " + kLog + " ok");
+inline const Texts kOpened = {"open " + kLog + " ok"};
+inline const Texts kUnmounted = {"umount /mnt/sd-card ok"};
 
-/// A board whose card is mounted.
-inline sim::Scenario WithMountedCard() {
-    sim::Scenario scenario;
-    scenario.cardMounted = true;
+/// The attempt to mount the card, and what came of it.
+inline std::string Mounting(const std::string& result) {
+    return "mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" " + result;
+}
+inline const Texts kMounted = {Mounting("ok")};
+
+/// A board as it should be but for one setting.
+template <typename Value>
+Scenario With(Value Scenario::*setting, const std::type_identity_t<Value>& value,
+              Scenario scenario = {}) {
+    scenario.*setting = value;
     return scenario;
+}
+inline Scenario WithMountedCard() {
+    return With(&Scenario::cardMounted, true);
+}
+inline Scenario WithoutCard() {
+    return With(&Scenario::cardPresent, false);
+}
+inline Scenario WithoutMountPoint() {
+    return With(&Scenario::mountPointExists, false);
+}
+inline Scenario WithMountTable(const Texts& lines) {
+    return With(&Scenario::mountTable, lines);
+}
+inline Scenario WithoutMountTable() {
+    return With(&Scenario::mountTableExists, false, WithMountedCard());
 }
 
 /// Pulls the card and lets the kernel notice.
-inline void PullCard(sim::SimulatedBoard& board) {
+inline void PullCard(SimulatedBoard& board) {
     board.RemoveCard();
     board.Elapse(sim::Milliseconds(700));
 }
+
+/// A mounted card with one record of the day.
+struct CardWithLog {
+    CardWithLog() { board.WriteFileOnCard(kFile, "first\n"); }
+
+    SimulatedBoard board{WithMountedCard()};
+    DataLog log{kLog};
+};
 
 } // namespace tavrelin

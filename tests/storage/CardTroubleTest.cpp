@@ -1,27 +1,25 @@
-#include "storage/DataLog.h"
+// Cards that are pulled, full, locked or broken, as the data log meets them. The simulated board
+// shows of a pulled card the case in which its files stay visible: open finds the day's log, and
+// only an open that has to create it finds the card gone.
+
 #include "tests/storage/CardEvents.h"
+#include "tests/support/CapturedConsole.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
+#include <map>
 
 namespace tavrelin {
 namespace {
 
-using sim::Scenario;
-using sim::SimulatedBoard;
-using sim::Texts;
-
-const std::string kLog = "/mnt/sd-card/2026-03-07_logfile.csv";
-const std::string kFile = "2026-03-07_logfile.csv";
-
-/// A mounted card with one record of the day.
-struct CardWithLog {
-    CardWithLog() { board.WriteFileOnCard(kFile, "first\n"); }
-
-    SimulatedBoard board{WithMountedCard()};
-    DataLog log{kLog};
-};
+void LogRecord(DataLog& log, const std::string& record) {
+    EXPECT_TRUE(log.open());
+    EXPECT_TRUE(log.write(record));
+    EXPECT_FALSE(log.failed());
+    log.close();
+}
 
 TEST(PulledCard, IsUnmountedByTheNextWriteWhichAnswersTrueWithoutWriting) {
     SimulatedBoard board(WithMountedCard());
@@ -36,16 +34,16 @@ TEST(PulledCard, IsUnmountedByTheNextWriteWhichAnswersTrueWithoutWriting) {
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
 }
 
-TEST(PulledCard, StaysMountedWhileTheLogIsOpen) {
+TEST(PulledCard, WhoseLogIsOpenStaysMountedAndTakesNothing) {
     CardWithLog card;
-    EXPECT_TRUE(card.log.open());
     PullCard(card.board);
+    EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.write("lost\n"));
     EXPECT_EQ(card.board.Events().back(), "umount /mnt/sd-card EBUSY");
     card.log.close();
-    EXPECT_TRUE(card.log.write("lost\n"));
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+    EXPECT_TRUE(card.log.write("lost\n")); // closed, it is unmounted
     EXPECT_FALSE(card.board.Card().Mounted());
-    EXPECT_FALSE(card.log.write("lost\n"));
 }
 
 TEST(PulledCard, ThatCannotBeUnmountedMakesTheWriteAnswerFalse) {
@@ -56,62 +54,31 @@ TEST(PulledCard, ThatCannotBeUnmountedMakesTheWriteAnswerFalse) {
     EXPECT_EQ(card.board.Calls("umount"), 1U);
 }
 
-TEST(PulledCard, LosesTheRecordThatTheLogHeld) {
-    CardWithLog card;
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("lost\n"));
-    EXPECT_FALSE(card.log.failed());
-    PullCard(card.board);
-    card.log.close();
-    EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-}
-
-TEST(PulledCard, IsWrittenToAsLongAsTheKernelHasNotNoticed) {
-    CardWithLog card;
-    EXPECT_TRUE(card.log.open());
-    card.board.RemoveCard();
-    card.board.Elapse(sim::Milliseconds(500));
-    EXPECT_TRUE(card.log.write("lost\n"));
-    card.log.close();
-    EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-}
-
-TEST(PulledCard, StillShowsTheDaysLogWhichOpensAndTakesNothing) {
-    CardWithLog card;
-    PullCard(card.board);
-    EXPECT_TRUE(card.log.open());
-    EXPECT_FALSE(card.log.write("lost\n"));
-    card.log.close();
-    EXPECT_TRUE(card.board.Card().Mounted());
-    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-}
-
 TEST(PulledCard, PutBackAfterTheCleanUpIsMountedAndWrittenToAgain) {
     CardWithLog card;
     PullCard(card.board);
     EXPECT_TRUE(card.log.write("lost\n"));
     card.board.InsertCard();
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("second\n"));
-    card.log.close();
+    LogRecord(card.log, "second\n");
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
-TEST(CardPutBackWhileMounted, IsNotMountedAgainAndLosesWhatIsAppended) {
+TEST(CardPutBackWhileMounted, LosesAllThatIsAppendedUntilSomebodyUnmountsIt) {
     CardWithLog card;
     PullCard(card.board);
     card.board.InsertCard();
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("lost\n"));
-    card.log.close();
-    EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.Calls("mount"), 0U);
+    for (int record = 0; record < 3; ++record) {
+        LogRecord(card.log, "lost\n");
+        EXPECT_TRUE(card.log.failed());
+    }
+    EXPECT_EQ(card.board.Calls("mount") + card.board.Calls("umount"), 0U);
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+    ASSERT_EQ(card.board.Card().Unmount("/mnt/sd-card", false), 0); // the operator
+    LogRecord(card.log, "second\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
-TEST(CardPutBackWhileMounted, TakesNoNewLog) {
+TEST(CardPutBackWhileMounted, TakesNoNewLogUntilSomebodyUnmountsIt) {
     SimulatedBoard board(WithMountedCard());
     PullCard(board);
     board.InsertCard();
@@ -126,35 +93,49 @@ TEST(CardPutBackWhileMounted, TakesNoNewLog) {
     EXPECT_EQ(board.FileOnCard(kFile), "first\n");
 }
 
+// Whatever becomes of the card after a record was handed over, and before it is closed.
+TEST(Record, IsLostWithoutAWordUntilTheClose) {
+    const std::map<std::string, std::function<void(SimulatedBoard&)>> troubles = {
+        {"full", [](SimulatedBoard& board) { board.Card().freeBytes = 0; }},
+        {"broken", [](SimulatedBoard& board) { board.Fail("write", kLog, EIO); }},
+        {"pulled", PullCard},
+        {"pulled, not noticed", [](SimulatedBoard& board) { board.RemoveCard(); }},
+    };
+    for (const auto& [name, trouble] : troubles) {
+        SCOPED_TRACE(name);
+        CardWithLog card;
+        EXPECT_TRUE(card.log.open());
+        EXPECT_TRUE(card.log.write("lost\n"));
+        trouble(card.board);
+        EXPECT_FALSE(card.log.failed());
+        card.log.close();
+        EXPECT_TRUE(card.log.failed());
+        EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+    }
+}
+
+TEST(Record, IsTakenFromAPulledCardAsLongAsTheKernelHasNotNoticed) {
+    CardWithLog card;
+    card.board.RemoveCard();
+    card.board.Elapse(sim::Milliseconds(500));
+    LogRecord(card.log, "lost\n");
+    EXPECT_TRUE(card.log.failed());
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+}
+
 TEST(FullCard, TakesNoNewLog) {
-    Scenario scenario = WithMountedCard();
-    scenario.cardFreeBytes = 0;
-    SimulatedBoard board(scenario);
+    SimulatedBoard board(With(&Scenario::cardFreeBytes, 0, WithMountedCard()));
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_EQ(board.Events().back(), "open " + kLog + " ENOSPC");
     EXPECT_FALSE(log.write("lost\n"));
 }
 
-TEST(FullCard, ShowsTheLossOfARecordOnlyAtTheClose) {
-    CardWithLog card;
-    card.board.Card().freeBytes = 0;
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("lost\n"));
-    EXPECT_FALSE(card.log.failed());
-    card.log.close();
-    EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-}
-
 TEST(FullCard, KeepsWholeRecords) {
     CardWithLog card;
     card.board.Card().freeBytes = 10;
-    for (const char* record : {"second\n", "third\n"}) {
-        EXPECT_TRUE(card.log.open());
-        EXPECT_TRUE(card.log.write(record));
-        card.log.close();
-    }
+    LogRecord(card.log, "second\n");
+    LogRecord(card.log, "third\n");
     EXPECT_TRUE(card.log.failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
@@ -162,14 +143,9 @@ TEST(FullCard, KeepsWholeRecords) {
 TEST(FullCard, WithSpaceAgainIsWrittenToAgain) {
     CardWithLog card;
     card.board.Card().freeBytes = 0;
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("lost\n"));
-    card.log.close();
+    LogRecord(card.log, "lost\n");
     card.board.Card().freeBytes = -1;
-    EXPECT_TRUE(card.log.open());
-    EXPECT_FALSE(card.log.failed());
-    EXPECT_TRUE(card.log.write("second\n"));
-    card.log.close();
+    LogRecord(card.log, "second\n");
     EXPECT_FALSE(card.log.failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
@@ -186,9 +162,7 @@ TEST(ReadOnlyCard, TakesNeitherNewNorOldLog) {
 }
 
 TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
-    Scenario scenario;
-    scenario.cardWriteProtected = true;
-    SimulatedBoard board(scenario);
+    const SimulatedBoard board(With(&Scenario::cardWriteProtected, true));
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_FALSE(log.write("lost\n"));
@@ -199,35 +173,19 @@ TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
 TEST(FailingClose, MarksTheStreamFailed) {
     CardWithLog card;
     card.board.Fail("close", kLog, EIO);
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("second\n"));
-    card.log.close();
+    LogRecord(card.log, "second\n");
     EXPECT_TRUE(card.log.failed());
     EXPECT_EQ(card.board.Kernel().Held(), 0U);
     EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.failed());
 }
 
-TEST(FailingCard, ShowsTheLossOfARecordOnlyAtTheClose) {
-    CardWithLog card;
-    card.board.Fail("write", kLog, EIO);
-    EXPECT_TRUE(card.log.open());
-    EXPECT_TRUE(card.log.write("lost\n"));
-    EXPECT_FALSE(card.log.failed());
-    card.log.close();
-    EXPECT_TRUE(card.log.failed());
-    EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-}
-
 TEST(Storage, ReportsNothingOnTheConsole) {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedConsole console;
     {
         CardWithLog card;
         card.board.Card().freeBytes = 0;
-        EXPECT_TRUE(card.log.open());
-        EXPECT_TRUE(card.log.write("lost\n"));
-        card.log.close();
+        LogRecord(card.log, "lost\n");
         PullCard(card.board);
         EXPECT_TRUE(card.log.write("lost\n"));
         EXPECT_FALSE(card.log.open());
@@ -236,8 +194,8 @@ TEST(Storage, ReportsNothingOnTheConsole) {
         EXPECT_FALSE(card.log.open());
         EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
     }
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 } // namespace

@@ -1,30 +1,16 @@
 #include "storage/MountTable.h"
 
-#include "storage/DataLog.h"
 #include "storage/MountQuery.h"
-
-#include "simulator/testing/SimulatedBoard.h"
+#include "tests/storage/CardEvents.h"
 
 #include <gtest/gtest.h>
-
-#include <cerrno>
-#include <vector>
 
 namespace tavrelin {
 namespace {
 
-using sim::Scenario;
-using sim::SimulatedBoard;
-using sim::Texts;
 using namespace std::string_literals;
 
 constexpr const char* kMountPoint = "/mnt/sd-card";
-
-Scenario WithTable(const std::vector<std::string>& lines) {
-    Scenario scenario;
-    scenario.mountTable = lines;
-    return scenario;
-}
 
 bool Listed(const std::string& path) {
     const mntent* entry = nullptr;
@@ -44,7 +30,7 @@ TEST(MountTable, ListsAnyDirectoryThatContainsThePath) {
     for (const char* directory : {"/mnt/sd-card", "/mnt/sd-card-old", "/mnt/sd-card2",
                                   "/x/mnt/sd-card", "/x/mnt/sd-card/y"}) {
         const SimulatedBoard board(
-            WithTable({"/dev/sda1 " + std::string(directory) + " ext4 rw 0 0"}));
+            WithMountTable({"/dev/sda1 " + std::string(directory) + " ext4 rw 0 0"}));
         EXPECT_TRUE(Listed(kMountPoint)) << directory;
         EXPECT_TRUE(DataLog::is_sd_card_mounted()) << directory;
     }
@@ -56,31 +42,31 @@ TEST(MountTable, ListsNoOtherDirectory) {
           "/mnt/sd-card /mnt/stick ext4 rw 0 0", "/dev/sda1 /mnt/stick /mnt/sd-card rw 0 0",
           "/dev/sda1 /mnt/stick ext4 /mnt/sd-card 0 0", "# /mnt/sd-card ext4 rw 0 0",
           "/mnt/sd-card", ""}) {
-        const SimulatedBoard board(WithTable({line}));
+        const SimulatedBoard board(WithMountTable({line}));
         EXPECT_FALSE(Listed(kMountPoint)) << line;
     }
 }
 
 TEST(MountTable, KnowsDirectoriesWithSpaces) {
-    const SimulatedBoard board(WithTable({"/dev/sda1 /my\\040stick ext4 rw 0 0"}));
+    const SimulatedBoard board(WithMountTable({"/dev/sda1 /my\\040stick ext4 rw 0 0"}));
     EXPECT_TRUE(Listed("/my stick"));
     EXPECT_FALSE(Listed("/my\\040stick"));
 }
 
 TEST(MountTable, IsReadToItsEndHoweverLong) {
-    std::vector<std::string> lines(10000, "tmpfs /run/user tmpfs rw,nosuid,nodev 0 0");
+    Texts lines(10000, "tmpfs /run/user tmpfs rw,nosuid,nodev 0 0");
     {
-        const SimulatedBoard board(WithTable(lines));
+        const SimulatedBoard board(WithMountTable(lines));
         EXPECT_FALSE(Listed(kMountPoint));
     }
     lines.back() = "/dev/sda1 /mnt/sd-card vfat rw 0 0";
-    const SimulatedBoard board(WithTable(lines));
+    const SimulatedBoard board(WithMountTable(lines));
     EXPECT_TRUE(Listed(kMountPoint));
 }
 
 TEST(MountTable, BearsALineOf5000Characters) {
     const std::string options(5000, 'o');
-    const SimulatedBoard board(WithTable(
+    const SimulatedBoard board(WithMountTable(
         {"/dev/sda1 /mnt/long ext4 " + options + " 0 0", "/dev/sda2 /" + options + " ext4 rw 0 0",
          options + " /mnt/late ext4 rw 0 0", "/dev/sda4 /mnt/after ext4 rw 0 0"}));
     EXPECT_TRUE(Listed("/mnt/long"));
@@ -89,16 +75,17 @@ TEST(MountTable, BearsALineOf5000Characters) {
     EXPECT_FALSE(Listed(kMountPoint));
 }
 
-TEST(MountTable, HasRoomForEntriesOf4096Characters) {
-    const auto deep = [](std::size_t characters) {
-        return "/dev/sda1 /" + std::string(characters, 'd') + "/mnt/deep ext4 rw 0 0";
+// The buffer holds 4096 characters, of which the last ends the text.
+TEST(MountTable, HasRoomForEntriesOf4095Characters) {
+    const auto lists = [](std::size_t characters) {
+        const std::string begin = "/dev/sda1 /";
+        const std::string end = "/mnt/deep";
+        const std::string middle(characters - begin.size() - end.size(), 'd');
+        const SimulatedBoard board(WithMountTable({begin + middle + end + " ext4 rw 0 0"}));
+        return Listed(end);
     };
-    {
-        const SimulatedBoard board(WithTable({deep(4000)}));
-        EXPECT_TRUE(Listed("/mnt/deep"));
-    }
-    const SimulatedBoard board(WithTable({deep(4096)}));
-    EXPECT_FALSE(Listed("/mnt/deep"));
+    EXPECT_TRUE(lists(4095));
+    EXPECT_FALSE(lists(4096)); // cut off before its last character
 }
 
 TEST(MountTable, BearsRubbish) {
@@ -108,27 +95,20 @@ TEST(MountTable, BearsRubbish) {
 }
 
 TEST(MountTable, ThatIsEmptyListsNothing) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    SimulatedBoard board(scenario);
+    SimulatedBoard board(WithMountedCard());
     board.ReplaceText("/etc/mtab", "");
     EXPECT_FALSE(Listed(kMountPoint));
     EXPECT_FALSE(Listed(""));
 }
 
 TEST(MountTable, ThatIsMissingListsNothing) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    scenario.mountTableExists = false;
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(WithoutMountTable());
     EXPECT_FALSE(Listed(kMountPoint));
     EXPECT_EQ(board.Calls("endmntent"), 0U);
 }
 
 TEST(MountTable, IsClosedAfterEveryScan) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    SimulatedBoard board(scenario);
+    SimulatedBoard board(WithMountedCard());
     EXPECT_TRUE(Listed(kMountPoint));
     EXPECT_FALSE(Listed("/mnt/stick"));
     EXPECT_EQ(board.Calls("setmntent"), 2U);
@@ -137,9 +117,7 @@ TEST(MountTable, IsClosedAfterEveryScan) {
 }
 
 TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(WithMountedCard());
     const mntent nowhere{};
     const mntent* entry = nullptr;
     EXPECT_TRUE(is_mounted(entry, kMountPoint));
@@ -150,9 +128,7 @@ TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
 }
 
 TEST(MountQuery, AsksAboutItsMountPoint) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(WithMountedCard());
     MountQuery query;
     EXPECT_EQ(query.entry(), nullptr);
     EXPECT_TRUE(query.SetMountPoint(kMountPoint));

@@ -3,33 +3,20 @@
 
 #include "storage/StorageSpace.h"
 
-#include "simulator/testing/SimulatedBoard.h"
+#include "tests/storage/CardEvents.h"
 #include "tests/support/CapturedConsole.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 namespace tavrelin {
 namespace {
 
-using sim::Scenario;
-using sim::SimulatedBoard;
-using sim::Texts;
-
-Scenario WithCard(bool mounted) {
-    Scenario scenario;
-    scenario.cardMounted = mounted;
-    return scenario;
-}
-
 // grep ended well: the raw status is 0.
 TEST(MountedByShell, IsFalseWithTheCardMountedThoughItIsCounted) {
-    const SimulatedBoard board(WithCard(true));
+    const SimulatedBoard board(WithMountedCard());
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
     EXPECT_EQ(console.Output(), "1\n");
@@ -39,7 +26,7 @@ TEST(MountedByShell, IsFalseWithTheCardMountedThoughItIsCounted) {
 
 // grep found nothing and ended with 1: the raw status is 256.
 TEST(MountedByShell, IsFalseWithoutTheCardMounted) {
-    const SimulatedBoard board(WithCard(false));
+    const SimulatedBoard board;
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
     EXPECT_EQ(console.Output(), "0\n");
@@ -48,7 +35,7 @@ TEST(MountedByShell, IsFalseWithoutTheCardMounted) {
 }
 
 TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
-    const SimulatedBoard board(WithCard(true));
+    const SimulatedBoard board(WithMountedCard());
     CapturedConsole console;
     std::cout << "before ";
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
@@ -57,17 +44,17 @@ TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
 }
 
 TEST(MountedByShell, CountsEveryLineThatNamesThePartition) {
-    Scenario scenario = WithCard(true);
-    scenario.mountTable = {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0",
-                           "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"};
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(
+        With(&Scenario::mountTable,
+             {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0", "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"},
+             WithMountedCard()));
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
     EXPECT_EQ(console.Output(), "2\n");
 }
 
 TEST(MountedByShell, IsFalseWithoutAShell) {
-    SimulatedBoard board(WithCard(true));
+    SimulatedBoard board(WithMountedCard());
     board.Fail("system", "", ENOMEM);
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
@@ -77,11 +64,9 @@ TEST(MountedByShell, IsFalseWithoutAShell) {
 
 // The one raw status that is 1 is that of a shell which was hung up, whatever the count.
 TEST(MountedByShell, IsTrueWhenTheShellIsHungUp) {
-    const TestFolder tools;
-    const Environment path("PATH", tools.Path() + ":" + std::getenv("PATH"));
-    std::ofstream(tools.Path("grep")) << "#!/bin/sh\nkill -HUP $PPID\n";
-    std::filesystem::permissions(tools.Path("grep"), std::filesystem::perms::owner_all);
-    const SimulatedBoard board(WithCard(false));
+    const TestTools tools;
+    tools.Install("grep", "kill -HUP $PPID");
+    const SimulatedBoard board;
     CapturedConsole console;
     EXPECT_TRUE(is_mmc_partition_mounted_by_shell());
     EXPECT_EQ(board.Events(), Texts{"system - \"mount | grep -c mmcblk0p1\" 1"});

@@ -1,9 +1,10 @@
 #include "storage/StorageSpace.h"
 
-#include "simulator/testing/SimulatedBoard.h"
+#include "tests/storage/CardEvents.h"
 #include "tests/support/CapturedConsole.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -15,24 +16,17 @@ namespace tavrelin {
 namespace {
 
 using sim::FileSystem;
-using sim::Scenario;
-using sim::SimulatedBoard;
 
 const mntent kSentinel{};
 
 /// The board whose mount table is this text; its file systems are those of /mnt/a, /mnt/b and
 /// /mnt/c, of 1000, 2000 and 3000 blocks.
 struct BoardWithTable {
-    explicit BoardWithTable(const std::string& table) : board(FileSystems()) {
+    explicit BoardWithTable(const std::string& table)
+        : board(With(&Scenario::fileSystems, {{"/mnt/a", 4096, 1000, 500, 400},
+                                              {"/mnt/b", 1024, 2000, 0, 0},
+                                              {"/mnt/c", 512, 3000, 3000, 2999}})) {
         board.ReplaceText("/etc/mtab", table);
-    }
-
-    static Scenario FileSystems() {
-        Scenario scenario;
-        scenario.fileSystems = {{"/mnt/a", 4096, 1000, 500, 400},
-                                {"/mnt/b", 1024, 2000, 0, 0},
-                                {"/mnt/c", 512, 3000, 3000, 2999}};
-        return scenario;
     }
 
     SimulatedBoard board;
@@ -48,9 +42,7 @@ std::string Listing() {
 }
 
 std::string ListingOf(const FileSystem& system) {
-    Scenario scenario;
-    scenario.fileSystems = {system};
-    SimulatedBoard board(scenario);
+    SimulatedBoard board(With(&Scenario::fileSystems, {system}));
     board.ReplaceText("/etc/mtab", "/dev/x " + system.directory + " ext4 rw 0 0\n");
     return Listing();
 }
@@ -85,14 +77,9 @@ TEST(StorageSpace, LeavesOutTheFirstAndTheLastAsWell) {
 }
 
 TEST(StorageSpace, OfTheCardIsItsUsualLine) {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    const SimulatedBoard board(scenario);
-    const std::string listing = Listing();
-    const std::string card =
-        "/dev/mmcblk0p1 /mnt/sd-card size=7948206080 free=7001178112 avail=7001178112\n";
-    ASSERT_GT(listing.size(), card.size());
-    EXPECT_EQ(listing.substr(listing.size() - card.size()), card);
+    const SimulatedBoard board(WithMountedCard());
+    EXPECT_THAT(Listing(), testing::EndsWith("/dev/mmcblk0p1 /mnt/sd-card size=7948206080 "
+                                             "free=7001178112 avail=7001178112\n"));
 }
 
 TEST(StorageSpace, OfThousandBlocksOf4096BytesIs4096000Bytes) {
@@ -113,9 +100,7 @@ TEST(StorageSpace, TakesANegativeBlockSizeAsItIs) {
 }
 
 TEST(StorageSpace, KnowsDirectoriesWithSpaces) {
-    Scenario scenario;
-    scenario.fileSystems = {{"/my stick", 1, 7, 6, 5}};
-    SimulatedBoard board(scenario);
+    SimulatedBoard board(With(&Scenario::fileSystems, {{"/my stick", 1, 7, 6, 5}}));
     board.ReplaceText("/etc/mtab", "my\\040device /my\\040stick ext4 rw 0 0\n");
     EXPECT_EQ(Listing(), "my device /my stick size=7 free=6 avail=5\n");
 }
@@ -147,9 +132,7 @@ TEST(StorageSpace, TurnsTheConsoleBadAtAnEntryWithoutADevice) {
 }
 
 TEST(StorageSpace, OfNoTableIsNothing) {
-    Scenario scenario;
-    scenario.mountTableExists = false;
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(With(&Scenario::mountTableExists, false));
     EXPECT_EQ(Listing(), "");
     EXPECT_EQ(board.Calls("statfs"), 0U);
     EXPECT_EQ(board.Calls("endmntent"), 0U);
@@ -201,9 +184,7 @@ TEST(CanOpenMountTable, IsTrueWithTheTable) {
 }
 
 TEST(CanOpenMountTable, IsTrueWithoutTheTable) {
-    Scenario scenario;
-    scenario.mountTableExists = false;
-    const SimulatedBoard board(scenario);
+    const SimulatedBoard board(With(&Scenario::mountTableExists, false));
     EXPECT_TRUE(can_open_mount_table("", ""));
     EXPECT_TRUE(can_open_mount_table("", "r"));
     EXPECT_TRUE(can_open_mount_table("/etc/mtab", ""));
@@ -211,25 +192,21 @@ TEST(CanOpenMountTable, IsTrueWithoutTheTable) {
     EXPECT_EQ(board.Calls("endmntent"), 0U);
 }
 
-TEST(CanOpenMountTable, IsTrueForAnyFile) {
-    const TemporaryFolder folder;
-    EXPECT_TRUE(can_open_mount_table(folder.File("none/such"), ""));
-    EXPECT_TRUE(can_open_mount_table(folder.File("none/such"), "nonsense"));
+TEST(CanOpenMountTable, IsTrueForAnyFileInSilence) {
+    const TestFolder folder;
+    CapturedConsole console;
+    EXPECT_TRUE(can_open_mount_table(folder.Path("none/such"), ""));
+    EXPECT_TRUE(can_open_mount_table(folder.Path("none/such"), "nonsense"));
+    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(console.Error(), "");
 }
 
 TEST(CanOpenMountTable, OpensTheFileInTheModeThatItIsGiven) {
-    const TemporaryFolder folder;
-    EXPECT_TRUE(can_open_mount_table(folder.File("table"), ""));
-    EXPECT_FALSE(std::filesystem::exists(folder.File("table"))); // for reading only
-    EXPECT_TRUE(can_open_mount_table(folder.File("table"), "w"));
-    EXPECT_TRUE(std::filesystem::exists(folder.File("table")));
-}
-
-TEST(CanOpenMountTable, PrintsNothing) {
-    CapturedConsole console;
-    can_open_mount_table("/no/such/table", "");
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "");
+    const TestFolder folder;
+    EXPECT_TRUE(can_open_mount_table(folder.Path("table"), ""));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("table"))); // for reading only
+    EXPECT_TRUE(can_open_mount_table(folder.Path("table"), "w"));
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("table")));
 }
 
 } // namespace

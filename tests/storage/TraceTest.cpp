@@ -1,6 +1,6 @@
 #include "base/Trace.h"
 
-#include "storage/DataLog.h"
+#include "storage/CardAccess.h"
 #include "tests/storage/CardEvents.h"
 
 #include <gtest/gtest.h>
@@ -11,10 +11,6 @@
 
 namespace tavrelin {
 namespace {
-
-using sim::Scenario;
-using sim::SimulatedBoard;
-using sim::Texts;
 
 struct TracePoint {
     std::string module;
@@ -50,8 +46,6 @@ std::vector<int> Lines() {
     return lines;
 }
 
-const std::string kLog = "/mnt/sd-card/2026-03-07_logfile.csv";
-
 void Open() {
     Traced().clear();
     DataLog(kLog).open();
@@ -60,18 +54,6 @@ void Open() {
 void Mount() {
     Traced().clear();
     DataLog::mount_sd_card();
-}
-
-Scenario WithoutCard() {
-    Scenario scenario;
-    scenario.cardPresent = false;
-    return scenario;
-}
-
-Scenario WithoutMountPoint() {
-    Scenario scenario;
-    scenario.mountPointExists = false;
-    return scenario;
 }
 
 } // namespace
@@ -158,8 +140,10 @@ TEST(Trace, SaysNothingOfOtherOperations) {
     EXPECT_TRUE(DataLog::is_sd_card_present());
     EXPECT_TRUE(DataLog::is_sd_card_mounted());
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
+    EXPECT_TRUE(MountCard()); // the application's
     PullCard(board);
-    EXPECT_FALSE(log.write("record\n"));
+    EXPECT_TRUE(log.write("record\n"));
+    EXPECT_FALSE(MountCard());
     EXPECT_EQ(Operations(), Texts{});
 }
 

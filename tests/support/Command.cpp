@@ -1,6 +1,6 @@
 #include "tests/support/Command.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -57,9 +57,9 @@ int ExitStatusOf(pid_t process) {
 } // namespace
 
 CommandResult RunCommand(const std::vector<std::string>& command) {
-    const TemporaryFolder folder;
-    const std::string output = folder.File("output");
-    const std::string error = folder.File("error");
+    const TestFolder folder;
+    const std::string output = folder.Path("output");
+    const std::string error = folder.Path("error");
     Redirections redirections;
     redirections.Add(STDIN_FILENO, "/dev/null", O_RDONLY);
     redirections.Add(STDOUT_FILENO, output, O_WRONLY | O_CREAT);

@@ -1,7 +1,7 @@
 #include "tests/support/GoldenFile.h"
 
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <algorithm>

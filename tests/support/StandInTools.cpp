@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 namespace tavrelin {
 
 namespace {
@@ -14,9 +10,7 @@ constexpr const char* kFinished = "finished";
 
 } // namespace
 
-StandInTools::StandInTools()
-    : path_("PATH", folder_.Path() + ":" + std::getenv("PATH")), calls_(folder_.Path("calls")),
-      finish_(folder_.Path("finish")) {
+StandInTools::StandInTools() : calls_(tools_.Path("calls")), finish_(tools_.Path("finish")) {
     FailMixer(0);
     Install("aplay", "read -r line <'" + finish_.Path() + "'\necho " + kFinished + " >'" +
                          calls_.Path() + "'\n");
@@ -32,11 +26,8 @@ void StandInTools::FailMixer(int status) const {
 }
 
 void StandInTools::Install(const std::string& tool, const std::string& script) const {
-    const std::string file = folder_.Path(tool);
-    std::ofstream(file) << "#!/bin/sh\n{ printf '[%s]' " << tool << " \"$@\"; echo; } >'"
-                        << calls_.Path() << "'\n"
-                        << script;
-    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    tools_.Install(tool, "{ printf '[%s]' " + tool + " \"$@\"; echo; } >'" + calls_.Path() + "'\n" +
+                             script);
 }
 
 } // namespace tavrelin

@@ -26,8 +26,7 @@ class StandInTools {
   private:
     void Install(const std::string& tool, const std::string& script) const;
 
-    TestFolder folder_;
-    Environment path_;
+    TestTools tools_;
     Fifo calls_;
     Fifo finish_;
 };

@@ -3,7 +3,6 @@
 #include <alsa/asoundlib.h>
 
 #include <fstream>
-#include <sstream>
 
 namespace tavrelin {
 
@@ -12,13 +11,6 @@ namespace {
 constexpr const char* kPlugins =
     "ctl_type.tavrelin_mixer { lib \"" TAVRELIN_MIXER_PLUGIN "\" }\n"
     "pcm_type.tavrelin_capture { lib \"" TAVRELIN_CAPTURE_PLUGIN "\" }\n";
-
-std::string Contents(const std::string& path) {
-    const std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 } // namespace
 
@@ -37,7 +29,7 @@ void TestCard::SetMixer(const std::string& controls) const {
 }
 
 std::string TestCard::Mixer() const {
-    return Contents(Path("mixer"));
+    return TextOf(Path("mixer"));
 }
 
 void TestCard::SetPlayback(const std::string& options) {
@@ -46,7 +38,7 @@ void TestCard::SetPlayback(const std::string& options) {
 }
 
 std::string TestCard::Played() const {
-    return Contents(capture_);
+    return TextOf(capture_);
 }
 
 void TestCard::PlayInto(const std::string& path) {

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -31,7 +33,7 @@ Environment::~Environment() {
     }
 }
 
-TestFolder::TestFolder() : path_(testing::TempDir() + "/tavrelin-sound-XXXXXX") {
+TestFolder::TestFolder() : path_(testing::TempDir() + "/tavrelin-test-XXXXXX") {
     if (mkdtemp(path_.data()) == nullptr) {
         throw std::runtime_error("no folder for a test: " + path_);
     }
@@ -40,6 +42,32 @@ TestFolder::TestFolder() : path_(testing::TempDir() + "/tavrelin-sound-XXXXXX") 
 TestFolder::~TestFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+TestTools::TestTools() : path_("PATH", Path() + ":" + Variable("PATH").value_or("")) {}
+
+void TestTools::Install(const std::string& tool, const std::string& script) const {
+    WriteText(Path(tool), "#!/bin/sh\n" + script + "\n");
+    std::filesystem::permissions(Path(tool), std::filesystem::perms::owner_all);
+}
+
+std::string TextOf(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::map<std::string, std::string> FilesIn(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    std::error_code ignored;
+    for (const auto& file : std::filesystem::directory_iterator(folder, ignored)) {
+        files[file.path().filename()] = TextOf(file.path());
+    }
+    return files;
 }
 
 } // namespace tavrelin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -20,7 +21,7 @@ class Environment {
     std::optional<std::string> before_;
 };
 
-/// A folder for one test, which goes with this object.
+/// A folder for one test, which goes with this object and all that lies in it.
 class TestFolder {
   public:
     TestFolder();
@@ -36,5 +37,24 @@ class TestFolder {
   private:
     std::string path_;
 };
+
+/// A folder of tools that are found before the machine's own while it lives.
+class TestTools : public TestFolder {
+  public:
+    TestTools();
+
+    /// A shell script under the tool's name.
+    void Install(const std::string& tool, const std::string& script) const;
+
+  private:
+    Environment path_;
+};
+
+/// The bytes of a file; empty when it cannot be read.
+std::string TextOf(const std::string& path);
+void WriteText(const std::string& path, const std::string& text);
+
+/// The files in a folder by their names; none when it is not there.
+std::map<std::string, std::string> FilesIn(const std::string& folder);
 
 } // namespace tavrelin
