@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <initializer_list>
 #include <iostream>
 
 namespace tavrelin {
@@ -34,8 +35,18 @@ void PrintProcesses(const char* where, const char* otherName, pid_t other) {
                       " pid = " + std::to_string(other));
 }
 
+// Who stops the child with a signal catches those that ask to end; the child inherits that, and
+// would outlive a caller that was killed. While the command runs, system() has SIGINT ignored: that
+// one ends the child in a pause.
+void EndBySignals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, SIG_DFL);
+    }
+}
+
 // The life of the child, which only a signal ends.
 [[noreturn]] void RepeatForEver(const std::string& command, std::uint32_t pauseUs) {
+    EndBySignals();
     PrintProcesses("Child", "Parent", ::getppid());
     while (true) {
         if (!RunInShell(command)) {

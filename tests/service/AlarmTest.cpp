@@ -2,7 +2,11 @@
 
 #include "tests/devices/sound/SpeakerTest.h"
 
+#include <sys/wait.h>
+
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 
 namespace tavrelin {
 namespace {
@@ -85,6 +89,29 @@ TEST_F(Alarm, ThatSoundsIsNotStartedAgain) {
     EXPECT_EQ(console.Error(), "Speaker: already in play\n");
     EXPECT_EQ(board.Calls("fork"), 1U);
 }
+
+/// The signals that ask a program to end, and that who plays an alarm catches.
+class AlarmsChild : public Alarm, public testing::WithParamInterface<int> {};
+
+TEST_P(AlarmsChild, EndsBySignalsThatItsParentCatches) {
+    const auto before = std::signal(GetParam(), [](int) {});
+    Speaker speaker;
+    EXPECT_TRUE(speaker.Play("alarm.wav", 60'000'000));
+    EXPECT_EQ(tools.NextCall(), kPlay);
+    tools.FinishPlaying();
+    // From now on it sleeps a minute. Until then system() has INT ignored, so that one is repeated.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    int status = 0;
+    while (::waitpid(speaker.Player(), &status, WNOHANG) == 0 &&
+           std::chrono::steady_clock::now() < end) {
+        ::kill(speaker.Player(), GetParam());
+    }
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), GetParam());
+    std::signal(GetParam(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(, AlarmsChild, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
 } // namespace
 } // namespace tavrelin

@@ -5,9 +5,9 @@
 #include "tests/support/GoldenFile.h"
 #include "tests/support/Offspring.h"
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -16,30 +16,25 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 
 namespace tavrelin {
 namespace {
 
 constexpr unsigned kPatience = 30; // seconds of real time
+constexpr const char* kNoChild = "[[fault]]\ncall = \"fork\"\nerrno = \"EAGAIN\"\n";
 
 /// A mixer that does nothing and a player that does what the test says, found before the machine's.
 /// No process outlives a test.
 class ServiceAlarm : public testing::Test {
   protected:
     ServiceAlarm() {
-        Install("amixer", "exit 0");
-        Install("aplay", "exit 0");
+        tools.Install("amixer", "exit 0");
+        tools.Install("aplay", "exit 0");
     }
 
     void TearDown() override {
         Offspring::End();
         EXPECT_TRUE(Offspring::Children().empty());
-    }
-
-    void Install(const std::string& tool, const std::string& script) const {
-        WriteText(folder.Path(tool), "#!/bin/sh\n" + script + "\n");
-        std::filesystem::permissions(folder.Path(tool), std::filesystem::perms::owner_all);
     }
 
     static pid_t PlayerOf(const std::string& output) {
@@ -59,35 +54,33 @@ class ServiceAlarm : public testing::Test {
     }
 
     Offspring offspring;
-    TestFolder folder;
-    Environment path{"PATH", folder.Path() + ":" + std::getenv("PATH")};
+    TestTools tools;
 };
 
 TEST_F(ServiceAlarm, TellsWhichProcessesThereAre) {
     EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"alarm"}) + SimulatedTranscript({"alarm", "--for", "3600"}) +
-            "\nNo child can be started:\n" +
-            SimulatedTranscript({"alarm"}, "[[fault]]\ncall = \"fork\"\nerrno = \"EAGAIN\"\n"),
+            "\nNo child can be started:\n" + SimulatedTranscript({"alarm"}, kNoChild),
         "service/golden/alarm.txt"));
 }
 
 TEST_F(ServiceAlarm, CallsTheToolsInOrder) {
-    const std::string calls = folder.Path("calls");
-    Install("amixer", "{ printf '[%s]' amixer \"$@\"; echo; } >>'" + calls + "'");
+    const std::string calls = tools.Path("calls");
+    tools.Install("amixer", "{ printf '[%s]' amixer \"$@\"; echo; } >>'" + calls + "'");
     SimulateService({"alarm"});
     EXPECT_EQ(TextOf(calls), "[amixer][set][-q][Output Mixer HiFi][unmute]\n"
                              "[amixer][set][-q][Master][100%,100%]\n");
 }
 
 TEST_F(ServiceAlarm, LastsThreeSecondsOrAsLongAsItIsTold) {
-    const auto microseconds = [](const Words& words) {
-        const std::string summary = SimulateService(words).summary;
-        const std::string label = "board_time_us = ";
-        return std::atoll(summary.c_str() + summary.find(label) + label.size());
+    const auto lasts = [](const Words& words, const char* time, const std::string& board = "") {
+        EXPECT_THAT(SimulateService(words, board).summary,
+                    testing::HasSubstr(std::string("board_time_us = ") + time + "\n"));
     };
-    EXPECT_EQ(microseconds({"alarm"}), 3'000'000);
-    EXPECT_EQ(microseconds({"alarm", "--for", "1"}), 1'000'000);
-    EXPECT_EQ(microseconds({"alarm", "--for", "3600"}), 3'600'000'000);
+    lasts({"alarm"}, "3000000");
+    lasts({"alarm", "--for", "1"}, "1000000");
+    lasts({"alarm", "--for", "3600"}, "3600000000");
+    lasts({"alarm"}, "0", kNoChild);
 }
 
 TEST_F(ServiceAlarm, LeavesNoChildBehind) {
@@ -105,38 +98,68 @@ TEST_F(ServiceAlarm, LeavesNoChildBehindWhenItsRunIsStopped) {
     EXPECT_TRUE(DiesSoon(PlayerOf(result.output)));
 }
 
-TEST_F(ServiceAlarm, StartsTheWaitOnlyWhenAPlayerWasStarted) {
-    const SimulatedCall call =
-        SimulateService({"alarm"}, "[[fault]]\ncall = \"fork\"\nerrno = \"EAGAIN\"\n");
-    EXPECT_NE(call.summary.find("board_time_us = 0\n"), std::string::npos);
-}
-
 /// The signals that ask a program to end.
 class ServiceAlarmStopped : public ServiceAlarm, public testing::WithParamInterface<const char*> {};
 
-// On this machine itself: the player, once it plays, sends the signal to the program.
+// On this machine itself: the player, once it plays, sends a signal to the program.
+class PlayerThatSignals {
+  public:
+    PlayerThatSignals(const TestTools& tools, const std::string& signal)
+        : finish_(tools.Path("finish")), program_(tools.Path("program")) {
+        tools.Install("aplay", "kill -" + signal + " $(cat '" + program_ + "')\nread -r line <'" +
+                                   finish_.Path() + "'");
+    }
+
+    [[nodiscard]] CommandResult Alarm() const {
+        return RunCommand({"sh", "-c",
+                           "echo $$ >'" + program_ + "'; exec '" + InBuild("bin/tavrelin-service") +
+                               "' alarm --for 60"});
+    }
+
+    // What has begun plays to its end.
+    void Finish() const {
+        finish_.Say("now\n");
+        Offspring::AwaitEnd();
+    }
+
+  private:
+    Fifo finish_;
+    std::string program_;
+};
+
 TEST_P(ServiceAlarmStopped, EndsTheChildAndThenItself) {
-    const Fifo finish(folder.Path("finish"));
-    const std::string program = folder.Path("program");
-    Install("aplay", std::string("kill -") + GetParam() + " $(cat '" + program +
-                         "')\nread -r line <'" + finish.Path() + "'");
+    const PlayerThatSignals player(tools, GetParam());
     const auto begin = std::chrono::steady_clock::now();
-    const CommandResult result =
-        RunCommand({"sh", "-c",
-                    "echo $$ >'" + program + "'; exec '" + InBuild("bin/tavrelin-service") +
-                        "' alarm --for 60"});
+    const CommandResult result = player.Alarm();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(kPatience));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.error, "");
-    const pid_t player = PlayerOf(result.output);
-    ASSERT_GT(player, 0) << result.output;
-    EXPECT_TRUE(Offspring::IsGone(player));
-    finish.Say("now\n"); // what has begun plays to its end
-    Offspring::AwaitEnd();
+    const pid_t child = PlayerOf(result.output);
+    ASSERT_GT(child, 0) << result.output;
+    EXPECT_TRUE(Offspring::IsGone(child));
+    player.Finish();
 }
 
 INSTANTIATE_TEST_SUITE_P(By, ServiceAlarmStopped, testing::Values("INT", "TERM", "HUP"),
                          [](const auto& test) { return std::string(test.param); });
+
+// Nobody is left to stop the child: the signals that its parent caught end it themselves. The
+// third, INT, is ignored while a command runs, see AlarmsChild in AlarmTest.cpp.
+class ServiceAlarmKilled : public ServiceAlarm, public testing::WithParamInterface<int> {};
+
+TEST_P(ServiceAlarmKilled, LeavesAChildThatASignalEnds) {
+    const PlayerThatSignals player(tools, "KILL");
+    const CommandResult result = player.Alarm();
+    EXPECT_EQ(result.status, 128 + SIGKILL);
+    const pid_t child = PlayerOf(result.output);
+    ASSERT_GT(child, 0) << result.output;
+    EXPECT_FALSE(Offspring::IsGone(child));
+    EXPECT_EQ(::kill(child, GetParam()), 0);
+    ASSERT_TRUE(DiesSoon(child));
+    player.Finish();
+}
+
+INSTANTIATE_TEST_SUITE_P(Then, ServiceAlarmKilled, testing::Values(SIGTERM, SIGHUP));
 
 } // namespace
 } // namespace tavrelin
