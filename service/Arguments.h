@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <concepts>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
@@ -16,6 +17,10 @@ inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 
+inline int StatusOf(bool success) {
+    return success ? kDone : kFailed;
+}
+
 /// What follows the command.
 using Arguments = std::vector<std::string>;
 
@@ -25,6 +30,11 @@ int WrongUsage(std::string_view command, const std::string& what);
 
 /// The same for a command that takes no arguments; nothing when it got none.
 std::optional<int> UnlessEmpty(std::string_view command, const Arguments& arguments);
+
+/// What "--for SECONDS" asks for, 1 to 3600; `otherwise` without it. Nothing when it is wrong,
+/// which then has been said.
+std::optional<std::uint32_t> SecondsOf(std::string_view command, const Arguments& option,
+                                       std::uint32_t otherwise);
 
 /// The text as a whole number in decimal digits, where the type has one with a leading minus;
 /// nothing for any other text and for a number out of range.

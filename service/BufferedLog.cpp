@@ -19,12 +19,13 @@ std::vector<std::string>& Pending() {
 }
 
 void WriteOut(std::vector<std::string>& messages) {
+    // The day of the last message counts, also for those that came before midnight.
     DataLog log(DayLogPath(DateText()));
     log.open();
     for (const std::string& message : messages) {
         log.write(message);
     }
-    messages.clear();
+    messages.clear(); // whether or not the log took them: the list must not grow
     log.close();
 }
 

@@ -51,6 +51,7 @@ bool SoundAlarm(Speaker* speaker) {
     if (speaker == nullptr) {
         return false;
     }
+    // Neither is a reason not to play: the alarm may be heard all the same.
     Speaker::SetMute(true);
     Speaker::SetVolume(kAlarmVolume, kAlarmVolume);
     return speaker->Play("alarm.wav", kAlarmPause);

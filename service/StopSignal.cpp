@@ -9,7 +9,9 @@ namespace tavrelin::service {
 
 namespace {
 
-constexpr std::uint32_t kSlice = 100; // ms between two looks at the signals
+// A sleep goes on after a signal, so the wait is cut into slices with a look at the signals
+// between.
+constexpr std::uint32_t kSlice = 100; // ms
 constexpr std::uint32_t kSlicesPerSecond = 10;
 
 volatile std::sig_atomic_t stopAsked = 0;

@@ -22,10 +22,14 @@ struct Command {
     int (*run)(const Arguments& arguments);
 };
 
-constexpr std::array<Command, 8> kCommands = {{
+constexpr std::array<Command, 13> kCommands = {{
     {"state-table", "", "Print the steps of a measurement",
      "Prints every step with its settings. Goes through the table twice, to show that it wraps.",
      StateTableCommand},
+    {"self-test", "", "Compute absorbance and chlorine of fixed readings",
+     "Prints two of each. They must read 0.107906 and 0.5688, 185.04 and 975.389; a reading that\n"
+     "is refused shows as a line that begins with ERROR. Status 0 says that they were printed.",
+     SelfTestCommand},
     {"alarm", "[--for SECONDS]", "Sound the alarm",
      "Switches the output on at full volume and repeats alarm.wav of the working directory with\n"
      "amixer and aplay for SECONDS, 1 to 3600 (3 unless given), or until it is interrupted; what\n"
@@ -33,22 +37,46 @@ constexpr std::array<Command, 8> kCommands = {{
      "as it stands. Status 0 says that a player was started, not that a sound was heard: the\n"
      "tools' own complaints are on standard error.",
      AlarmCommand},
-    {"indicator", "CODE", "Show a colour on the remote indicator",
-     "Sets the indicator's lines up and shows colour CODE: 0 idle, 1 to 10 colours, above that\n"
-     "all lines low. The lines keep their levels when the command ends.",
-     IndicatorCommand},
-    {"cable-length", "", "Measure the length of the remote indicator's cable",
-     "Shows the test colour, reads the two voltages, prints the length and shows the idle colour.",
-     CableLengthCommand},
-    {"storage", "", "List the mounted file systems with their space",
-     "Prints total, free and available bytes of each; leaves out what cannot be examined.",
-     StorageCommand},
-    {"read-adc", "CHANNEL", "Read a voltage of the board's own converter",
-     "Prints the voltage of CHANNEL, 0 to 11.", ReadAdcCommand},
     {"tone", "", "Play the rising test tone",
      "Plays some 5 s on the default device of the sound library, at the volume that is set, and\n"
      "reports each period.",
      ToneCommand},
+    {"volume", "PERCENT", "Switch the sound on and set its volume",
+     "Switches \"Output Mixer HiFi\" on and sets all channels of \"Master\" to PERCENT, 0 to 100, "
+     "of\n"
+     "its highest value. Tries both, whatever becomes of the other.",
+     VolumeCommand},
+    {"indicator", "[CODE]", "Show a colour on the remote indicator",
+     "Sets the indicator's lines up and shows colour CODE: 0 idle, 1 to 10 colours, above that\n"
+     "all lines low. The lines keep their levels when the command ends. Without CODE starts the\n"
+     "indicator, which shows colour 1; status 0 then says that it was tried.",
+     IndicatorCommand},
+    {"cable-length", "", "Measure the length of the remote indicator's cable",
+     "Shows the test colour, reads the two voltages, prints the length and shows the idle colour.",
+     CableLengthCommand},
+    {"read-adc", "CHANNEL", "Read a voltage of the board's own converter",
+     "Prints the voltage of CHANNEL, 0 to 11.", ReadAdcCommand},
+    {"register", "LINE [LEVEL]", "Read or set a line in the controller's registers",
+     "Prints the level of LINE, A0 to D31, straight from the register: a line that is in use can\n"
+     "be read as well. With LEVEL, 0 or 1, sets it first, past all locks; a line that is no "
+     "output\n"
+     "does not follow, as the printed level shows. Needs a kernel that leaves /dev/mem open for\n"
+     "the controller's page.",
+     RegisterCommand},
+    {"wait-edge", "LINE [--for SECONDS]", "Wait for an edge of a line",
+     "Takes LINE, A0 to D31, makes it an input, waits for its next edge for SECONDS, 1 to 3600\n"
+     "(10 unless given), prints the level after it and gives the line back. Status 1 without an\n"
+     "edge. A line that is taken already is refused, and given back by that: interrupted, the\n"
+     "command leaves its line taken, and the next one frees it.",
+     WaitEdgeCommand},
+    {"storage", "", "List the mounted file systems with their space",
+     "Prints total, free and available bytes of each; leaves out what cannot be examined.",
+     StorageCommand},
+    {"card", "", "Tell whether the SD card is there and mounted",
+     "Prints 1 or 0 for each of the two, and how many mounts of its partition a shell counts. A\n"
+     "card that is listed but not in the slot, or that takes no records, was pulled while it was\n"
+     "mounted: umount /mnt/sd-card makes the instrument mount it anew.",
+     CardCommand},
     {"log-message", "TEXT...", "Hand messages to the buffered log",
      "Each TEXT of at most 29 characters is kept as it is, without a newline, while the card is\n"
      "mounted. The 240th writes all 240 to the day's log. Fewer are dropped when the command "
@@ -66,7 +94,7 @@ std::string Invocation(const Command& command) {
 }
 
 int PrintHelp() {
-    constexpr std::size_t summaryColumn = 24;
+    constexpr std::size_t summaryColumn = 34;
     std::string text = "Usage: tavrelin-service COMMAND [ARGUMENTS]\n\n"
                        "Calls one routine of the instrument.\n\n";
     for (const Command& command : kCommands) {

@@ -1,29 +1,17 @@
 #include "service/BufferedLog.h"
 
-#include "simulator/testing/SimulatedBoard.h"
+#include "tests/storage/CardEvents.h"
 #include "tests/support/CapturedConsole.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 
 namespace tavrelin {
 namespace {
 
-using sim::Scenario;
-using sim::SimulatedBoard;
-using sim::Texts;
-
 constexpr std::size_t kBatch = 240;
-constexpr const char* kLogFile = "2026-03-07_logfile.csv";
-
-Scenario WithMountedCard() {
-    Scenario scenario;
-    scenario.cardMounted = true;
-    return scenario;
-}
 
 // The messages wait for as long as the process lives: lets those of an earlier test go.
 void ForgetWaitingMessages() {
@@ -57,12 +45,7 @@ class BufferedLog : public testing::Test {
         return text;
     }
 
-    [[nodiscard]] std::string Log() const { return board.FileOnCard(kLogFile); }
-
-    void PullCard() {
-        board.RemoveCard();
-        board.Elapse(sim::Seconds(1));
-    }
+    [[nodiscard]] std::string Log() const { return board.FileOnCard(kFile); }
 
     SimulatedBoard board;
     CapturedConsole console;
@@ -75,38 +58,24 @@ TEST_F(BufferedLog, Keeps239Messages) {
     EXPECT_EQ(board.Calls("open"), 0U);
 }
 
-TEST_F(BufferedLog, WritesThemInTheirOrderAtThe240th) {
+TEST_F(BufferedLog, AppendsEach240InTheirOrder) {
+    board.WriteFileOnCard(kFile, "a record\n");
     Write(1, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
-    EXPECT_EQ(Log(), Messages(1, kBatch));
-    EXPECT_EQ(board.Kernel().Held(), 0U);
-}
-
-TEST_F(BufferedLog, BeginsAnewWithThe241st) {
-    Write(1, kBatch + 1);
-    EXPECT_EQ(BufferedLogPending(), 1U);
-    EXPECT_EQ(Log(), Messages(1, kBatch));
-}
-
-TEST_F(BufferedLog, AppendsEachFurther240) {
-    Write(1, 2 * kBatch);
-    EXPECT_EQ(BufferedLogPending(), 0U);
-    EXPECT_EQ(Log(), Messages(1, 2 * kBatch));
-}
-
-TEST_F(BufferedLog, AppendsToWhatTheDaysLogHolds) {
-    board.WriteFileOnCard(kLogFile, "a record\n");
-    Write(1, kBatch);
     EXPECT_EQ(Log(), "a record\n" + Messages(1, kBatch));
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+    Write(kBatch + 1, 2 * kBatch - 1);
+    EXPECT_EQ(BufferedLogPending(), kBatch - 1);
+    Write(2 * kBatch, 2 * kBatch);
+    EXPECT_EQ(Log(), "a record\n" + Messages(1, 2 * kBatch));
 }
 
-TEST_F(BufferedLog, AddsNeitherSeparatorNorNewline) {
-    for (std::size_t number = 1; number <= kBatch; ++number) {
-        EXPECT_TRUE(BufferedLogWrite(number % 2 == 0 ? "b\n" : "a, "));
-    }
+TEST_F(BufferedLog, TakesAnyCharactersAndAddsNeitherSeparatorNorNewline) {
+    const std::string bytes("\0\n\xFF, ", 5);
     std::string text;
-    for (std::size_t pair = 0; pair < kBatch / 2; ++pair) {
-        text += "a, b\n";
+    for (std::size_t number = 0; number < kBatch; ++number) {
+        EXPECT_TRUE(BufferedLogWrite(bytes));
+        text += bytes;
     }
     EXPECT_EQ(Log(), text);
 }
@@ -130,15 +99,6 @@ TEST_F(BufferedLog, TakesMessagesOfUpTo29Characters) {
         EXPECT_TRUE(BufferedLogWrite(""));
     }
     EXPECT_EQ(Log(), "x" + std::string(29, 'y'));
-}
-
-TEST_F(BufferedLog, TakesAnyCharacters) {
-    const std::string bytes("\0\n\xFF", 3);
-    for (std::size_t number = 0; number < kBatch; ++number) {
-        EXPECT_TRUE(BufferedLogWrite(bytes));
-    }
-    EXPECT_EQ(Log().substr(0, 6), bytes + bytes);
-    EXPECT_EQ(Log().size(), 3 * kBatch);
 }
 
 TEST_F(BufferedLog, LooksAtTheLengthBeforeTheCard) {
@@ -167,31 +127,15 @@ TEST_F(BufferedLog, RefusesMessagesWithoutAMountTable) {
     EXPECT_TRUE(BufferedLogWrite("x"));
 }
 
-// A card that was pulled stays listed until somebody unmounts it.
-TEST_F(BufferedLog, TakesMessagesWhileAPulledCardIsStillListed) {
-    Write(1, 100);
-    PullCard();
-    Write(101, kBatch - 1);
-    board.InsertCard();
-    EXPECT_EQ(BufferedLogPending(), kBatch - 1);
-}
-
 TEST_F(BufferedLog, LosesTheMessagesOfACardThatIsPulledAtThe240th) {
     Write(1, kBatch - 1);
-    PullCard();
+    PullCard(board);                                // stays listed until somebody unmounts it
     EXPECT_TRUE(BufferedLogWrite(Message(kBatch))); // accepted all the same
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_FALSE(BufferedLogWrite("x")); // the log has unmounted what was not there
     board.InsertCard();
     EXPECT_EQ(Log(), "");
-    EXPECT_EQ(board.FileBelowMountPoint(kLogFile), "");
-}
-
-TEST_F(BufferedLog, GoesOnWithACardThatIsBackAndMounted) {
-    Write(1, kBatch - 1);
-    PullCard();
-    Write(kBatch, kBatch);
-    board.InsertCard();
+    EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
     ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat"), 0);
     Write(kBatch + 1, 2 * kBatch);
     EXPECT_EQ(Log(), Messages(kBatch + 1, 2 * kBatch));
@@ -210,13 +154,6 @@ TEST_F(BufferedLog, AnswersTrueThoughTheLogCannotBeOpened) {
 TEST_F(BufferedLog, OpensTheDaysLogOnceForAllMessages) {
     Write(1, kBatch);
     EXPECT_EQ(board.Calls("open"), 1U);
-    const Texts events = board.Events();
-    EXPECT_EQ(std::count_if(events.begin(), events.end(),
-                            [](const std::string& event) {
-                                return event.substr(0, 5) == "open " &&
-                                       event.find(kLogFile) != std::string::npos;
-                            }),
-              1);
 }
 
 TEST_F(BufferedLog, WritesToTheLogOfTheDayOfThe240th) {

@@ -1,11 +1,10 @@
 #include "tests/service/ServiceRun.h"
 
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 namespace tavrelin {
 
@@ -18,15 +17,6 @@ Words ServiceCommand(const Words& words) {
     Words command = {InBuild("bin/tavrelin-service")};
     command.insert(command.end(), words.begin(), words.end());
     return command;
-}
-
-std::map<std::string, std::string> FilesIn(const std::string& folder) {
-    std::map<std::string, std::string> files;
-    std::error_code ignored;
-    for (const auto& file : std::filesystem::directory_iterator(folder, ignored)) {
-        files[file.path().filename()] = TextOf(file.path());
-    }
-    return files;
 }
 
 void ReplaceAll(std::string& text, const std::string& what, const std::string& with) {
@@ -80,28 +70,28 @@ CommandResult CallService(const Words& words) {
 }
 
 SimulatedCall SimulateService(const Words& words, const std::string& board) {
-    const TemporaryFolder folder;
-    WriteText(folder.File("board.toml"), board);
+    const TestFolder folder;
+    WriteText(folder.Path("board.toml"), board);
     Words command = {InBuild("bin/simulate"),
                      "--scenario",
-                     folder.File("board.toml"),
+                     folder.Path("board.toml"),
                      "--io-cost",
                      "none",
                      "--real-time",
                      kPatience,
                      "--root",
-                     folder.File("root"),
+                     folder.Path("root"),
                      "--events",
-                     folder.File("events"),
+                     folder.Path("events"),
                      "--summary",
-                     folder.File("summary"),
+                     folder.Path("summary"),
                      "--"};
     const Words service = ServiceCommand(words);
     command.insert(command.end(), service.begin(), service.end());
     return {.result = AsTheProgramEnded(RunCommand(command)),
-            .events = TextOf(folder.File("events")),
-            .summary = TextOf(folder.File("summary")),
-            .card = FilesIn(folder.File("root/card"))};
+            .events = TextOf(folder.Path("events")),
+            .summary = TextOf(folder.Path("summary")),
+            .card = FilesIn(folder.Path("root/card"))};
 }
 
 std::string Transcript(const Words& words, const CommandResult& result) {

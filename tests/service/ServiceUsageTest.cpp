@@ -4,6 +4,7 @@
 #include "tests/service/ServiceRun.h"
 #include "tests/support/GoldenFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -11,134 +12,124 @@
 namespace tavrelin {
 namespace {
 
-const Words kCommands = {"state-table", "alarm",    "indicator", "cable-length",
-                         "storage",     "read-adc", "tone",      "log-message"};
+const Words kCommands = {"state-table", "self-test",    "alarm",      "tone",     "volume",
+                         "indicator",   "cable-length", "read-adc",   "register", "wait-edge",
+                         "storage",     "card",         "log-message"};
 
 TEST(ServiceHelp, TellsTheCommandsAndWhatEachDoes) {
-    std::string transcript = Transcript({"--help"}, CallService({"--help"}));
+    const CommandResult help = CallService({"--help"});
+    std::string transcript = Transcript({"--help"}, help);
     for (const std::string& command : kCommands) {
+        EXPECT_THAT(help.output, testing::HasSubstr("\n  " + command + " "));
         transcript += "\n" + Transcript({command, "--help"}, CallService({command, "--help"}));
     }
     EXPECT_TRUE(MatchesGoldenFile(transcript, "service/golden/help.txt"));
 }
 
-TEST(ServiceHelp, NamesEveryCommand) {
-    const std::string help = CallService({"--help"}).output;
-    for (const std::string& command : kCommands) {
-        EXPECT_NE(help.find("\n  " + command + " "), std::string::npos) << command;
-    }
-}
-
-/// Words that are wrong, and the line that says so.
-struct WrongUse {
-    Words words;
-    std::string line;
-};
-
-void PrintTo(const WrongUse& use, std::ostream* out) {
-    *out << "tavrelin-service";
-    for (const std::string& word : use.words) {
-        *out << " '" << word << "'";
-    }
-}
-
-class ServiceWrongUse : public testing::TestWithParam<WrongUse> {};
-
-TEST_P(ServiceWrongUse, EndsWithStatus2AndALineThatSaysWhatIsWrong) {
-    const CommandResult result = CallService(GetParam().words);
+void ExpectRefused(const Words& words, const std::string& line) {
+    const CommandResult result = CallService(words);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.error, GetParam().line + "\n");
+    EXPECT_EQ(result.error, line + "\n") << testing::PrintToString(words);
+}
+
+TEST(ServiceRefuses, WhatIsNoCommand) {
+    ExpectRefused({}, "tavrelin-service: needs a command; see tavrelin-service --help");
+    for (const char* word : {"", "beep", "ALARM", "-h", "--version"}) {
+        ExpectRefused({word}, "tavrelin-service: no command '" + std::string(word) +
+                                  "'; see tavrelin-service --help");
+    }
+}
+
+/// What is said of a command's words, and the words.
+struct WrongWords {
+    std::string what;
+    std::vector<Words> uses;
+};
+
+void PrintTo(const WrongWords& words, std::ostream* out) {
+    *out << words.what;
+}
+
+class ServiceWrongUse : public testing::TestWithParam<WrongWords> {};
+
+TEST_P(ServiceWrongUse, EndsWithStatus2AndALineThatSaysWhatIsWrong) {
+    for (const Words& words : GetParam().uses) {
+        const std::string name = "tavrelin-service " + words.front();
+        ExpectRefused(words, name + ": " + GetParam().what + "; see " + name + " --help");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    OfTheProgram, ServiceWrongUse,
+    , ServiceWrongUse,
     testing::Values(
-        WrongUse{{}, "tavrelin-service: needs a command; see tavrelin-service --help"},
-        WrongUse{{""}, "tavrelin-service: no command ''; see tavrelin-service --help"},
-        WrongUse{{"beep"}, "tavrelin-service: no command 'beep'; see tavrelin-service --help"},
-        WrongUse{{"ALARM"}, "tavrelin-service: no command 'ALARM'; see tavrelin-service --help"},
-        WrongUse{{"--version"},
-                 "tavrelin-service: no command '--version'; see tavrelin-service --help"}));
-
-WrongUse TakesNoArguments(const std::string& command) {
-    return {{command, "more"},
-            "tavrelin-service " + command + ": takes no arguments, but got 'more'; see " +
-                "tavrelin-service " + command + " --help"};
-}
-
-INSTANTIATE_TEST_SUITE_P(OfACommandWithoutArguments, ServiceWrongUse,
-                         testing::Values(TakesNoArguments("state-table"),
-                                         TakesNoArguments("cable-length"),
-                                         TakesNoArguments("storage"), TakesNoArguments("tone")));
+        WrongWords{"takes no arguments, but got 'more'",
+                   {{"state-table", "more"},
+                    {"self-test", "more"},
+                    {"tone", "more"},
+                    {"cable-length", "more"},
+                    {"storage", "more"},
+                    {"card", "more"}}},
+        WrongWords{"--for takes one whole number of seconds from 1 to 3600",
+                   {{"alarm", "--for"},
+                    {"alarm", "--for", ""},
+                    {"alarm", "--for", "0"},
+                    {"alarm", "--for", "3601"},
+                    {"alarm", "--for", "-1"},
+                    {"alarm", "--for", "1.5"},
+                    {"alarm", "--for", "5s"},
+                    {"alarm", "--for", " 5"},
+                    {"alarm", "--for", "+5"},
+                    {"alarm", "--for", "99999999999999999999"},
+                    {"alarm", "--for", "5", "6"},
+                    {"alarm", "--for", "5", "--help"},
+                    {"wait-edge", "B18", "5"},
+                    {"wait-edge", "B18", "--for", "0"}}},
+        WrongWords{"takes one CODE, a whole number from 0 to 4294967295",
+                   {{"indicator", "red"},
+                    {"indicator", ""},
+                    {"indicator", "-1"},
+                    {"indicator", "4294967296"},
+                    {"indicator", "1.0"},
+                    {"indicator", "0x1"},
+                    {"indicator", "1", "2"}}},
+        WrongWords{"takes one CHANNEL, a whole number from 0 to 11",
+                   {{"read-adc"},
+                    {"read-adc", "six"},
+                    {"read-adc", ""},
+                    {"read-adc", "6V"},
+                    {"read-adc", "12"},
+                    {"read-adc", "-1"},
+                    {"read-adc", "6", "7"}}},
+        WrongWords{"takes one PERCENT, a whole number from 0 to 100",
+                   {{"volume"}, {"volume", "101"}, {"volume", "-1"}, {"volume", "50", "50"}}},
+        WrongWords{"takes one LINE, A0 to D31, and at most one LEVEL, 0 or 1",
+                   {{"register"},
+                    {"register", "E0"},
+                    {"register", "b18"},
+                    {"register", "B"},
+                    {"register", "B32"},
+                    {"register", "18"},
+                    {"register", "B18", "2"},
+                    {"register", "B18", "1", "1"}}},
+        WrongWords{"takes one LINE, A0 to D31", {{"wait-edge"}, {"wait-edge", "--for", "5"}}},
+        WrongWords{"takes at least one TEXT", {{"log-message"}}}));
 
 // No name of a file at all: it would go to a shell as it stands.
-WrongUse NoFileName(const std::string& name) {
-    return {{"alarm", name},
-            "tavrelin-service alarm: takes --for SECONDS and no file name, but got '" + name +
-                "'; see tavrelin-service alarm --help"};
+TEST(ServiceRefuses, AnyFileForTheAlarm) {
+    for (const std::string name :
+         {"siren.wav", "two words.wav", "it's.wav", "a.wav; reboot", "$(reboot).wav", ""}) {
+        ExpectRefused({"alarm", name},
+                      "tavrelin-service alarm: takes --for SECONDS and no file name, but got '" +
+                          name + "'; see tavrelin-service alarm --help");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(OfAlarmWithAFile, ServiceWrongUse,
-                         testing::Values(NoFileName("siren.wav"), NoFileName("two words.wav"),
-                                         NoFileName("it's.wav"), NoFileName("a.wav; reboot"),
-                                         NoFileName("$(reboot).wav"), NoFileName("")));
-
-WrongUse NoDuration(const Words& words) {
-    return {words, "tavrelin-service alarm: --for takes one whole number of seconds from 1 to "
-                   "3600; see tavrelin-service alarm --help"};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    OfAlarmsDuration, ServiceWrongUse,
-    testing::Values(NoDuration({"alarm", "--for"}), NoDuration({"alarm", "--for", ""}),
-                    NoDuration({"alarm", "--for", "0"}), NoDuration({"alarm", "--for", "3601"}),
-                    NoDuration({"alarm", "--for", "-1"}), NoDuration({"alarm", "--for", "1.5"}),
-                    NoDuration({"alarm", "--for", "5s"}), NoDuration({"alarm", "--for", " 5"}),
-                    NoDuration({"alarm", "--for", "+5"}),
-                    NoDuration({"alarm", "--for", "99999999999999999999"}),
-                    NoDuration({"alarm", "--for", "5", "6"}),
-                    NoDuration({"alarm", "--for", "5", "--help"})));
-
-WrongUse NoCode(const Words& words) {
-    return {words, "tavrelin-service indicator: takes one CODE, a whole number from 0 to "
-                   "4294967295; see tavrelin-service indicator --help"};
-}
-
-INSTANTIATE_TEST_SUITE_P(OfIndicator, ServiceWrongUse,
-                         testing::Values(NoCode({"indicator"}), NoCode({"indicator", "red"}),
-                                         NoCode({"indicator", ""}), NoCode({"indicator", "-1"}),
-                                         NoCode({"indicator", "4294967296"}),
-                                         NoCode({"indicator", "1.0"}), NoCode({"indicator", "0x1"}),
-                                         NoCode({"indicator", "1", "2"})));
-
-WrongUse NoChannel(const Words& words) {
-    return {words, "tavrelin-service read-adc: takes one CHANNEL, a whole number from 0 to 11; "
-                   "see tavrelin-service read-adc --help"};
-}
-
-INSTANTIATE_TEST_SUITE_P(OfReadAdc, ServiceWrongUse,
-                         testing::Values(NoChannel({"read-adc"}), NoChannel({"read-adc", "six"}),
-                                         NoChannel({"read-adc", ""}), NoChannel({"read-adc", "6V"}),
-                                         NoChannel({"read-adc", "2147483648"}),
-                                         NoChannel({"read-adc", "6", "7"})));
-
-INSTANTIATE_TEST_SUITE_P(OfLogMessage, ServiceWrongUse,
-                         testing::Values(WrongUse{
-                             {"log-message"},
-                             "tavrelin-service log-message: takes at least one TEXT; see "
-                             "tavrelin-service log-message --help"}));
 
 // The statuses of the routines' own answers; on this machine these touch nothing either.
-
-TEST(ServiceStatus, IsZeroWhenTheRoutineSucceeded) {
+TEST(ServiceStatus, IsZeroWhenTheRoutineSucceededAndOneWhenItFailed) {
     EXPECT_EQ(CallService({"state-table"}).status, 0);
     EXPECT_EQ(CallService({"storage"}).status, 0);
     EXPECT_EQ(CallService({"--help"}).status, 0);
-}
-
-TEST(ServiceStatus, IsOneWhenTheRoutineFailed) {
-    EXPECT_EQ(CallService({"read-adc", "12"}).status, 1);
     EXPECT_EQ(CallService({"log-message", std::string(30, 'x')}).status, 1);
 }
 

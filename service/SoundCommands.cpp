@@ -1,0 +1,53 @@
+// Commands that are heard.
+
+#include "devices/Codec.h"
+#include "devices/Speaker.h"
+#include "service/Commands.h"
+#include "service/Diagnostics.h"
+#include "service/StopSignal.h"
+
+namespace tavrelin::service {
+
+int AlarmCommand(const Arguments& arguments) {
+    constexpr std::uint32_t alarmSeconds = 3;
+    if (!arguments.empty() && arguments.front() != "--for") {
+        return WrongUsage("alarm", "takes --for SECONDS and no file name, but got '" +
+                                       arguments.front() + "'");
+    }
+    const auto seconds = SecondsOf("alarm", arguments, alarmSeconds);
+    if (!seconds) {
+        return kWrongUsage;
+    }
+    // Before there is a child, which would play on for ever if this ended without stopping it.
+    CatchStopSignals();
+    Speaker speaker;
+    const bool started = SoundAlarm(&speaker);
+    if (started) {
+        WaitSecondsOrStopSignal(*seconds);
+        speaker.Stop();
+    }
+    return StatusOf(started);
+}
+
+int ToneCommand(const Arguments& arguments) {
+    if (const auto status = UnlessEmpty("tone", arguments)) {
+        return *status;
+    }
+    return StatusOf(Codec().Play());
+}
+
+int VolumeCommand(const Arguments& arguments) {
+    const auto percent = arguments.size() == 1
+                             ? WholeNumber<std::uint32_t>(arguments.front(), 0, 100)
+                             : std::nullopt;
+    if (!percent) {
+        return WrongUsage("volume", "takes one PERCENT, a whole number from 0 to 100");
+    }
+    // Each is of use without the other: a card may lack the switch.
+    const Codec codec;
+    const bool on = codec.Unmute();
+    const bool set = codec.SetVolume(Codec::kAllChannels, *percent);
+    return StatusOf(on && set);
+}
+
+} // namespace tavrelin::service
