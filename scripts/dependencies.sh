@@ -18,11 +18,14 @@ check_packages=(
     alsa-utils
 )
 
+# missing_packages PACKAGE...: those that are not installed for this machine itself. One that is there for
+# several architectures, as whoever cross-builds has it, has a status for each.
 missing_packages() {
-    local package
+    local package native
+    native=$(dpkg --print-architecture)
     for package in "$@"; do
-        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
-            printf '%s ' "$package"
+        dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+            grep -qxE "(all|$native) installed" || printf '%s ' "$package"
     done
 }
 

@@ -4,6 +4,7 @@
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tavrelin {
@@ -35,21 +36,21 @@ TEST(ColourChain, NeedsTheReagentOfItsOwnMeasurement) {
     const RunResult run =
         RunInstrument({.scenario = "pump-misses-one-addition", .measurements = 2});
     EXPECT_EQ(run.status, kEndedAsAsked);
-    EXPECT_TRUE(Contains(run.console, "Stepper Driver: PWM enable or chip enable failed\n"
-                                      "StepperDriverMotor: Start operation failed\n"));
+    EXPECT_THAT(run.console, testing::HasSubstr("Stepper Driver: PWM enable or chip enable failed\n"
+                                                "StepperDriverMotor: Start operation failed\n"));
     EXPECT_EQ(Figures(run), (Lines{"0,0,20000,3e+06,3e+06", kTrue}));
 }
 
 TEST(ColourChain, NeedsLight) {
     const RunResult run = RunInstrument({.scenario = "lamp-stays-dark", .measurements = 1});
     EXPECT_EQ(Figures(run), (Lines{"-1,-1714.82,20000,20000,20000"}));
-    EXPECT_TRUE(EndsWith(run.console, ",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
+    EXPECT_THAT(run.console, testing::EndsWith(",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
 }
 
 TEST(ColourChain, NeedsTheDark) {
     const RunResult run = RunInstrument({.scenario = "lamp-stays-on", .measurements = 1});
     EXPECT_EQ(Figures(run), (Lines{"-inf,-inf,3e+06,3e+06,1.69578e+06"}));
-    EXPECT_TRUE(EndsWith(run.console, ",-inf,1,0.1.4.47\n,Sanity Check\n"));
+    EXPECT_THAT(run.console, testing::EndsWith(",-inf,1,0.1.4.47\n,Sanity Check\n"));
 }
 
 // The second measurement finds the first one's colour in its reference.

@@ -15,7 +15,7 @@ TEST(CommandLine, ShowsTheVersionAndAnEmptyLineAndTouchesNothing) {
 }
 
 // Anything but one known word ends the program in silence and with status 0.
-class UnknownArguments : public ::testing::TestWithParam<std::vector<std::string>> {};
+class UnknownArguments : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(UnknownArguments, EndInSilence) {
     const RunResult run = RunInstrument({.arguments = GetParam()});
@@ -27,14 +27,14 @@ TEST_P(UnknownArguments, EndInSilence) {
 
 using Arguments = std::vector<std::string>;
 INSTANTIATE_TEST_SUITE_P(One, UnknownArguments,
-                         ::testing::Values(Arguments{"-h"}, Arguments{"run"},
-                                           Arguments{"--Version"}, Arguments{"--version "},
-                                           Arguments{"-version"}, Arguments{"--versio"},
-                                           Arguments{"&&"}, Arguments{" &"}, Arguments{""}));
+                         testing::Values(Arguments{"-h"}, Arguments{"run"}, Arguments{"--Version"},
+                                         Arguments{"--version "}, Arguments{"-version"},
+                                         Arguments{"--versio"}, Arguments{"&&"}, Arguments{" &"},
+                                         Arguments{""}));
 INSTANTIATE_TEST_SUITE_P(Several, UnknownArguments,
-                         ::testing::Values(Arguments{"--version", "--version"}, Arguments{"&", "&"},
-                                           Arguments{"--version", ""}, Arguments{"&", "--version"},
-                                           Arguments{"", "", "", "", ""}));
+                         testing::Values(Arguments{"--version", "--version"}, Arguments{"&", "&"},
+                                         Arguments{"--version", ""}, Arguments{"&", "--version"},
+                                         Arguments{"", "", "", "", ""}));
 
 TEST(CommandLine, TakesAnAmpersandForNoArgument) {
     const RunResult without = RunInstrument({.measurements = 1});

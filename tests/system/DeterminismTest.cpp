@@ -58,7 +58,7 @@ std::vector<std::string> Sorted(std::vector<std::string> lines) {
 }
 
 // Workers of a step may come in any order; a measurement must not depend on it.
-class ThreadOrder : public ::testing::TestWithParam<std::uint64_t> {};
+class ThreadOrder : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(ThreadOrder, ChangesNeitherResultsNorLog) {
     const RunResult usual = RunInstrument({.measurements = 2});
@@ -72,7 +72,7 @@ TEST_P(ThreadOrder, ChangesNeitherResultsNorLog) {
     ExpectSame(RunInstrument(conditions), run);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seed, ThreadOrder, ::testing::Range<std::uint64_t>(1, 9));
+INSTANTIATE_TEST_SUITE_P(Seed, ThreadOrder, testing::Range<std::uint64_t>(1, 9));
 
 TEST(ThreadOrders, DifferFromSeedToSeed) {
     EXPECT_NE(RunInstrument({.scenario = "seeded-threads", .measurements = 1, .seed = 1}).events,

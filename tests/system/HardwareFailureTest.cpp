@@ -1,7 +1,9 @@
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -46,33 +48,16 @@ void PrintTo(const FailingWorker& worker, std::ostream* out) {
     *out << worker.name << " in step " << worker.step;
 }
 
-// A worker that cannot be joined may outlive the request that it works on. The thread sanitizer is
-// right to say so, and is not asked about runs with such a fault.
-class WithoutRaceReports {
-  public:
-    WithoutRaceReports() {
-        if (const char* options = std::getenv(kVariable); options != nullptr) {
-            before_ = options;
-        }
-        ::setenv(kVariable, (before_ + ":report_bugs=0").c_str(), 1);
-    }
-    WithoutRaceReports(const WithoutRaceReports&) = delete;
-    WithoutRaceReports& operator=(const WithoutRaceReports&) = delete;
-    WithoutRaceReports(WithoutRaceReports&&) = delete;
-    WithoutRaceReports& operator=(WithoutRaceReports&&) = delete;
-    ~WithoutRaceReports() { ::setenv(kVariable, before_.c_str(), 1); }
-
-  private:
-    static constexpr const char* kVariable = "TSAN_OPTIONS";
-    std::string before_;
-};
-
-class HardwareFailure : public ::testing::TestWithParam<FailingWorker> {};
+class HardwareFailure : public testing::TestWithParam<FailingWorker> {};
 
 TEST_P(HardwareFailure, ShowsTheIndexAndEndsWithStatusZero) {
-    std::optional<WithoutRaceReports> withoutReports;
+    // A worker that cannot be joined may outlive the request that it works on. The thread sanitizer
+    // is right to say so, and is not asked about runs with such a fault.
+    std::optional<Environment> withoutRaceReports;
     if (std::string_view(GetParam().fault.call) == kJoin) {
-        withoutReports.emplace();
+        const char* options = std::getenv("TSAN_OPTIONS");
+        withoutRaceReports.emplace("TSAN_OPTIONS", std::string(options == nullptr ? "" : options) +
+                                                       ":report_bugs=0");
     }
     const RunResult run = RunInstrument({.board = ScenarioOf(GetParam().fault), .boardTime = 60});
     EXPECT_EQ(run.status, kEndedAsAsked);
@@ -80,59 +65,59 @@ TEST_P(HardwareFailure, ShowsTheIndexAndEndsWithStatusZero) {
     ASSERT_GT(lines.size(), 3U);
     const auto last = lines.end();
     EXPECT_EQ(last[-3], "Failed Index:  " + std::to_string(GetParam().index));
-    EXPECT_EQ(last[-2].rfind("TAVRELIN,2026-03-07 09:00.", 0), 0U);
-    EXPECT_TRUE(Contains(last[-2], ",0.000,"));
+    EXPECT_THAT(last[-2], testing::StartsWith("TAVRELIN,2026-03-07 09:00."));
+    EXPECT_THAT(last[-2], testing::HasSubstr(",0.000,"));
     EXPECT_EQ(last[-1], ",!!!Error: Hardware Failure!!!");
     EXPECT_EQ(LinesWith(run.console, "Failed Index").size(), 1U);
     EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(),
               static_cast<std::size_t>(GetParam().step));
-    EXPECT_TRUE(ResultLines(run.Log()).empty());
-    EXPECT_TRUE(TornLines(run.Log()).empty());
+    EXPECT_THAT(ResultLines(run.Log()), testing::IsEmpty());
+    EXPECT_THAT(TornLines(run.Log()), testing::IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
     NotStarted, HardwareFailure,
-    ::testing::Values(FailingWorker{"Led", {kCreate, 1, "once"}, 1, 2},
-                      FailingWorker{"Valve", {kCreate, 2, "once"}, 1, 5},
-                      FailingWorker{"Monitoring", {kCreate, 3, "once"}, 1, 3},
-                      FailingWorker{"Stirring", {kCreate, kBeforeStep3 + 3, "once"}, 3, 0},
-                      FailingWorker{"Pump", {kCreate, kBeforeStep11 + 1, "once"}, 11, 1}),
+    testing::Values(FailingWorker{"Led", {kCreate, 1, "once"}, 1, 2},
+                    FailingWorker{"Valve", {kCreate, 2, "once"}, 1, 5},
+                    FailingWorker{"Monitoring", {kCreate, 3, "once"}, 1, 3},
+                    FailingWorker{"Stirring", {kCreate, kBeforeStep3 + 3, "once"}, 3, 0},
+                    FailingWorker{"Pump", {kCreate, kBeforeStep11 + 1, "once"}, 11, 1}),
     [](const auto& instance) { return instance.param.name; });
 
-INSTANTIATE_TEST_SUITE_P(
-    NotJoined, HardwareFailure,
-    ::testing::Values(FailingWorker{"Valve", {kJoin, 1, "once"}, 1, 5},
-                      FailingWorker{"Monitoring", {kJoin, 2, "once"}, 1, 3},
-                      FailingWorker{"Led", {kJoin, 3, "once"}, 1, 2},
-                      FailingWorker{"Stirring", {kJoin, kBeforeStep3 + 1, "once"}, 3, 0}),
-    [](const auto& instance) { return instance.param.name; });
+INSTANTIATE_TEST_SUITE_P(NotJoined, HardwareFailure,
+                         testing::Values(FailingWorker{"Valve", {kJoin, 1, "once"}, 1, 5},
+                                         FailingWorker{"Monitoring", {kJoin, 2, "once"}, 1, 3},
+                                         FailingWorker{"Led", {kJoin, 3, "once"}, 1, 2},
+                                         FailingWorker{
+                                             "Stirring", {kJoin, kBeforeStep3 + 1, "once"}, 3, 0}),
+                         [](const auto& instance) { return instance.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
     OfTwoTheLowerIndex, HardwareFailure,
-    ::testing::Values(FailingWorker{"LedAndValve", {kCreate, 1, "forever"}, 1, 2},
-                      FailingWorker{
-                          "ValveAndStirring", {kCreate, kBeforeStep3 + 2, "forever"}, 3, 0}),
+    testing::Values(FailingWorker{"LedAndValve", {kCreate, 1, "forever"}, 1, 2},
+                    FailingWorker{
+                        "ValveAndStirring", {kCreate, kBeforeStep3 + 2, "forever"}, 3, 0}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST(HardwareFailureLine, CarriesZeroEvenAfterAMeasurement) {
     const RunResult run = RunInstrument(
         {.board = ScenarioOf({kCreate, kWorkersOfAMeasurement + 1, "once"}), .boardTime = 60});
     EXPECT_EQ(run.status, kEndedAsAsked);
-    EXPECT_TRUE(EndsWith(run.console, "TAVRELIN,2026-03-07 09:00.17,428.705,1,0.1.4.47\n"
-                                      ",Verify Flag (Home Poisition)\n"
-                                      "main.cpp, 889: 1, 0\n"
-                                      "MeasurementCycle.cpp, 451, Elements: 1\n"
-                                      "MeasurementCycle.cpp, 1096, success: 1\n"
-                                      "Failed Index:  2\n"
-                                      "TAVRELIN,2026-03-07 09:00.18,0.000,1,0.1.4.47\n"
-                                      ",!!!Error: Hardware Failure!!!\n"));
+    EXPECT_THAT(run.console, testing::EndsWith("TAVRELIN,2026-03-07 09:00.17,428.705,1,0.1.4.47\n"
+                                               ",Verify Flag (Home Poisition)\n"
+                                               "main.cpp, 889: 1, 0\n"
+                                               "MeasurementCycle.cpp, 451, Elements: 1\n"
+                                               "MeasurementCycle.cpp, 1096, success: 1\n"
+                                               "Failed Index:  2\n"
+                                               "TAVRELIN,2026-03-07 09:00.18,0.000,1,0.1.4.47\n"
+                                               ",!!!Error: Hardware Failure!!!\n"));
     EXPECT_EQ(ResultLines(run.Log()).size(), 1U);
 }
 
 TEST(HardwareFailureLine, FollowsNoCountOfWorkersWhenTheValvesIsMissing) {
     const RunResult run =
         RunInstrument({.board = ScenarioOf({kCreate, 2, "once"}), .boardTime = 60});
-    EXPECT_FALSE(Contains(run.console, "Elements"));
+    EXPECT_THAT(run.console, testing::Not(testing::HasSubstr("Elements")));
 }
 
 // The process ends as it is: lines and channels stay taken.

@@ -2,7 +2,7 @@
 
 #include "tests/support/Command.h"
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 namespace tavrelin {
 
@@ -11,20 +11,11 @@ namespace {
 // Seconds of real time after which a run that hangs is given up.
 constexpr const char* kPatience = "100";
 
-std::map<std::string, std::string> FilesIn(const std::string& folder) {
-    std::map<std::string, std::string> files;
-    std::error_code ignored;
-    for (const auto& file : std::filesystem::directory_iterator(folder, ignored)) {
-        files[file.path().filename()] = TextOf(file.path());
-    }
-    return files;
-}
-
-std::string ScenarioFile(const Conditions& conditions, const TemporaryFolder& folder) {
+std::string ScenarioFile(const Conditions& conditions, const TestFolder& folder) {
     if (!conditions.scenario.empty()) {
         return InCheckout("tests/system/scenarios/") + conditions.scenario + ".toml";
     }
-    const std::string file = folder.File("scenario.toml");
+    const std::string file = folder.Path("scenario.toml");
     WriteText(file, conditions.board);
     return file;
 }
@@ -43,9 +34,9 @@ std::string RunResult::Log(const std::string& date) const {
 }
 
 RunResult RunInstrument(const Conditions& conditions) {
-    const TemporaryFolder folder;
-    const std::string root = folder.File("root");
-    const std::string events = folder.File("events");
+    const TestFolder folder;
+    const std::string root = folder.Path("root");
+    const std::string events = folder.Path("events");
     const std::string binaries = InBuild("bin");
     std::vector<std::string> command = {binaries + "/simulate",
                                         "--scenario",

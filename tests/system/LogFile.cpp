@@ -2,47 +2,28 @@
 
 #include "tests/support/Text.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdlib>
-#include <regex.h>
 
 namespace tavrelin {
 
 namespace {
 
-// A pattern that a line must match as a whole.
-class LinePattern {
-  public:
-    explicit LinePattern(const std::string& pattern) : compiled_() {
-        const std::string whole = "^" + pattern + "$";
-        if (::regcomp(&compiled_, whole.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
-            std::abort();
-        }
-    }
-    LinePattern(const LinePattern&) = delete;
-    LinePattern& operator=(const LinePattern&) = delete;
-    LinePattern(LinePattern&&) = delete;
-    LinePattern& operator=(LinePattern&&) = delete;
-    ~LinePattern() { ::regfree(&compiled_); }
-
-    [[nodiscard]] bool Matches(const std::string& line) const {
-        return ::regexec(&compiled_, line.c_str(), 0, nullptr, 0) == 0;
-    }
-
-  private:
-    regex_t compiled_;
-};
-
 const std::string kDate = "[0-9]{4}-[0-9]{2}-[0-9]{2}";
 const std::string kFigure = "(nan|-?inf|-?[0-9][0-9.]*(e[+-][0-9]{2})?)";
 
+using Pattern = testing::Matcher<const std::string&>;
+
 bool IsSample(const std::string& line) {
-    static const LinePattern sample(
+    static const Pattern sample = testing::MatchesRegex(
         kDate + " [0-9]{2}:[0-9]{1,2}:[0-9]{1,2}, {0,7}-?[0-9]{1,8},[A-Z][^,]+,,");
     return sample.Matches(line) && Split(line, ',')[1].size() >= 8;
 }
 
 bool IsResult(const std::string& line) {
-    static const LinePattern result(kDate + " [0-9]{2}:[0-9]{2}\\.[0-9]{2},,(," + kFigure + "){5}");
+    static const Pattern result =
+        testing::MatchesRegex(kDate + " [0-9]{2}:[0-9]{2}\\.[0-9]{2},,(," + kFigure + "){5}");
     return result.Matches(line);
 }
 

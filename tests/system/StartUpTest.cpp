@@ -2,12 +2,13 @@
 #include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tavrelin {
 namespace {
 
-TEST(NoBoard, PrimesInVainSkipsTheSearchAndGoesOnToCycle) {
+TEST(NoBoard, PrimesInVainSkipsTheSearchAndSamplesOnUntilSomebodyStopsIt) {
     const RunResult run = RunInstrument({.scenario = "no-board", .boardTime = 60});
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_EQ(run.console, "StepperDriverBase: Setting up enable GPIO pin failed\n"
@@ -43,14 +44,10 @@ TEST(NoBoard, PrimesInVainSkipsTheSearchAndGoesOnToCycle) {
                           "not locked yet\n"
                           "unable to set pwm frequency"
                           "not locked yet\n");
-}
-
-// Without a card the first step's samples cannot be logged, and the step waits for one.
-TEST(NoBoard, SamplesOnUntilSomebodyStopsIt) {
-    const RunResult run = RunInstrument({.scenario = "no-board", .boardTime = 60});
+    // Without a card the first step's samples cannot be logged, and the step waits for one.
     EXPECT_EQ(LinesWith(run.events, " sleep - 250000 us").size(), 240U);
-    EXPECT_TRUE(run.card.empty());
-    EXPECT_TRUE(run.mountPoint.empty());
+    EXPECT_THAT(run.card, testing::IsEmpty());
+    EXPECT_THAT(run.mountPoint, testing::IsEmpty());
 }
 
 TEST(NoDevices, RunsWholeMeasurementsOfNothing) {
@@ -60,8 +57,9 @@ TEST(NoDevices, RunsWholeMeasurementsOfNothing) {
     // A converter that is not there reads as zeros, which stand for its lowest reading.
     const std::vector<std::string> results = ResultLines(run.Log());
     ASSERT_EQ(results.size(), 2U);
-    EXPECT_TRUE(EndsWith(results[0], ",,,-1,-1714.82,-1.67772e+07,-1.67772e+07,-1.67772e+07"));
-    EXPECT_TRUE(Contains(run.console, ",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
+    EXPECT_THAT(results[0],
+                testing::EndsWith(",,,-1,-1714.82,-1.67772e+07,-1.67772e+07,-1.67772e+07"));
+    EXPECT_THAT(run.console, testing::HasSubstr(",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
 }
 
 TEST(FailedPriming, LeavesOutTheSearchAndCyclesAtOnce) {
@@ -80,25 +78,25 @@ TEST(FailedPriming, LeavesOutTheSearchAndCyclesAtOnce) {
                            "MeasurementCycle.cpp, 451, Elements: 2\n"
                            "MeasurementCycle.cpp, 1096, success: 1\n");
     EXPECT_EQ(run.errors, "unable to reset pwm duty cycle");
-    EXPECT_FALSE(Contains(run.events, "pioB18"));
+    EXPECT_THAT(run.events, testing::Not(testing::HasSubstr("pioB18")));
 }
 
 // The failed move left the motor locked, and so it stays: the reagent addition waits for it.
 TEST(FailedPriming, BlocksThePumpForGoodWhenItHadLockedTheMotor) {
     const RunResult run = RunInstrument({.scenario = "pump-refuses-priming", .measurements = 1});
     EXPECT_EQ(run.status, kDeadlock);
-    EXPECT_TRUE(Contains(run.errors, "waits for a mutex that thread 1 locked"));
+    EXPECT_THAT(run.errors, testing::HasSubstr("waits for a mutex that thread 1 locked"));
     EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 11U);
 }
 
 TEST(FailedPriming, LetsMeasurementsRunWithoutReagent) {
     const RunResult run = RunInstrument({.scenario = "no-pump-direction", .measurements = 1});
     EXPECT_EQ(run.status, kEndedAsAsked);
-    EXPECT_TRUE(Contains(run.console, "StepperDriverMotor::MoveAngle failed!\n"));
-    EXPECT_FALSE(Contains(run.console, "!!!Error"));
+    EXPECT_THAT(run.console, testing::HasSubstr("StepperDriverMotor::MoveAngle failed!\n"));
+    EXPECT_THAT(run.console, testing::Not(testing::HasSubstr("!!!Error")));
     EXPECT_EQ(LinesWith(run.console, "main.cpp, 889: ").size(), 17U);
-    ASSERT_EQ(ResultLines(run.Log()).size(), 1U);
-    EXPECT_TRUE(EndsWith(ResultLines(run.Log())[0], ",,,0,0,20000,3e+06,3e+06"));
+    EXPECT_THAT(ResultLines(run.Log()),
+                testing::ElementsAre(testing::EndsWith(",,,0,0,20000,3e+06,3e+06")));
 }
 
 const std::string kPrimed = "MeasurementCycle.cpp, 150, success: 1\n"
@@ -113,23 +111,18 @@ TEST(FailedSearch, EndsWithOneErrorLineAndStatusZero) {
                                "TAVRELIN,2026-03-07 09:00.04,-0.000,0,0.1.4.47\n"
                                ",!!!Error: Motor Find Start!!!\n");
     EXPECT_EQ(run.errors, "");
+    // The process ends without releasing the devices; only the search gave its line back.
+    EXPECT_THAT(LinesWith(run.events, "/unexport "),
+                testing::ElementsAre(testing::EndsWith("write /sys/class/gpio/unexport \"50\"")));
+    EXPECT_THAT(run.events, testing::HasSubstr("/pwm1/enable \"0\""));
+    EXPECT_THAT(run.events, testing::Not(testing::HasSubstr("/pwm0/enable \"0\"")));
 }
 
 TEST(FailedSearch, ComesAtOnceWhenThePumpStandsOnTheFlag) {
     const RunResult run = RunInstrument({.scenario = "pump-on-flag"});
     EXPECT_EQ(run.status, kEndedAsAsked);
-    EXPECT_TRUE(EndsWith(run.console, "TAVRELIN,2026-03-07 09:00.02,-0.000,0,0.1.4.47\n"
-                                      ",!!!Error: Motor Find Start!!!\n"));
-}
-
-// The process ends without releasing the devices; only the search gave its line back.
-TEST(FailedSearch, LeavesTheDevicesAsTheyAre) {
-    const RunResult run = RunInstrument({.scenario = "flag-never-seen"});
-    const std::vector<std::string> released = LinesWith(run.events, "/unexport ");
-    ASSERT_EQ(released.size(), 1U);
-    EXPECT_TRUE(EndsWith(released[0], "write /sys/class/gpio/unexport \"50\""));
-    EXPECT_TRUE(Contains(run.events, "/pwm1/enable \"0\""));
-    EXPECT_FALSE(Contains(run.events, "/pwm0/enable \"0\""));
+    EXPECT_THAT(run.console, testing::EndsWith("TAVRELIN,2026-03-07 09:00.02,-0.000,0,0.1.4.47\n"
+                                               ",!!!Error: Motor Find Start!!!\n"));
 }
 
 } // namespace
