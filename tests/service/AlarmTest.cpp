@@ -18,7 +18,14 @@ constexpr const char* kFullVolume = "[amixer][set][-q][Master][100%,100%]";
 constexpr const char* kPlay = "[aplay][-q][alarm.wav]";
 
 /// A board whose sound tools tell how they are called.
-class Alarm : public SpeakerTest {};
+class Alarm : public SpeakerTest {
+  protected:
+    void ExpectCalls(const Texts& calls) const {
+        for (const std::string& call : calls) {
+            EXPECT_EQ(tools.NextCall(), call);
+        }
+    }
+};
 
 TEST_F(Alarm, WithoutASpeakerIsRefusedAndTouchesNothing) {
     EXPECT_FALSE(SoundAlarm(nullptr));
@@ -32,8 +39,7 @@ TEST_F(Alarm, WithoutASpeakerIsRefusedAndTouchesNothing) {
 TEST_F(Alarm, UnmutesTurnsUpAndPlaysWithoutWaitingForTheEnd) {
     Speaker speaker;
     EXPECT_TRUE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    ExpectCalls({kUnmute, kFullVolume});
     EXPECT_EQ(tools.NextCall(), kPlay); // and plays on until the test lets it finish
     EXPECT_EQ(Offspring::Children(), std::vector<pid_t>{speaker.Player()});
     EXPECT_EQ(console.Error(), "");
@@ -42,8 +48,7 @@ TEST_F(Alarm, UnmutesTurnsUpAndPlaysWithoutWaitingForTheEnd) {
 TEST_F(Alarm, RepeatsTheFileBackToBack) {
     Speaker speaker;
     EXPECT_TRUE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    ExpectCalls({kUnmute, kFullVolume});
     for (int repetition = 0; repetition < 3; ++repetition) {
         EXPECT_EQ(tools.NextCall(), kPlay);
         tools.FinishPlaying();
@@ -54,9 +59,7 @@ TEST_F(Alarm, DoesNotMindWhatTheMixerSays) {
     tools.FailMixer(1);
     Speaker speaker;
     EXPECT_TRUE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
-    EXPECT_EQ(tools.NextCall(), kPlay);
+    ExpectCalls({kUnmute, kFullVolume, kPlay});
 }
 
 TEST_F(Alarm, PlaysThoughNoShellCouldBeRunForTheMixer) {
@@ -71,8 +74,7 @@ TEST_F(Alarm, FailsWhenThePlayerCannotBeStarted) {
     board.Fail("fork", "", EAGAIN);
     Speaker speaker;
     EXPECT_FALSE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    ExpectCalls({kUnmute, kFullVolume});
     EXPECT_EQ(console.Output(), "");
     EXPECT_EQ(console.Error(), "Speaker: error in play fork\n");
 }
@@ -80,12 +82,9 @@ TEST_F(Alarm, FailsWhenThePlayerCannotBeStarted) {
 TEST_F(Alarm, ThatSoundsIsNotStartedAgain) {
     Speaker speaker;
     EXPECT_TRUE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
-    EXPECT_EQ(tools.NextCall(), kPlay);
+    ExpectCalls({kUnmute, kFullVolume, kPlay});
     EXPECT_FALSE(SoundAlarm(&speaker));
-    EXPECT_EQ(tools.NextCall(), kUnmute);
-    EXPECT_EQ(tools.NextCall(), kFullVolume);
+    ExpectCalls({kUnmute, kFullVolume});
     EXPECT_EQ(console.Error(), "Speaker: already in play\n");
     EXPECT_EQ(board.Calls("fork"), 1U);
 }

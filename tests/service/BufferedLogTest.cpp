@@ -110,11 +110,11 @@ TEST_F(BufferedLog, LooksAtTheLengthBeforeTheCard) {
 
 TEST_F(BufferedLog, RefusesMessagesWhileTheCardIsNotMounted) {
     Write(1, kBatch - 1);
-    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+    UnmountByHand(board);
     EXPECT_FALSE(BufferedLogWrite(Message(kBatch)));
     EXPECT_EQ(BufferedLogPending(), kBatch - 1);
     EXPECT_EQ(board.Calls("mount"), 0U); // does not mount it
-    board.Card().MountAtStart();
+    MountByHand(board);
     Write(kBatch, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_EQ(Log(), Messages(1, kBatch));
@@ -136,7 +136,7 @@ TEST_F(BufferedLog, LosesTheMessagesOfACardThatIsPulledAtThe240th) {
     board.InsertCard();
     EXPECT_EQ(Log(), "");
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
-    ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat"), 0);
+    MountByHand(board);
     Write(kBatch + 1, 2 * kBatch);
     EXPECT_EQ(Log(), Messages(kBatch + 1, 2 * kBatch));
 }

@@ -48,22 +48,19 @@ TEST(ServiceReadAdc, PrintsTheVoltageOrSaysWhyNot) {
     const std::string inputs = "[adc]\nscale = \"0.805664062\"\n"
                                "[[adc.input]]\nnumber = 0\nvolts = 1.6113\n"
                                "[[adc.input]]\nnumber = 11\nvolts = -0.25\n";
+    const std::string converter = "/sys/bus/iio/devices/iio:device0/";
+    const auto without = [&](const std::string& attribute) {
+        return SimulatedTranscript({"read-adc", "6"},
+                                   "[board]\nmissing = [\"" + converter + attribute + "\"]\n");
+    };
     EXPECT_TRUE(MatchesGoldenFile(
         SimulatedTranscript({"read-adc", "0"}, inputs) +
             SimulatedTranscript({"read-adc", "11"}, inputs) +
-            SimulatedTranscript({"read-adc", "6"}, inputs) + "\nNo converter:\n" +
-            SimulatedTranscript({"read-adc", "6"},
-                                "[board]\nmissing = [\"/sys/bus/iio/devices/iio:device0/\"]\n") +
-            "\nNo counts, no scale:\n" +
-            SimulatedTranscript(
-                {"read-adc", "6"},
-                "[board]\nmissing = [\"/sys/bus/iio/devices/iio:device0/in_voltage6_raw\"]\n") +
-            SimulatedTranscript(
-                {"read-adc", "6"},
-                "[board]\nmissing = [\"/sys/bus/iio/devices/iio:device0/in_voltage_scale\"]\n") +
+            SimulatedTranscript({"read-adc", "6"}, inputs) + "\nNo converter:\n" + without("") +
+            "\nNo counts, no scale:\n" + without("in_voltage6_raw") + without("in_voltage_scale") +
             "\nRubbish for counts:\n" +
-            SimulatedTranscript({"read-adc", "6"}, "[attributes]\n\"/sys/bus/iio/devices/"
-                                                   "iio:device0/in_voltage6_raw\" = \"rubbish\"\n"),
+            SimulatedTranscript({"read-adc", "6"}, "[attributes]\n\"" + converter +
+                                                       "in_voltage6_raw\" = \"rubbish\"\n"),
         "service/golden/read-adc.txt"));
 }
 

@@ -4,8 +4,10 @@
 #include "storage/DataLog.h"
 #include "tests/support/InOrder.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
-#include <type_traits>
+#include <vector>
 
 namespace tavrelin {
 
@@ -40,27 +42,40 @@ inline std::string Mounting(const std::string& result) {
 }
 inline const Texts kMounted = {Mounting("ok")};
 
-/// A board as it should be but for one setting.
-template <typename Value>
-Scenario With(Value Scenario::*setting, const std::type_identity_t<Value>& value,
-              Scenario scenario = {}) {
-    scenario.*setting = value;
+inline Scenario WithMountedCard() {
+    Scenario scenario;
+    scenario.cardMounted = true;
     return scenario;
 }
-inline Scenario WithMountedCard() {
-    return With(&Scenario::cardMounted, true);
-}
 inline Scenario WithoutCard() {
-    return With(&Scenario::cardPresent, false);
+    Scenario scenario;
+    scenario.cardPresent = false;
+    return scenario;
 }
 inline Scenario WithoutMountPoint() {
-    return With(&Scenario::mountPointExists, false);
+    Scenario scenario;
+    scenario.mountPointExists = false;
+    return scenario;
 }
-inline Scenario WithMountTable(const Texts& lines) {
-    return With(&Scenario::mountTable, lines);
+inline Scenario WithMountTable(const Texts& lines, Scenario scenario = {}) {
+    scenario.mountTable = lines;
+    return scenario;
 }
-inline Scenario WithoutMountTable() {
-    return With(&Scenario::mountTableExists, false, WithMountedCard());
+inline Scenario WithFileSystems(const std::vector<sim::FileSystem>& systems) {
+    Scenario scenario;
+    scenario.fileSystems = systems;
+    return scenario;
+}
+
+inline bool IsMounted(SimulatedBoard& board) {
+    return board.Card().Mounted();
+}
+/// What somebody does at the board's console.
+inline void MountByHand(SimulatedBoard& board) {
+    ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat"), 0);
+}
+inline void UnmountByHand(SimulatedBoard& board) {
+    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
 }
 
 /// Pulls the card and lets the kernel notice.

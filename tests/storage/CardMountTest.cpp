@@ -51,7 +51,8 @@ TEST_P(Card, IsPresentWhileItsDirectoryIsInSysfs) {
 }
 
 TEST_P(Card, IsPresentWithoutItsPartition) {
-    const SimulatedBoard board(With(&Scenario::cardPartitioned, false));
+    SimulatedBoard board;
+    board.Card().partitioned = false;
     EXPECT_TRUE(GetParam().isPresent());
 }
 
@@ -69,11 +70,11 @@ TEST_P(Card, IsPresentUntilTheKernelNoticesThatItWasPulled) {
 TEST_P(Card, IsMountedAsLongAsTheTableListsIt) {
     SimulatedBoard board;
     EXPECT_FALSE(GetParam().isMounted());
-    board.Card().MountAtStart();
+    MountByHand(board);
     EXPECT_TRUE(GetParam().isMounted());
     PullCard(board);
     EXPECT_TRUE(GetParam().isMounted());
-    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+    UnmountByHand(board);
     EXPECT_FALSE(GetParam().isMounted());
 }
 
@@ -82,7 +83,7 @@ TEST_P(Card, IsMountedWithSynchronousWrites) {
     EXPECT_TRUE(GetParam().mount());
     EXPECT_EQ(board.Events(),
               InOrder({kCardThere, kNotListed, GetParam().looksAtMountPoint, kMounted}));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(IsMounted(board));
 }
 
 TEST_P(Card, IsNotMountedTwice) {
@@ -96,7 +97,7 @@ TEST_P(Card, ThatIsGoneIsNotMountedThoughItIsStillListed) {
     PullCard(board);
     EXPECT_FALSE(GetParam().mount());
     EXPECT_EQ(board.Events(), kCardGone);
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(IsMounted(board));
 }
 
 TEST_P(Card, ThatCannotBeMountedIsTriedAnewAtTheNextCall) {
@@ -123,7 +124,7 @@ TEST(CardOfTheLog, IsAskedAboutAtItsMountPointUnlessAPathIsGiven) {
     EXPECT_TRUE(DataLog::is_sd_card_mounted("/mnt/sd-card"));
     EXPECT_TRUE(DataLog::is_sd_card_mounted("/sys"));
     EXPECT_FALSE(DataLog::is_sd_card_mounted("/mnt/stick"));
-    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+    UnmountByHand(board);
     EXPECT_FALSE(DataLog::is_sd_card_mounted(""));
 }
 
@@ -165,7 +166,8 @@ TEST(CardOfTheLog, IsNotMountedOnAFile) {
 }
 
 TEST(CardOfTheLog, IsMountedAgainWhenTheMountTableIsMissing) {
-    const SimulatedBoard board(WithoutMountTable());
+    SimulatedBoard board(WithMountedCard());
+    board.TakeAway("/etc/mtab");
     EXPECT_FALSE(DataLog::is_sd_card_mounted());
     EXPECT_FALSE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Events().back(), Mounting("EBUSY"));
@@ -175,7 +177,7 @@ TEST(CardOfTheLog, IsUnmountedWhenItIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
     EXPECT_EQ(board.Events(), InOrder({kListed, kUnmounted}));
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(IsMounted(board));
     board.Forget();
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/sd-card"));
     EXPECT_EQ(board.Events(), kNotListed);
@@ -195,7 +197,7 @@ TEST(CardOfTheLog, HasAnyPathUnmountedIfItIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/stick"));
     EXPECT_EQ(board.Events(), InOrder({kListed, {"umount /mnt/stick EINVAL"}}));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(IsMounted(board));
 }
 
 TEST(CardOfTheApplication, GetsNoMountPoint) {
@@ -210,7 +212,7 @@ TEST(CardOfTheApplication, IsUnmountedOnlyWhenItIsNotListed) {
     EXPECT_EQ(board.Events(), kListed);
     board.TakeAway("/etc/mtab");
     EXPECT_TRUE(UnmountCard());
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(IsMounted(board));
     EXPECT_FALSE(UnmountCard());
     EXPECT_EQ(board.Events().back(), "umount /mnt/sd-card EINVAL");
 }

@@ -43,7 +43,7 @@ TEST(PulledCard, WhoseLogIsOpenStaysMountedAndTakesNothing) {
     card.log.close();
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
     EXPECT_TRUE(card.log.write("lost\n")); // closed, it is unmounted
-    EXPECT_FALSE(card.board.Card().Mounted());
+    EXPECT_FALSE(IsMounted(card.board));
 }
 
 TEST(PulledCard, ThatCannotBeUnmountedMakesTheWriteAnswerFalse) {
@@ -73,7 +73,7 @@ TEST(CardPutBackWhileMounted, LosesAllThatIsAppendedUntilSomebodyUnmountsIt) {
     }
     EXPECT_EQ(card.board.Calls("mount") + card.board.Calls("umount"), 0U);
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
-    ASSERT_EQ(card.board.Card().Unmount("/mnt/sd-card", false), 0); // the operator
+    UnmountByHand(card.board);
     LogRecord(card.log, "second\n");
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
@@ -124,7 +124,8 @@ TEST(Record, IsTakenFromAPulledCardAsLongAsTheKernelHasNotNoticed) {
 }
 
 TEST(FullCard, TakesNoNewLog) {
-    SimulatedBoard board(With(&Scenario::cardFreeBytes, 0, WithMountedCard()));
+    SimulatedBoard board(WithMountedCard());
+    board.Card().freeBytes = 0;
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_EQ(board.Events().back(), "open " + kLog + " ENOSPC");
@@ -162,7 +163,8 @@ TEST(ReadOnlyCard, TakesNeitherNewNorOldLog) {
 }
 
 TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
-    const SimulatedBoard board(With(&Scenario::cardWriteProtected, true));
+    SimulatedBoard board;
+    board.Card().writeProtected = true;
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_FALSE(log.write("lost\n"));

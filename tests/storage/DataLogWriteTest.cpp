@@ -124,7 +124,8 @@ TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
 }
 
 TEST(WritingARecord, FailsOnceTheCardCannotBeMounted) {
-    SimulatedBoard board(With(&Scenario::cardPartitioned, false));
+    SimulatedBoard board;
+    board.Card().partitioned = false;
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
     EXPECT_FALSE(log.write("lost\n"));
@@ -140,7 +141,7 @@ TEST(WritingARecord, FailsWhenTheLogCannotBeOpenedAfterMounting) {
     board.FailForever("open", kLog, EIO);
     DataLog log(kLog);
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(IsMounted(board));
 }
 
 // A file of the day's name that lies below the mount point hides the missing mount from open; the
@@ -150,9 +151,9 @@ TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
     std::ofstream(board.Kernel().MountPointFolder() + "/" + kFile) << "stray\n";
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(IsMounted(board));
     EXPECT_TRUE(log.write("swallowed\n"));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(IsMounted(board));
     EXPECT_TRUE(log.failed());
     log.close();
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "stray\n");

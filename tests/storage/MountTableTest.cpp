@@ -20,7 +20,7 @@ bool Listed(const std::string& path) {
 TEST(MountTable, ListsTheMountedCard) {
     SimulatedBoard board;
     EXPECT_FALSE(Listed(kMountPoint));
-    ASSERT_EQ(board.Card().Mount("/dev/mmcblk0p1", kMountPoint, "vfat"), 0);
+    MountByHand(board);
     EXPECT_TRUE(Listed(kMountPoint));
     EXPECT_EQ(board.Events(),
               (Texts{"setmntent /etc/mtab card not listed", "setmntent /etc/mtab card listed"}));
@@ -102,7 +102,8 @@ TEST(MountTable, ThatIsEmptyListsNothing) {
 }
 
 TEST(MountTable, ThatIsMissingListsNothing) {
-    const SimulatedBoard board(WithoutMountTable());
+    SimulatedBoard board(WithMountedCard());
+    board.TakeAway("/etc/mtab");
     EXPECT_FALSE(Listed(kMountPoint));
     EXPECT_EQ(board.Calls("endmntent"), 0U);
 }

@@ -44,10 +44,9 @@ TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
 }
 
 TEST(MountedByShell, CountsEveryLineThatNamesThePartition) {
-    const SimulatedBoard board(
-        With(&Scenario::mountTable,
-             {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0", "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"},
-             WithMountedCard()));
+    const SimulatedBoard board(WithMountTable(
+        {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0", "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"},
+        WithMountedCard()));
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());
     EXPECT_EQ(console.Output(), "2\n");

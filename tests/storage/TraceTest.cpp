@@ -5,54 +5,28 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 #include <vector>
 
 namespace tavrelin {
 namespace {
 
-struct TracePoint {
-    std::string module;
-    std::string operation;
-    int line = 0;
-};
+// What was traced: the operations, without the next of the same, and all line numbers.
+Texts operations;
+std::vector<int> lines;
 
-std::vector<TracePoint>& Traced() {
-    static std::vector<TracePoint> points;
-    return points;
-}
-
-/// The operations that were traced, each once in the order of their first points; a module of
-/// another name shows too.
-Texts Operations() {
-    Texts operations;
-    for (const TracePoint& point : Traced()) {
-        const std::string name =
-            (point.module == "DataLog" ? "" : point.module + ": ") + point.operation;
-        if (std::find(operations.begin(), operations.end(), name) == operations.end()) {
-            operations.push_back(name);
-        }
-    }
-    return operations;
-}
-
-std::vector<int> Lines() {
-    std::vector<int> lines;
-    for (const TracePoint& point : Traced()) {
-        EXPECT_GT(point.line, 0);
-        lines.push_back(point.line);
-    }
-    return lines;
+void Forget() {
+    operations.clear();
+    lines.clear();
 }
 
 void Open() {
-    Traced().clear();
+    Forget();
     DataLog(kLog).open();
 }
 
 void Mount() {
-    Traced().clear();
+    Forget();
     DataLog::mount_sd_card();
 }
 
@@ -60,7 +34,12 @@ void Mount() {
 
 // Takes the place of the shipped program's empty one.
 void Trace(const char* module, const char* operation, int line) {
-    Traced().push_back({module, operation, line});
+    const std::string name = std::string(module) + " " + operation;
+    if (operations.empty() || operations.back() != name) {
+        operations.push_back(name);
+    }
+    EXPECT_GT(line, 0);
+    lines.push_back(line);
 }
 
 namespace {
@@ -68,13 +47,13 @@ namespace {
 TEST(Trace, NamesTheOpeningOfALog) {
     SimulatedBoard board(WithMountedCard());
     Open();
-    EXPECT_EQ(Operations(), (Texts{"open"})); // of a new day
+    EXPECT_EQ(operations, Texts{"DataLog open"}); // of a new day
     Open();
-    EXPECT_EQ(Operations(), (Texts{"open"})); // of a day with records
+    EXPECT_EQ(operations, Texts{"DataLog open"}); // of a day with records
     PullCard(board);
-    ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+    UnmountByHand(board);
     Open();
-    EXPECT_EQ(Operations(), (Texts{"open"})); // without a card
+    EXPECT_EQ(operations, Texts{"DataLog open"}); // without a card
 }
 
 TEST(Trace, NamesTheMountingOfTheCard) {
@@ -82,14 +61,14 @@ TEST(Trace, NamesTheMountingOfTheCard) {
          {Scenario{}, WithMountedCard(), WithoutCard(), WithoutMountPoint()}) {
         const SimulatedBoard board(scenario);
         Mount();
-        EXPECT_EQ(Operations(), (Texts{"mount_sd_card"}));
+        EXPECT_EQ(operations, Texts{"DataLog mount_sd_card"});
     }
 }
 
 TEST(Trace, NamesTheMountingWithinTheOpening) {
     const SimulatedBoard board;
     Open();
-    EXPECT_EQ(Operations(), (Texts{"open", "mount_sd_card"}));
+    EXPECT_EQ(operations, (Texts{"DataLog open", "DataLog mount_sd_card"}));
 }
 
 TEST(Trace, TellsEachWayThroughTheMountingByItsLines) {
@@ -98,7 +77,7 @@ TEST(Trace, TellsEachWayThroughTheMountingByItsLines) {
          {Scenario{}, WithMountedCard(), WithoutCard(), WithoutMountPoint()}) {
         const SimulatedBoard board(scenario);
         Mount();
-        ways.insert(Lines());
+        ways.insert(lines);
     }
     EXPECT_EQ(ways.size(), 4U);
 }
@@ -107,13 +86,13 @@ TEST(Trace, TellsEachWayThroughTheOpeningByItsLines) {
     std::set<std::vector<int>> ways;
     const auto note = [&] {
         Open();
-        ways.insert(Lines());
+        ways.insert(lines);
     };
     {
         SimulatedBoard board; // mounts, is of a new day; then of a day with records
         note();
         note();
-        ASSERT_EQ(board.Card().Unmount("/mnt/sd-card", false), 0);
+        UnmountByHand(board);
         board.Card().fat = false; // cannot be mounted
         note();
     }
@@ -134,7 +113,7 @@ TEST(Trace, SaysNothingOfOtherOperations) {
     SimulatedBoard board(WithMountedCard());
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
-    Traced().clear();
+    Forget();
     EXPECT_TRUE(log.write("record\n"));
     log.close();
     EXPECT_TRUE(DataLog::is_sd_card_present());
@@ -144,7 +123,7 @@ TEST(Trace, SaysNothingOfOtherOperations) {
     PullCard(board);
     EXPECT_TRUE(log.write("record\n"));
     EXPECT_FALSE(MountCard());
-    EXPECT_EQ(Operations(), Texts{});
+    EXPECT_EQ(operations, Texts{});
 }
 
 } // namespace

@@ -14,8 +14,6 @@ class TimeZone {
     explicit TimeZone(const char* zone = "UTC") { Set(zone); }
     TimeZone(const TimeZone&) = delete;
     TimeZone& operator=(const TimeZone&) = delete;
-    TimeZone(TimeZone&&) = delete;
-    TimeZone& operator=(TimeZone&&) = delete;
     ~TimeZone() { Set("UTC"); }
 
   private:

@@ -20,8 +20,6 @@ class Redirections {
     Redirections() { ::posix_spawn_file_actions_init(&actions_); }
     Redirections(const Redirections&) = delete;
     Redirections& operator=(const Redirections&) = delete;
-    Redirections(Redirections&&) = delete;
-    Redirections& operator=(Redirections&&) = delete;
     ~Redirections() { ::posix_spawn_file_actions_destroy(&actions_); }
 
     void Add(int descriptor, const std::string& path, int flags) {

@@ -22,8 +22,6 @@ class BusyProcess {
     BusyProcess();
     BusyProcess(const BusyProcess&) = delete;
     BusyProcess& operator=(const BusyProcess&) = delete;
-    BusyProcess(BusyProcess&&) = delete;
-    BusyProcess& operator=(BusyProcess&&) = delete;
     ~BusyProcess();
 
     [[nodiscard]] bool IsRunning() const;
@@ -38,8 +36,6 @@ class OneCore {
     OneCore();
     OneCore(const OneCore&) = delete;
     OneCore& operator=(const OneCore&) = delete;
-    OneCore(OneCore&&) = delete;
-    OneCore& operator=(OneCore&&) = delete;
     ~OneCore();
 
   private:

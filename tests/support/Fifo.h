@@ -12,8 +12,6 @@ class Fifo {
     explicit Fifo(std::string path);
     Fifo(const Fifo&) = delete;
     Fifo& operator=(const Fifo&) = delete;
-    Fifo(Fifo&&) = delete;
-    Fifo& operator=(Fifo&&) = delete;
     ~Fifo();
 
     [[nodiscard]] const std::string& Path() const { return path_; }

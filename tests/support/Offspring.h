@@ -13,8 +13,6 @@ class Offspring {
     Offspring();
     Offspring(const Offspring&) = delete;
     Offspring& operator=(const Offspring&) = delete;
-    Offspring(Offspring&&) = delete;
-    Offspring& operator=(Offspring&&) = delete;
     /// Ends all that is left.
     ~Offspring() { End(); }
 

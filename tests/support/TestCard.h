@@ -17,8 +17,6 @@ class TestCard {
     TestCard();
     TestCard(const TestCard&) = delete;
     TestCard& operator=(const TestCard&) = delete;
-    TestCard(TestCard&&) = delete;
-    TestCard& operator=(TestCard&&) = delete;
     ~TestCard();
 
     /// The mixer's controls, as plugins/MixerState.h has them.

@@ -12,8 +12,6 @@ class Environment {
     Environment(std::string name, const std::string& value);
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
-    Environment(Environment&&) = delete;
-    Environment& operator=(Environment&&) = delete;
     ~Environment();
 
   private:
@@ -27,8 +25,6 @@ class TestFolder {
     TestFolder();
     TestFolder(const TestFolder&) = delete;
     TestFolder& operator=(const TestFolder&) = delete;
-    TestFolder(TestFolder&&) = delete;
-    TestFolder& operator=(TestFolder&&) = delete;
     ~TestFolder();
 
     [[nodiscard]] std::string Path(const std::string& name) const { return path_ + "/" + name; }
