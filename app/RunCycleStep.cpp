@@ -22,28 +22,22 @@ namespace {
 
 using StepSuccess = std::array<bool, kStepResults>;
 
-// The wall clock around a step, kept for whoever looks at a running instrument with a debugger.
-struct StepTimes {
-    timespec begin{};
-    timespec end{};
-};
-
-void AnnounceStep(const StateTable& table) {
-    ReportStatus(lastChlorineConcentration, table.Description());
-    PrintLineAndFlush("main.cpp, 889: " + std::to_string(table.Step()) + ", " +
-                      (table.ValveStatus() ? "1" : "0"));
+void AnnounceStep(const MeasurementState& step) {
+    ReportStatus(lastChlorineConcentration, step.Description);
+    // Flushed by itself: without a valve worker nothing else would be for the rest of the step.
+    PrintLineAndFlush("main.cpp, 889: " + std::to_string(step.Step) + ", " +
+                      (step.ValveStatus ? "1" : "0"));
 }
 
-StepSuccess ExecuteStep(const StateTable& table, MeasurementCycle& cycle) {
+// What doStepRequest answers is not looked at: it stands for one join only, the flags for all.
+StepSuccess ExecuteStep(const MeasurementState& step, MeasurementCycle& cycle) {
     StepSuccess success{};
-    doStepRequest(cycle, table.MotorAngle(), table.MotorSpeed(), table.FindStartPosition(),
-                  table.Duration(), table.LEDStatus(), table.StirringStatus(), table.SRVDStatus(),
-                  table.ADCMonitorStatus(), table.ValveStatus(), table.Description(),
-                  success.data(), kStepResults);
+    doStepRequest(cycle, step, success.data(), kStepResults);
     return success;
 }
 
-// Status 0 is meant: a supervisor tells failure from success by the console only.
+// Status 0 is meant: a supervisor tells failure from success by the console only. The devices stay
+// as the step left them.
 void StopOnHardwareFailure(const StepSuccess& success) {
     for (std::size_t index = 0; index < success.size(); ++index) {
         if (!success[index]) {
@@ -66,14 +60,14 @@ MeasurementResult ComputeResult(const MeasurementCycle& cycle) {
 }
 
 // Without a card the record is lost, the measurement is not: the log's answers are not looked at.
-void FinishMeasurement(const StateTable& table, const MeasurementCycle& cycle) {
+void FinishMeasurement(const MeasurementState& lastStep, const MeasurementCycle& cycle) {
     const MeasurementResult result = ComputeResult(cycle);
     lastChlorineConcentration = result.chlorine;
     DataLog log(DayLogPath(DateText()));
-    log.open();
+    log.open(); // first: mounting takes time, and the record's time is that of its writing
     log.write(ResultRecord(result));
     log.close();
-    ReportStatus(lastChlorineConcentration, table.Description());
+    ReportStatus(lastChlorineConcentration, lastStep.Description);
 }
 
 } // namespace
@@ -82,13 +76,17 @@ void RunCycleStep(StateTable* table, MeasurementCycle* cycle) {
     if (table == nullptr || cycle == nullptr) {
         return;
     }
-    StepTimes times;
-    ::clock_gettime(CLOCK_REALTIME, &times.begin);
-    AnnounceStep(*table);
-    StopOnHardwareFailure(ExecuteStep(*table, *cycle));
-    ::clock_gettime(CLOCK_REALTIME, &times.end);
-    if (table->Step() == table->Count()) {
-        FinishMeasurement(*table, *cycle);
+    // Taken around every step; nothing reads them.
+    timespec begin{};
+    timespec end{};
+    ::clock_gettime(CLOCK_REALTIME, &begin);
+    const MeasurementState& step = table->Current();
+    AnnounceStep(step);
+    StopOnHardwareFailure(ExecuteStep(step, *cycle));
+    ::clock_gettime(CLOCK_REALTIME, &end);
+    // The number that the row carries decides, not its place.
+    if (step.Step == table->Count()) {
+        FinishMeasurement(step, *cycle);
     }
     table->Next();
 }

@@ -10,6 +10,7 @@ namespace tavrelin {
 
 void ReportStatus(float value, const std::string& message) {
     std::string line = "TAVRELIN,";
+    // The version ends in a newline, which breaks every status line there: consumers expect it.
     line += TimestampText() + ",";
     line += FixedText(static_cast<double>(value)) + ",";
     line += IsCardMounted() ? "1," : "0,";

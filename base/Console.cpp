@@ -6,7 +6,7 @@
 namespace tavrelin {
 
 void PrintLine(std::string text) {
-    text += '\n';
+    text += '\n'; // not a second insertion: another thread's line could come between
     std::cout << text;
 }
 

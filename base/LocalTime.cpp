@@ -7,6 +7,7 @@ namespace tavrelin {
 std::tm LocalNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
+    ::tzset(); // localtime_r alone looks at the zone once in a process that runs for days
     ::localtime_r(&now, &local);
     return local;
 }

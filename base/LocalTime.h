@@ -5,7 +5,8 @@
 
 namespace tavrelin {
 
-/// The wall clock, broken down in local time.
+/// The wall clock, broken down in local time by the zone of this moment: that of the environment's
+/// TZ or, without it, of /etc/localtime. Another zone there shows in the next answer.
 std::tm LocalNow();
 
 /// Date of the log's name and of its lines: 2026-03-07.

@@ -11,7 +11,7 @@ namespace {
 
 std::string Spell(double number, std::chars_format format, int precision) {
     if (std::isnan(number)) {
-        return "nan";
+        return "nan"; // to_chars shows a sign that processors set differently
     }
     // The largest double has 309 digits before the point.
     std::array<char, 320> text{};
@@ -19,6 +19,7 @@ std::string Spell(double number, std::chars_format format, int precision) {
     return {begin, std::to_chars(begin, begin + text.size(), number, format, precision).ptr};
 }
 
+// Longer texts are never cut: a wrong width is better than a wrong number.
 std::string Padded(std::string text, std::size_t width, char filling) {
     if (text.size() < width) {
         text.insert(0, width - text.size(), filling);

@@ -11,6 +11,7 @@ namespace tavrelin {
 
 namespace {
 
+// A device that there is no memory for is a null one, not an exception.
 template <typename Device, typename... Arguments>
 std::unique_ptr<Device> CreateOrNull(Arguments&&... arguments) {
     return std::unique_ptr<Device>(new (std::nothrow)
@@ -33,6 +34,7 @@ bool MeasurementCycle::Prime() {
         PrintCycleLine(162, "NULL Pointer ERROR!");
         return false;
     }
+    // The pump turns whatever the valve answers: its failure is told, not acted on.
     PrintCycleSuccess(150, valve_->Init());
     PrintCycleSuccess(152, valve_->ValveOn(wiring::kValveOpenDuty));
     const bool moved =
@@ -63,6 +65,7 @@ void MeasurementCycle::CreateDevices() {
     }
 }
 
+// A line that cannot be had shows when its device is used; the drivers have told by then.
 void MeasurementCycle::SetupLines() {
     using namespace wiring;
     stirrer_->SetupEnablePin(kStirrerEnable.bank, kStirrerEnable.bit);

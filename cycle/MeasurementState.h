@@ -17,7 +17,7 @@ struct MeasurementState {
     float MotorAngle = 0.0F;        ///< pump target, degrees
     std::uint32_t MotorSpeed = 0;   ///< pump, degrees per second; 0 leaves it at rest
     bool ValveStatus = false;       ///< sample valve open
-    std::string Description;        ///< name of the step, on the console and in the log
+    std::string Description{};      ///< name of the step, on the console and in the log
 };
 
 /// The steps whose samples become the readings of a measurement are known by these names.

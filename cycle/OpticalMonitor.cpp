@@ -12,17 +12,18 @@ namespace tavrelin {
 
 namespace {
 
-constexpr float kMargin = 100.0F; // ms
+// ms; a reading takes 250, so that a step of 1000 ends with its fourth.
+constexpr float kMargin = 100.0F;
 
 float MillisecondsSince(const timespec& start) {
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    const double seconds = static_cast<double>(now.tv_sec - start.tv_sec) * 1000.0;
-    const double nanoseconds = static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e6;
-    return static_cast<float>(seconds + nanoseconds);
+    const double ofSeconds = static_cast<double>(now.tv_sec - start.tv_sec) * 1000.0;
+    const double ofNanoseconds = static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e6;
+    return static_cast<float>(ofSeconds + ofNanoseconds);
 }
 
-// Minutes and seconds go without padding, as in every log so far: 9:05:03 reads 09:5:3.
+// Minutes and seconds go without padding, on purpose: 9:05:03 reads 09:5:3.
 std::string SampleLine(const std::tm& local, float reading, const std::string& description) {
     return DateText(local) + " " + ZeroPaddedText(local.tm_hour, 2) + ":" +
            std::to_string(local.tm_min) + ":" + std::to_string(local.tm_sec) + "," +
@@ -51,13 +52,15 @@ bool MonitorOptics(const StepRequest* request) {
     timespec start{};
     ::clock_gettime(CLOCK_REALTIME, &start);
     std::vector<std::string> pending;
+    // Without a log the readings go on, and so does the step: none is thrown away.
     for (bool logged = false; !logged;) {
         const float reading = doADCConversion(request->externalAdc);
         request->samples->push_back(reading);
         const std::tm local = LocalNow();
-        pending.push_back(SampleLine(local, reading, request->Description));
+        pending.push_back(SampleLine(local, reading, request->state.Description));
         const bool stepIsOver =
-            static_cast<float>(request->Duration) < MillisecondsSince(start) + kMargin;
+            static_cast<float>(request->state.Duration) < MillisecondsSince(start) + kMargin;
+        // The date of the reading's own line, also when midnight passes before the log is opened.
         logged = stepIsOver && AppendToLog(DateText(local), pending);
     }
     return true;

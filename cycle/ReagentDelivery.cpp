@@ -23,7 +23,7 @@ void MarkStage(int line) {
 
 bool SearchStart(const StepRequest& request) {
     MarkStage(1008);
-    const bool found = doFindStartPosition(request.reagentPump, request.MotorSpeed);
+    const bool found = doFindStartPosition(request.reagentPump, request.state.MotorSpeed);
     if (found) {
         lastPumpAngle = 0.0F;
     }
@@ -34,9 +34,9 @@ bool SearchStart(const StepRequest& request) {
 // The pump only turns forward: a smaller target means the next turn.
 bool TurnToAngle(const StepRequest& request, std::uint32_t moveTime) {
     const float previous = lastPumpAngle;
-    const float nextTurn = previous > request.MotorAngle ? kFullTurn : 0.0F;
-    const float target = request.MotorAngle + nextTurn;
-    lastPumpAngle = request.MotorAngle;
+    const float nextTurn = previous > request.state.MotorAngle ? kFullTurn : 0.0F;
+    const float target = request.state.MotorAngle + nextTurn;
+    lastPumpAngle = request.state.MotorAngle;
     const bool moved =
         request.reagentPump->MoveAngle(target - previous, wiring::kPumpDuty, moveTime, false);
     MarkStage(1053);
@@ -46,11 +46,13 @@ bool TurnToAngle(const StepRequest& request, std::uint32_t moveTime) {
 bool MovePump(const StepRequest& request) {
     MarkStage(995);
     const std::uint32_t moveTime =
-        MoveTime(request.MotorAngle, request.Duration, request.MotorSpeed);
+        MoveTime(request.state.MotorAngle, request.state.Duration, request.state.MotorSpeed);
+    // All ones is a time that could not be computed. A search has no use for the time, but does not
+    // begin without one.
     if (moveTime == std::numeric_limits<std::uint32_t>::max() || moveTime == 0) {
         return false;
     }
-    return request.FindStartPosition ? SearchStart(request) : TurnToAngle(request, moveTime);
+    return request.state.FindStartPosition ? SearchStart(request) : TurnToAngle(request, moveTime);
 }
 
 } // namespace
@@ -70,7 +72,7 @@ std::uint32_t MoveTime(float angle, std::uint32_t limit, std::uint32_t speed) {
 bool DeliverReagent(const StepRequest* request) {
     MarkStage(986);
     const bool canMove =
-        request != nullptr && request->MotorSpeed != 0 && request->reagentPump != nullptr;
+        request != nullptr && request->state.MotorSpeed != 0 && request->reagentPump != nullptr;
     const bool moved = canMove && MovePump(*request);
     MarkStage(1059);
     return moved;

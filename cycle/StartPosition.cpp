@@ -31,9 +31,9 @@ std::int32_t RevolutionLimit(std::uint32_t speed) {
 }
 
 std::int32_t MillisecondsBetween(const timespec& start, const timespec& now) {
-    const auto seconds = static_cast<float>((now.tv_sec - start.tv_sec) * 1000);
-    const double nanoseconds = static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e6;
-    return SaturatingCast<std::int32_t>(static_cast<double>(seconds) + nanoseconds);
+    const auto ofSeconds = static_cast<float>((now.tv_sec - start.tv_sec) * 1000);
+    const double ofNanoseconds = static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e6;
+    return SaturatingCast<std::int32_t>(static_cast<double>(ofSeconds) + ofNanoseconds);
 }
 
 // Measures from its first reading on.
@@ -85,12 +85,14 @@ bool ReachFlag(HomeSensor& sensor) {
     return seenOffFlag;
 }
 
+// Without limit: a sensor that stays low, or that cannot be read, holds the search here for good.
 void WaitUntilSteadilyHigh(HomeSensor& sensor) {
     for (int reads = 0; reads < kSteadyReads;) {
         reads = sensor.IsLevelHigh() ? reads + 1 : 0;
     }
 }
 
+// A clock that fails takes the limit away for as long as it does.
 bool LeaveFlag(HomeSensor& sensor, std::int32_t limit) {
     SearchTimer timer;
     while (sensor.IsStopPosition()) {
@@ -113,8 +115,9 @@ bool doFindStartPosition(StepperDriverMotor* pump, std::uint32_t speed) {
     pump->Start(wiring::kPumpDuty, SearchFrequency(speed), wiring::kPumpMovingCurrent);
     Trace("MeasurementCycle.cpp", "doFindStartPosition", 231);
     const bool passed = ReachFlag(sensor) && LeaveFlag(sensor, RevolutionLimit(speed));
-    pump->Stop();
+    pump->Stop(); // whatever came of it: pulses that nobody stops turn the pump for good
     pump->Brake();
+    // Once more at rest: the flag may have swung back into the sensor.
     return passed && sensor.IsLevelHigh();
 }
 

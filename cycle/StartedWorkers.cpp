@@ -36,7 +36,7 @@ std::optional<StartedWorkers::JoinResult> StartedWorkers::Join(StepWorker worker
     }
     void* exitValue = nullptr;
     const bool joined = pthread_join(*thread, &exitValue) == 0;
-    thread.reset();
+    thread.reset(); // also after a failed join: a second one would be worse than a lost thread
     return JoinResult{.joined = joined, .ran = exitValue != nullptr};
 }
 

@@ -1,72 +1,38 @@
 #include "cycle/StateTable.h"
 
-#include <array>
-
 namespace tavrelin {
 
 namespace {
 
-// A row as it is read against the instrument's method sheet.
-struct Row {
-    const char* description;
-    std::uint32_t duration;
-    bool led, stirring, srvd, adc, findStart;
-    float angle;
-    std::uint32_t speed;
-    bool valve;
-};
-
 constexpr bool o = false;
 constexpr bool X = true;
+
+} // namespace
 
 // The texts stand as the instrument has always written them. That step 3 has its LED on in spite of
 // its name, and that only step 17 samples nothing, is meant.
 // clang-format off
-constexpr std::array<Row, 17> kMeasurement = {{
-//                                           ms  LED stir SRVD ADC find  angle speed valve
-    {"Verify Flag (Home Poisition)",       1000,  o,   o,   o,  X,  o,   0.0F,   0,  o},
-    {kDarkCountStep,                       1000,  o,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Verify Flag (No Light)",             1000,  X,   X,   o,  X,  o,   0.0F,   0,  X},
-    {"Sample Flush & Delivery Verify Flow",1000,  X,   o,   X,  X,  o,   0.0F,   0,  X},
-    {"Sample Flush & Delivery",            1000,  X,   X,   X,  X,  o,   0.0F,   0,  X},
-    {"Sample Settling Time",               1000,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {kReferenceStep,                       1000,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Optional Mitigation",                   0,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Reference SRDV Measurement",            0,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Pre-mix Stirring",                   1000,  X,   X,   X,  X,  o,   0.0F,   0,  o},
-    {"Reagent Addition",                   1000,  X,   o,   X,  X,  X, 360.0F, 200,  o},
-    {"Verify Flag Sensor (light)",         1000,  X,   o,   X,  X,  o,   0.0F,   0,  o},
-    {"Mixing",                             1000,  X,   X,   X,  X,  o,   0.0F,   0,  o},
-    {"Color Development (debubbling)",     1000,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {kReactedSampleStep,                   1000,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Sample SRDV Measurement",               0,  X,   o,   o,  X,  o,   0.0F,   0,  o},
-    {"Sanity Check",                          0,  o,   o,   o,  o,  o,   0.0F,   0,  o},
-}};
+StateTable::StateTable() : rows_{
+//  step  ms LED stir SRVD ADC find   angle speed valve
+    { 1, 1000, o,    o,    o,   X,    o,   0.0F,     0,     o, "Verify Flag (Home Poisition)"},
+    { 2, 1000, o,    o,    o,   X,    o,   0.0F,     0,     o, kDarkCountStep},
+    { 3, 1000, X,    X,    o,   X,    o,   0.0F,     0,     X, "Verify Flag (No Light)"},
+    { 4, 1000, X,    o,    X,   X,    o,   0.0F,     0,     X, "Sample Flush & Delivery Verify Flow"},
+    { 5, 1000, X,    X,    X,   X,    o,   0.0F,     0,     X, "Sample Flush & Delivery"},
+    { 6, 1000, X,    o,    o,   X,    o,   0.0F,     0,     o, "Sample Settling Time"},
+    { 7, 1000, X,    o,    o,   X,    o,   0.0F,     0,     o, kReferenceStep},
+    { 8,    0, X,    o,    o,   X,    o,   0.0F,     0,     o, "Optional Mitigation"},
+    { 9,    0, X,    o,    o,   X,    o,   0.0F,     0,     o, "Reference SRDV Measurement"},
+    {10, 1000, X,    X,    X,   X,    o,   0.0F,     0,     o, "Pre-mix Stirring"},
+    {11, 1000, X,    o,    X,   X,    X, 360.0F,   200,     o, "Reagent Addition"},
+    {12, 1000, X,    o,    X,   X,    o,   0.0F,     0,     o, "Verify Flag Sensor (light)"},
+    {13, 1000, X,    X,    X,   X,    o,   0.0F,     0,     o, "Mixing"},
+    {14, 1000, X,    o,    o,   X,    o,   0.0F,     0,     o, "Color Development (debubbling)"},
+    {15, 1000, X,    o,    o,   X,    o,   0.0F,     0,     o, kReactedSampleStep},
+    {16,    0, X,    o,    o,   X,    o,   0.0F,     0,     o, "Sample SRDV Measurement"},
+    {17,    0, o,    o,    o,   o,    o,   0.0F,     0,     o, "Sanity Check"},
+} {}
 // clang-format on
-
-MeasurementState StateOf(const Row& row, std::uint8_t step) {
-    return {.Step = step,
-            .Duration = row.duration,
-            .LEDStatus = row.led,
-            .StirringStatus = row.stirring,
-            .SRVDStatus = row.srvd,
-            .ADCMonitorStatus = row.adc,
-            .FindStartPosition = row.findStart,
-            .MotorAngle = row.angle,
-            .MotorSpeed = row.speed,
-            .ValveStatus = row.valve,
-            .Description = row.description};
-}
-
-} // namespace
-
-StateTable::StateTable() {
-    rows_.reserve(kMeasurement.size());
-    std::uint8_t step = 0;
-    for (const Row& row : kMeasurement) {
-        rows_.push_back(StateOf(row, ++step));
-    }
-}
 
 void StateTable::Next() {
     ++current_;

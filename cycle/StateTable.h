@@ -10,7 +10,7 @@
 namespace tavrelin {
 
 /// The 17 steps of a measurement in the order in which they run, with a cursor on the current one.
-/// The accessors answer for the current step, in the units of MeasurementState.
+/// An accessor for each field answers for the current step.
 class StateTable {
   public:
     /// A fresh table, its cursor on the first step.
@@ -23,6 +23,9 @@ class StateTable {
 
     /// Moves to the next step, after the last one to the first.
     void Next();
+
+    /// The current step; valid until the table goes, whatever the cursor does.
+    [[nodiscard]] const MeasurementState& Current() const { return rows_[current_]; }
 
     [[nodiscard]] std::uint8_t Step() const { return Current().Step; }
     [[nodiscard]] std::uint32_t Duration() const { return Current().Duration; }
@@ -37,8 +40,6 @@ class StateTable {
     [[nodiscard]] std::string Description() const { return Current().Description; }
 
   private:
-    [[nodiscard]] const MeasurementState& Current() const { return rows_[current_]; }
-
     std::vector<MeasurementState> rows_;
     std::size_t current_ = 0;
 };

@@ -3,7 +3,6 @@
 #include "base/Trace.h"
 #include "cycle/CycleConsole.h"
 #include "cycle/MeasurementCycle.h"
-#include "cycle/MeasurementState.h"
 #include "cycle/StartedWorkers.h"
 #include "cycle/StepRequest.h"
 #include "cycle/StepWorkers.h"
@@ -15,7 +14,7 @@ namespace tavrelin {
 namespace {
 
 // The caller's flags. The lengths that the setters ask for are the instrument's own and do not
-// follow from the slots: only an array of all six is ever passed.
+// follow from the slots; the header has them in one list.
 class StepFlags {
   public:
     StepFlags(bool* flags, std::uint32_t count) : flags_(flags), count_(count) {}
@@ -58,13 +57,15 @@ class StepExecution {
 
   private:
     void StartReagentDelivery() {
-        if (request_.MotorSpeed != 0) {
+        if (request_.state.MotorSpeed != 0) {
             workers_.Start(StepWorker::ReagentDelivery, doReagentDeliveryThread, request_);
         } else if (flags_.Given()) {
             flags_.Set(kReagentSlot, true);
         }
     }
 
+    // What the valve's start gives, the stirring's replaces: monitoring looks at the last of the
+    // two.
     void StartValve() {
         ok_ = workers_.Start(StepWorker::Valve, doValveThread, request_);
         if (ok_) {
@@ -73,15 +74,16 @@ class StepExecution {
     }
 
     void StartStirring() {
-        if (request_.StirringStatus) {
+        if (request_.state.StirringStatus) {
             ok_ = workers_.Start(StepWorker::Stirring, doStirringThread, request_);
         } else if (flags_.Given()) {
             flags_.Set(kStirringSlot, true);
         }
     }
 
+    // Refused for want of ok_ counts as not needed, a thread that did not start as failed.
     void StartMonitoring() {
-        if (request_.ADCMonitorStatus && ok_) {
+        if (request_.state.ADCMonitorStatus && ok_) {
             ok_ = workers_.Start(StepWorker::Monitoring, doADCMonitorThread, request_);
         } else if (flags_.LongerThan(2)) {
             flags_.Set(kMonitoringSlot, true);
@@ -106,6 +108,7 @@ class StepExecution {
         }
     }
 
+    // Leaves ok_ as it is: whether the monitoring was joined is told by its flag alone.
     void JoinMonitoring(MeasurementCycle& cycle) {
         if (const auto end = workers_.Join(StepWorker::Monitoring)) {
             if (flags_.LongerThan(2)) {
@@ -117,6 +120,7 @@ class StepExecution {
 
     void JoinLed() {
         if (const auto end = workers_.Join(StepWorker::Led)) {
+            // Without a flag to tell it by, the step fails here.
             ok_ = flags_.LongerThan(2) && end->joined;
             if (flags_.LongerThan(2)) {
                 flags_.Set(kLedSlot, end->ran);
@@ -144,11 +148,11 @@ class StepExecution {
 
     void StoreAverage(MeasurementCycle& cycle) const {
         const float average = Average();
-        if (request_.Description == kDarkCountStep) {
+        if (request_.state.Description == kDarkCountStep) {
             cycle.SetDarkCount(average);
-        } else if (request_.Description == kReferenceStep) {
+        } else if (request_.state.Description == kReferenceStep) {
             cycle.SetReference(average);
-        } else if (request_.Description == kReactedSampleStep) {
+        } else if (request_.state.Description == kReactedSampleStep) {
             cycle.SetReactedSample(average);
         }
     }
@@ -161,21 +165,10 @@ class StepExecution {
 
 } // namespace
 
-bool doStepRequest(MeasurementCycle& cycle, float motorAngle, std::uint32_t motorSpeed,
-                   bool findStartPosition, std::uint32_t duration, bool ledStatus,
-                   bool stirringStatus, bool srvdStatus, bool adcMonitorStatus, bool valveStatus,
-                   std::string description, bool* results, std::uint32_t resultCount) {
+bool doStepRequest(MeasurementCycle& cycle, const MeasurementState& state, bool* results,
+                   std::uint32_t resultCount) {
     std::vector<float> samples;
-    StepRequest request = {.MotorAngle = motorAngle,
-                           .MotorSpeed = motorSpeed,
-                           .FindStartPosition = findStartPosition,
-                           .Duration = duration,
-                           .LEDStatus = ledStatus,
-                           .StirringStatus = stirringStatus,
-                           .SRVDStatus = srvdStatus,
-                           .ADCMonitorStatus = adcMonitorStatus,
-                           .ValveStatus = valveStatus,
-                           .Description = std::move(description),
+    StepRequest request = {.state = state,
                            .samples = &samples,
                            .stirrer = cycle.Stirrer(),
                            .reagentPump = cycle.ReagentPump(),
@@ -185,6 +178,24 @@ bool doStepRequest(MeasurementCycle& cycle, float motorAngle, std::uint32_t moto
     StepExecution step(request, StepFlags(results, resultCount));
     step.StartWorkers();
     return step.JoinWorkers(cycle);
+}
+
+bool doStepRequest(MeasurementCycle& cycle, float motorAngle, std::uint32_t motorSpeed,
+                   bool findStartPosition, std::uint32_t duration, bool ledStatus,
+                   bool stirringStatus, bool srvdStatus, bool adcMonitorStatus, bool valveStatus,
+                   std::string description, bool* results, std::uint32_t resultCount) {
+    return doStepRequest(cycle,
+                         {.Duration = duration,
+                          .LEDStatus = ledStatus,
+                          .StirringStatus = stirringStatus,
+                          .SRVDStatus = srvdStatus,
+                          .ADCMonitorStatus = adcMonitorStatus,
+                          .FindStartPosition = findStartPosition,
+                          .MotorAngle = motorAngle,
+                          .MotorSpeed = motorSpeed,
+                          .ValveStatus = valveStatus,
+                          .Description = std::move(description)},
+                         results, resultCount);
 }
 
 } // namespace tavrelin

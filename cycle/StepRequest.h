@@ -1,13 +1,12 @@
 #pragma once
 
+#include "cycle/MeasurementState.h"
 #include "devices/StepperDriver.h"
 #include "devices/StepperDriverMotor.h"
 #include "devices/ValvePWM.h"
 #include "platform/PwmChannel.h"
 #include "platform/SpiDevice.h"
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 namespace tavrelin {
@@ -17,16 +16,7 @@ namespace tavrelin {
 /// and the step's thread reads those after joining it. Devices are borrowed and may be null; each
 /// is used by one worker of the step.
 struct StepRequest {
-    float MotorAngle = 0.0F;      ///< degrees
-    std::uint32_t MotorSpeed = 0; ///< degrees per second
-    bool FindStartPosition = false;
-    std::uint32_t Duration = 0; ///< ms
-    bool LEDStatus = false;
-    bool StirringStatus = false;
-    bool SRVDStatus = false;
-    bool ADCMonitorStatus = false;
-    bool ValveStatus = false;
-    std::string Description;
+    MeasurementState state; ///< a copy of the step's row
     std::vector<float>* samples = nullptr;
     StepperDriver* stirrer = nullptr;
     StepperDriverMotor* reagentPump = nullptr;

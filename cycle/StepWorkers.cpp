@@ -14,19 +14,20 @@ namespace {
 
 bool SwitchLed(const StepRequest* request) {
     if (request == nullptr || request->led == nullptr ||
-        request->led->IsEnabled() == request->LEDStatus) {
+        request->led->IsEnabled() == request->state.LEDStatus) {
         return false;
     }
-    request->led->Enable(request->LEDStatus);
+    request->led->Enable(request->state.LEDStatus);
     return true;
 }
 
+// Set anew in every step, and told on the console; the status is false whatever came of it.
 bool SwitchValve(const StepRequest* request) {
     if (request == nullptr) {
         return false;
     }
     ValvePWM* const valve = request->valve;
-    if (request->ValveStatus) {
+    if (request->state.ValveStatus) {
         PrintCycleSuccess(1091, valve != nullptr && valve->ValveOn(wiring::kValveOpenDuty));
     } else {
         PrintCycleSuccess(1096, valve != nullptr && valve->ValveOff());
@@ -36,8 +37,9 @@ bool SwitchValve(const StepRequest* request) {
 
 bool Stir(const StepRequest* request) {
     if (request != nullptr && request->stirrer != nullptr) {
-        request->stirrer->Run(wiring::kStirrerDuty, wiring::kStirrerFrequency, request->Duration,
-                              false);
+        // false: asleep, not spinning
+        request->stirrer->Run(wiring::kStirrerDuty, wiring::kStirrerFrequency,
+                              request->state.Duration, false);
     }
     return true;
 }

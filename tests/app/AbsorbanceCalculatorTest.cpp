@@ -1,6 +1,6 @@
 #include "app/AbsorbanceCalculator.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
@@ -11,21 +11,22 @@ namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
+// Reference first, dark count second.
+float AbsorbanceOf(float reference, float dark, float sample) {
+    return AbsorbanceCalculator().Absorbance(reference, dark, sample);
+}
+
 TEST(AbsorbanceCalculator, TakesTheLogarithmOfTheDarkCorrectedRatio) {
+    EXPECT_EQ(AbsorbanceOf(3020000.0F, 20000.0F, 320000.0F), 1.0F); // 3000000 to 300000
+    EXPECT_EQ(AbsorbanceOf(3000000.0F, 20.0F, 3000000.0F), 0.0F);
+}
+
+TEST(AbsorbanceCalculator, KeepsTheReadingsItWasSetOrAskedAbout) {
     AbsorbanceCalculator calculator;
     calculator.SetDarkCount(20000.0F);
     calculator.SetReferenceReading(3020000.0F);
     calculator.SetSampleReading(320000.0F);
-    EXPECT_EQ(calculator.Absorbance(), 1.0F); // 3000000 to 300000
-}
-
-TEST(AbsorbanceCalculator, TakesReferenceFirstAndDarkCountSecond) {
-    AbsorbanceCalculator calculator;
-    EXPECT_EQ(calculator.Absorbance(3020000.0F, 20000.0F, 320000.0F), 1.0F);
-}
-
-TEST(AbsorbanceCalculator, KeepsTheThreeReadingsItWasAskedAbout) {
-    AbsorbanceCalculator calculator;
+    EXPECT_EQ(calculator.Absorbance(), 1.0F);
     calculator.Absorbance(1010.0F, 10.0F, 20.0F);
     EXPECT_EQ(calculator.Absorbance(), 2.0F);
     calculator.SetSampleReading(110.0F);
@@ -33,69 +34,46 @@ TEST(AbsorbanceCalculator, KeepsTheThreeReadingsItWasAskedAbout) {
 }
 
 TEST(AbsorbanceCalculator, DividesInSinglePrecisionAndRoundsTheLogarithmToIt) {
-    AbsorbanceCalculator calculator;
     const float ratio = (3000001.0F - 20.0F) / (2340000.0F - 20.0F);
-    EXPECT_EQ(calculator.Absorbance(3000001.0F, 20.0F, 2340000.0F),
+    EXPECT_EQ(AbsorbanceOf(3000001.0F, 20.0F, 2340000.0F),
               static_cast<float>(std::log10(static_cast<double>(ratio))));
 }
 
 TEST(AbsorbanceCalculator, GivesMinusOneWhenSampleEqualsDark) {
-    AbsorbanceCalculator calculator;
-    EXPECT_EQ(calculator.Absorbance(3000000.0F, 20.0F, 20.0F), -1.0F);
-    EXPECT_EQ(calculator.Absorbance(20.0F, 20.0F, 20.0F), -1.0F);
-    EXPECT_EQ(calculator.Absorbance(kNaN, 20.0F, 20.0F), -1.0F);
-    EXPECT_EQ(calculator.Absorbance(1.0F, 0.0F, -0.0F), -1.0F);
-    EXPECT_EQ(calculator.Absorbance(1.0F, kInfinity, kInfinity), -1.0F);
+    EXPECT_EQ(AbsorbanceOf(3000000.0F, 20.0F, 20.0F), -1.0F);
+    EXPECT_EQ(AbsorbanceOf(20.0F, 20.0F, 20.0F), -1.0F);
+    EXPECT_EQ(AbsorbanceOf(kNaN, 20.0F, 20.0F), -1.0F);
+    EXPECT_EQ(AbsorbanceOf(1.0F, 0.0F, -0.0F), -1.0F);
+    EXPECT_EQ(AbsorbanceOf(1.0F, kInfinity, kInfinity), -1.0F);
 }
 
-TEST(AbsorbanceCalculator, GivesZeroWhenReferenceEqualsSample) {
-    AbsorbanceCalculator calculator;
-    EXPECT_EQ(calculator.Absorbance(3000000.0F, 20.0F, 3000000.0F), 0.0F);
+TEST(AbsorbanceCalculator, LetsInfinitiesThrough) {
+    EXPECT_EQ(AbsorbanceOf(20.0F, 20.0F, 3000000.0F), -kInfinity) << "reference as dark";
+    EXPECT_EQ(AbsorbanceOf(20.0F, 20.0F, 10.0F), -kInfinity) << "a ratio of -0";
+    EXPECT_EQ(AbsorbanceOf(kInfinity, 20.0F, 30.0F), kInfinity);
+    EXPECT_EQ(AbsorbanceOf(40.0F, 20.0F, kInfinity), -kInfinity);
 }
 
-TEST(AbsorbanceCalculator, GivesMinusInfinityWhenReferenceEqualsDark) {
-    AbsorbanceCalculator calculator;
-    EXPECT_EQ(calculator.Absorbance(20.0F, 20.0F, 3000000.0F), -kInfinity);
-    EXPECT_EQ(calculator.Absorbance(20.0F, 20.0F, 10.0F), -kInfinity); // ratio -0
+TEST(AbsorbanceCalculator, GivesNaNForANegativeRatioAndForNaN) {
+    EXPECT_THAT(AbsorbanceOf(10.0F, 20.0F, 30.0F), testing::IsNan());
+    EXPECT_THAT(AbsorbanceOf(kInfinity, 20.0F, kInfinity), testing::IsNan());
+    EXPECT_THAT(AbsorbanceOf(kNaN, 20.0F, 30.0F), testing::IsNan());
+    EXPECT_THAT(AbsorbanceOf(40.0F, kNaN, 30.0F), testing::IsNan());
+    EXPECT_THAT(AbsorbanceOf(40.0F, 20.0F, kNaN), testing::IsNan());
 }
 
-TEST(AbsorbanceCalculator, GivesNaNForANegativeRatio) {
-    AbsorbanceCalculator calculator;
-    EXPECT_TRUE(std::isnan(calculator.Absorbance(10.0F, 20.0F, 30.0F)));
-}
-
-TEST(AbsorbanceCalculator, GivesNaNForAReadingThatIsNaN) {
-    AbsorbanceCalculator calculator;
-    EXPECT_TRUE(std::isnan(calculator.Absorbance(kNaN, 20.0F, 30.0F)));
-    EXPECT_TRUE(std::isnan(calculator.Absorbance(40.0F, kNaN, 30.0F)));
-    EXPECT_TRUE(std::isnan(calculator.Absorbance(40.0F, 20.0F, kNaN)));
-}
-
-TEST(AbsorbanceCalculator, LetsInfiniteReadingsThrough) {
-    AbsorbanceCalculator calculator;
-    EXPECT_EQ(calculator.Absorbance(kInfinity, 20.0F, 30.0F), kInfinity);
-    EXPECT_EQ(calculator.Absorbance(40.0F, 20.0F, kInfinity), -kInfinity);
-    EXPECT_TRUE(std::isnan(calculator.Absorbance(kInfinity, 20.0F, kInfinity)));
-}
-
-TEST(AbsorbanceCalculator, AcceptsAnyNumberAsAReading) {
-    AbsorbanceCalculator calculator;
-    for (const float number : {0.0F, -0.0F, -16777216.0F, kInfinity, -kInfinity}) {
-        EXPECT_TRUE(calculator.SetDarkCount(number));
-        EXPECT_TRUE(calculator.SetReferenceReading(number));
-        EXPECT_TRUE(calculator.SetSampleReading(number));
-    }
-}
-
-TEST(AbsorbanceCalculator, ComplainsAboutNaNButKeepsIt) {
+TEST(AbsorbanceCalculator, AcceptsAnyNumberAndComplainsAboutNaNButKeepsIt) {
     using Setter = bool (AbsorbanceCalculator::*)(float);
     for (const Setter set :
          {&AbsorbanceCalculator::SetDarkCount, &AbsorbanceCalculator::SetReferenceReading,
           &AbsorbanceCalculator::SetSampleReading}) {
         AbsorbanceCalculator calculator;
         calculator.Absorbance(40.0F, 20.0F, 30.0F);
+        for (const float number : {0.0F, -0.0F, -16777216.0F, kInfinity, -kInfinity}) {
+            EXPECT_TRUE((calculator.*set)(number));
+        }
         EXPECT_FALSE((calculator.*set)(kNaN));
-        EXPECT_TRUE(std::isnan(calculator.Absorbance()));
+        EXPECT_THAT(calculator.Absorbance(), testing::IsNan());
     }
 }
 

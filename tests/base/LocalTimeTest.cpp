@@ -2,8 +2,12 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 #include "tests/support/BoardClock.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace tavrelin {
 namespace {
@@ -43,6 +47,30 @@ TEST(Timestamp, FollowsSummerTime) {
     EXPECT_EQ(TimestampAt("2026-03-29 00:59:59"), "2026-03-29 01:59.59");
     EXPECT_EQ(TimestampAt("2026-03-29 01:00:00"), "2026-03-29 03:00.00");
     EXPECT_EQ(TimestampAt("2026-10-25 01:00:00"), "2026-10-25 02:00.00");
+}
+
+/// A time zone's file of one local time, so many seconds east: below 65536, in two bytes.
+std::string ZoneFile(const std::string& east) {
+    using namespace std::string_literals;
+    const std::string header = "TZif2"s + std::string(15, '\0');
+    const std::string counts = std::string(16, '\0') + "\0\0\0\1\0\0\0\4"s; // 1 time, 4 letters
+    const std::string body = header + counts + "\0\0"s + east + "\0\0LMT\0"s;
+    return body + body + "\n\n"; // in 32 bits, in 64 bits, no rule for later
+}
+
+// The C library looks into a file anew when TZ names it in another way. Into /etc/localtime, which
+// it takes without TZ, it looks whenever it is told to look, but that file is not a test's to
+// change.
+TEST(Timestamp, FollowsAZoneFileThatIsReplacedWhileTheProgramRuns) {
+    const SimulatedBoard board({}, StartingAt("2026-03-07 09:05:02"));
+    const TestFolder folder;
+    WriteText(folder.Path("zone"), ZoneFile("\x46\x50"));
+    const Environment zone("TZ", ":" + folder.Path("zone"));
+    EXPECT_EQ(TimestampText(), "2026-03-07 14:05.02"); // 18000 s
+    WriteText(folder.Path("new"), ZoneFile("\x62\x70"));
+    std::filesystem::rename(folder.Path("new"), folder.Path("zone"));
+    const Environment zoneAgain("TZ", ":" + folder.Path("/zone"));
+    EXPECT_EQ(TimestampText(), "2026-03-07 16:05.02"); // 25200 s
 }
 
 TEST(Timestamp, FollowsAClockThatIsSetBack) {

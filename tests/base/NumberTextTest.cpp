@@ -62,21 +62,18 @@ TEST(FixedNumber, HasRoomForTheLargest) {
     EXPECT_EQ(text.substr(text.size() - 4), ".000");
 }
 
-TEST(FixedNumber, IsFourCharactersWideAtLeast) {
-    EXPECT_EQ(FixedText(kNan), " nan");
-    EXPECT_EQ(FixedText(kInfinity), " inf");
-    EXPECT_EQ(FixedText(-kInfinity), "-inf");
-}
-
-TEST(NumberThatIsNone, NeverHasASign) {
-    EXPECT_EQ(GeneralText(kNan), "nan");
-    EXPECT_EQ(GeneralText(std::copysign(kNan, -1.0)), "nan");
-    EXPECT_EQ(FixedText(std::copysign(kNan, -1.0)), " nan");
+TEST(NumberThatIsNone, IsToldWithoutASignInFourCharactersWhereDecimalsAreFixed) {
+    for (const double nan : {kNan, std::copysign(kNan, -1.0)}) {
+        EXPECT_EQ(GeneralText(nan), "nan");
+        EXPECT_EQ(FixedText(nan), " nan");
+    }
 }
 
 TEST(EndlessNumber, KeepsItsSign) {
     EXPECT_EQ(GeneralText(kInfinity), "inf");
     EXPECT_EQ(GeneralText(-kInfinity), "-inf");
+    EXPECT_EQ(FixedText(kInfinity), " inf");
+    EXPECT_EQ(FixedText(-kInfinity), "-inf");
 }
 
 TEST(PaddedText, IsFilledFromTheLeftAndNeverCut) {

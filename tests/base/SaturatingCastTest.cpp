@@ -45,21 +45,15 @@ TYPED_TEST(SaturatingCastFrom, GivesZeroForNotANumber) {
     });
 }
 
-TYPED_TEST(SaturatingCastFrom, GivesTheEndsOfTheRangeForTheInfinities) {
-    ForEachInteger([](auto zero) {
-        using To = decltype(zero);
-        EXPECT_EQ(AtRunTime<To>(TestFixture::kInfinity), std::numeric_limits<To>::max());
-        EXPECT_EQ(AtRunTime<To>(-TestFixture::kInfinity), std::numeric_limits<To>::min());
-    });
-}
-
-TYPED_TEST(SaturatingCastFrom, GivesTheEndsOfTheRangeForTheWidestNumbers) {
-    ForEachInteger([](auto zero) {
-        using To = decltype(zero);
-        constexpr TypeParam widest = std::numeric_limits<TypeParam>::max();
-        EXPECT_EQ(AtRunTime<To>(widest), std::numeric_limits<To>::max());
-        EXPECT_EQ(AtRunTime<To>(-widest), std::numeric_limits<To>::min());
-    });
+TYPED_TEST(SaturatingCastFrom, GivesTheEndsOfTheRangeForTheWidestNumbersAndInfinities) {
+    for (const TypeParam wide :
+         {std::numeric_limits<TypeParam>::max(), std::numeric_limits<TypeParam>::infinity()}) {
+        ForEachInteger([&](auto zero) {
+            using To = decltype(zero);
+            EXPECT_EQ(AtRunTime<To>(wide), std::numeric_limits<To>::max());
+            EXPECT_EQ(AtRunTime<To>(-wide), std::numeric_limits<To>::min());
+        });
+    }
 }
 
 // 2 to the number of value bits is the first number that does not fit; the one below it does.
@@ -92,18 +86,6 @@ TYPED_TEST(SaturatingCastFrom, TruncatesTowardsZero) {
     EXPECT_EQ(AtRunTime<std::uint32_t>(TypeParam{1.875}), 1U);
     EXPECT_EQ(AtRunTime<std::int8_t>(TypeParam{-127.5}), -127);
     EXPECT_EQ(AtRunTime<std::int64_t>(std::numeric_limits<TypeParam>::denorm_min()), 0);
-}
-
-TYPED_TEST(SaturatingCastFrom, KnowsNoUnsignedNumberBelowZero) {
-    EXPECT_EQ(AtRunTime<std::uint32_t>(TypeParam{-0.5}), 0U);
-    EXPECT_EQ(AtRunTime<std::uint32_t>(TypeParam{-1}), 0U);
-    EXPECT_EQ(AtRunTime<std::uint64_t>(TypeParam{-1048576.5}), 0U);
-}
-
-TYPED_TEST(SaturatingCastFrom, KeepsWholeNumbers) {
-    for (const std::int32_t number : {0, 1, -1, 300000, -1000000, 8388608, -8388608}) {
-        EXPECT_EQ(AtRunTime<std::int32_t>(static_cast<TypeParam>(number)), number);
-    }
 }
 
 // As the board's processor converts them.

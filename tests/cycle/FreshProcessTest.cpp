@@ -1,11 +1,7 @@
 // What a process holds before its first reading and its first delivery. Each test runs its body in
 // a process of its own, because other tests leave their traces in this one.
 
-#include "devices/Converter.h"
-
 #include "tests/cycle/Instrument.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 
@@ -17,22 +13,20 @@ class FreshProcessDeathTest : public testing::Test {
     FreshProcessDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-bool ReadsZeroWithoutAnyResult() {
-    sim::Scenario scenario;
-    scenario.converterWords = {kNothingNew};
-    sim::SimulatedBoard board(scenario);
-    const SpiDevice device;
-    return doADCConversion(&device) == 0.0F;
+bool SamplesZeroWithoutAnyResult() {
+    Instrument instrument(Where(&sim::Scenario::converterWords, {kNothingNew}));
+    instrument.Sample(0);
+    return instrument.samples.front() == 0.0F;
 }
 
 TEST_F(FreshProcessDeathTest, ReadsZeroBeforeTheFirstResult) {
-    EXPECT_EXIT(std::_Exit(ReadsZeroWithoutAnyResult() ? 0 : 1), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(std::_Exit(SamplesZeroWithoutAnyResult() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 bool TurnsHalfATurnTo180Degrees() {
     Instrument instrument;
-    instrument.Run({.angle = 180.0F, .speed = 180, .duration = 1000});
-    return instrument.board.Model().shaft.StepsTurned(instrument.board.Now()) == 800;
+    instrument.Run({.Duration = 1000, .MotorAngle = 180.0F, .MotorSpeed = 180});
+    return instrument.StepsTurned() == 800;
 }
 
 TEST_F(FreshProcessDeathTest, DeliversFromAngleZero) {

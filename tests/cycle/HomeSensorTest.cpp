@@ -2,10 +2,7 @@
 
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <iostream>
 
 namespace tavrelin {
 namespace {
@@ -16,43 +13,37 @@ using sim::Texts;
 constexpr const char* kDirection = "/sys/class/gpio/pioB18/direction";
 constexpr const char* kValue = "/sys/class/gpio/pioB18/value";
 
-TEST(HomeSensor, ClaimsItsLineAsInputWithBothEdges) {
+TEST(HomeSensor, ClaimsItsLineAsInputWithBothEdgesAndReleasesIt) {
     SimulatedBoard board;
-    const HomeSensor sensor;
-    EXPECT_EQ(Writes(board), (Texts{"gpio/export 50", "B18/direction in", "B18/edge none",
-                                    "B18/direction in", "B18/edge both"}));
+    { const HomeSensor sensor; }
+    EXPECT_EQ(Writes(board), (Texts{"gpio export 50", "B18 direction in", "B18 edge none",
+                                    "B18 direction in", "B18 edge both", "gpio unexport 50"}));
 }
 
-TEST(HomeSensor, SeesTheFlagAtALowLevel) {
+TEST(HomeSensor, SeesTheFlagAtALowLevelAndNoneAtAHighOne) {
     SimulatedBoard board;
-    board.SetInput("B18", false);
     HomeSensor sensor;
-    EXPECT_TRUE(sensor.IsStopPosition());
-    EXPECT_FALSE(sensor.IsLevelHigh());
-}
-
-TEST(HomeSensor, SeesNoFlagAtAHighLevel) {
-    SimulatedBoard board;
-    board.SetInput("B18", true);
-    HomeSensor sensor;
-    EXPECT_FALSE(sensor.IsStopPosition());
-    EXPECT_TRUE(sensor.IsLevelHigh());
+    for (const bool level : {false, true}) {
+        board.SetInput("B18", level);
+        EXPECT_EQ(sensor.IsStopPosition(), !level);
+        EXPECT_EQ(sensor.IsLevelHigh(), level);
+    }
 }
 
 TEST(HomeSensor, AnswersNeitherWhenItsLineCannotBeHad) {
     SimulatedBoard board;
     board.TakeAway("/sys/class/gpio/export");
-    testing::internal::CaptureStderr();
+    CapturedConsole console;
     {
         HomeSensor sensor;
         EXPECT_FALSE(sensor.IsStopPosition());
         EXPECT_FALSE(sensor.IsLevelHigh());
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "unable to lock a gpio" // claiming it
-                                                      "not locked yet\n"      // its mode
-                                                      "not locked yet\n"      // first reading
-                                                      "not locked yet\n"      // second reading
-                                                      "not used yet\n");      // releasing it
+    EXPECT_EQ(console.Error(), "unable to lock a gpio" // claiming it
+                               "not locked yet\n"      // its mode
+                               "not locked yet\n"      // first reading
+                               "not locked yet\n"      // second reading
+                               "not used yet\n");      // releasing it
 }
 
 TEST(HomeSensor, TakesALevelThatCannotBeReadForTheFlag) {
@@ -67,17 +58,10 @@ TEST(HomeSensor, TakesALevelThatCannotBeReadForTheFlag) {
 TEST(HomeSensor, SetsNoEdgeWhenItsModeCannotBeSet) {
     SimulatedBoard board;
     board.Fail("open", kDirection, EACCES, 2); // the first is the line's own beginning
-    testing::internal::CaptureStderr();
+    CapturedConsole console;
     const HomeSensor sensor;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "unable to set the gpio mode");
-    EXPECT_EQ(Writes(board), (Texts{"gpio/export 50", "B18/direction in", "B18/edge none"}));
-}
-
-TEST(HomeSensor, ReleasesItsLine) {
-    SimulatedBoard board;
-    { const HomeSensor sensor; }
-    EXPECT_FALSE(board.Line("B18").exported);
-    EXPECT_EQ(Writes(board).back(), "gpio/unexport 50");
+    EXPECT_EQ(console.Error(), "unable to set the gpio mode");
+    EXPECT_EQ(Writes(board), (Texts{"gpio export 50", "B18 direction in", "B18 edge none"}));
 }
 
 } // namespace

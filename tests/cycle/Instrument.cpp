@@ -1,26 +1,14 @@
 #include "tests/cycle/Instrument.h"
 
+#include "cycle/OpticalMonitor.h"
 #include "cycle/ReagentDelivery.h"
 #include "cycle/StepExecution.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <iostream>
-#include <iterator>
-#include <utility>
 
 namespace tavrelin {
-
-namespace {
-
-std::string WithoutQuotes(std::string text) {
-    std::erase(text, '"');
-    return text;
-}
-
-} // namespace
 
 Instrument::Instrument(const sim::Scenario& scenario, const sim::RunOptions& options)
     : board(scenario, options) {
@@ -29,46 +17,53 @@ Instrument::Instrument(const sim::Scenario& scenario, const sim::RunOptions& opt
     board.Forget();
 }
 
+StepRequest Instrument::RequestFor(const MeasurementState& step) {
+    return {.state = step,
+            .samples = &samples,
+            .stirrer = cycle.Stirrer(),
+            .reagentPump = cycle.ReagentPump(),
+            .led = cycle.Led(),
+            .externalAdc = cycle.ExternalAdc(),
+            .valve = cycle.Valve()};
+}
+
+bool Instrument::Sample(std::uint32_t duration, const std::string& description) {
+    const StepRequest request = RequestFor({.Duration = duration, .Description = description});
+    return MonitorOptics(&request);
+}
+
 // A delivery that cannot lock the motor has been at its target all the same.
 void Instrument::SetLastPumpAngle(float angle) {
-    StepRequest request;
-    request.MotorAngle = angle;
-    request.MotorSpeed = 1;
-    request.Duration = 1;
-    request.reagentPump = cycle.ReagentPump();
+    const StepRequest request = RequestFor({.Duration = 1, .MotorAngle = angle, .MotorSpeed = 1});
     board.Fail("pthread_mutex_lock", "", EINVAL);
-    testing::internal::CaptureStdout();
-    DeliverReagent(&request);
-    std::cout.flush();
-    testing::internal::GetCapturedStdout();
+    ConsoleOf([&] { DeliverReagent(&request); });
     board.StopFailing();
     board.Forget();
 }
 
-StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const Step& step,
-                    bool flags, std::uint32_t count) {
+StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle,
+                    const MeasurementState& step, bool flags, std::uint32_t count) {
     StepOutcome outcome;
+    std::array<bool, 6> slots{};
     const sim::Nanoseconds begin = board.Now();
-    testing::internal::CaptureStdout();
-    outcome.success =
-        doStepRequest(cycle, step.angle, step.speed, step.findStart, step.duration, step.led,
-                      step.stirring, step.srvd, step.sampling, step.valve, step.description,
-                      flags ? outcome.slots.data() : nullptr, count);
-    std::cout.flush();
-    outcome.console = testing::internal::GetCapturedStdout();
+    outcome.console = ConsoleOf([&] {
+        outcome.success = doStepRequest(cycle, step, flags ? slots.data() : nullptr, count);
+    });
     outcome.boardTime = board.Now() - begin;
+    for (const bool slot : slots) {
+        outcome.slots += slot ? 'X' : 'o';
+    }
     return outcome;
 }
 
-sim::Texts Writes(const sim::SimulatedBoard& board) {
-    sim::Texts writes;
-    for (const std::string& event : board.Events()) {
-        const std::string operation = event.substr(0, event.find(' '));
-        if (operation == "write" || operation == "ioctl") {
-            writes.push_back(WithoutQuotes(ShortOperation(event).substr(operation.size() + 1)));
-        }
-    }
-    return writes;
+sim::Texts Picked(const sim::SimulatedBoard& board, const sim::Texts& texts) {
+    sim::Texts picked = Deeds(board);
+    std::erase_if(picked, [&](const std::string& happening) {
+        return std::none_of(texts.begin(), texts.end(), [&](const std::string& text) {
+            return happening.find(text) != std::string::npos;
+        });
+    });
+    return picked;
 }
 
 } // namespace tavrelin

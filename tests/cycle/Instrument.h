@@ -1,45 +1,35 @@
 #pragma once
 
 #include "cycle/MeasurementCycle.h"
+#include "cycle/StepRequest.h"
 
 #include "simulator/testing/SimulatedBoard.h"
 #include "tests/support/BoardClock.h"
+#include "tests/support/BoardWrites.h"
+#include "tests/support/CapturedConsole.h"
 #include "tests/support/ConverterWords.h"
 #include "tests/support/Happenings.h"
 
-#include <array>
+#include <gmock/gmock.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace tavrelin {
 
-/// A step as a test asks for it; what it does not name stays at rest.
-struct Step {
-    float angle = 0.0F;
-    std::uint32_t speed = 0;
-    bool findStart = false;
-    std::uint32_t duration = 0; ///< ms
-    bool led = false;
-    bool stirring = false;
-    bool srvd = false;
-    bool sampling = false;
-    bool valve = false;
-    std::string description = "Any Step";
-};
-
-/// What came of a step. The slots that the step did not set are false.
+/// What came of a step.
 struct StepOutcome {
     bool success = false;
-    std::array<bool, 6> slots{};
+    std::string slots; ///< of the six, X for a true one and o for one that was not set: "XoXXXX"
     std::string console;
     sim::Nanoseconds boardTime = 0;
 };
 
 /// Runs a step on these devices. With flags it is told of `count` of the six, without any it is
 /// given a null array.
-StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle, const Step& step,
-                    bool flags = true, std::uint32_t count = 6);
+StepOutcome RunStep(sim::SimulatedBoard& board, MeasurementCycle& cycle,
+                    const MeasurementState& step, bool flags = true, std::uint32_t count = 6);
 
 /// An instrument on a simulated board, initialised, with its valve claimed: the lamp is on, the
 /// rest at rest, and the record of what happened on the board begins empty.
@@ -47,20 +37,44 @@ class Instrument {
   public:
     explicit Instrument(const sim::Scenario& scenario = {}, const sim::RunOptions& options = {});
 
-    sim::SimulatedBoard board;
-    MeasurementCycle cycle;
+    StepOutcome Run(const MeasurementState& step) { return RunStep(board, cycle, step); }
 
-    StepOutcome Run(const Step& step) { return RunStep(board, cycle, step); }
+    /// What a step hands to its workers, for a worker's work on the thread of the test.
+    StepRequest RequestFor(const MeasurementState& step);
+    /// Samples alone for so many ms; true when the lines went to the log.
+    bool Sample(std::uint32_t duration, const std::string& description = "Mixing");
 
     /// Makes this, at least 1 degree, the angle of the last delivery without turning the pump.
     void SetLastPumpAngle(float angle);
+    /// Steps of the pump since the start, 1600 a turn.
+    [[nodiscard]] std::int64_t StepsTurned() {
+        return board.Model().shaft.StepsTurned(board.Now());
+    }
 
-    /// Text of the log of the day on which a board starts unless told otherwise.
-    [[nodiscard]] std::string Log() const { return board.FileOnCard("2026-03-07_logfile.csv"); }
+    /// Text of the log of a day: unless told otherwise, the one on which a board starts.
+    [[nodiscard]] std::string Log(const std::string& date = "2026-03-07") const {
+        return board.FileOnCard(date + "_logfile.csv");
+    }
+
+    sim::SimulatedBoard board;
+    MeasurementCycle cycle;
+    std::vector<float> samples; ///< of the requests made here
 };
 
-/// Only what was written to lines, channels and converter: "pwm0/enable 1", "B15/value 0", "spi
-/// SPI_IOC_WR_MODE 0".
-sim::Texts Writes(const sim::SimulatedBoard& board);
+/// Deeds that hold one of the texts.
+sim::Texts Picked(const sim::SimulatedBoard& board, const sim::Texts& texts);
+
+/// The usual scenario but for one thing.
+template <typename Value>
+sim::Scenario Where(Value sim::Scenario::*thing, const Value& value) {
+    sim::Scenario scenario;
+    scenario.*thing = value;
+    return scenario;
+}
+
+/// The usual scenario but for the converter's readings.
+inline sim::Scenario Answering(const std::vector<std::int32_t>& readings) {
+    return Where(&sim::Scenario::converterWords, WordsFor(readings));
+}
 
 } // namespace tavrelin

@@ -12,7 +12,8 @@ constexpr std::uint32_t kNoLimit = std::numeric_limits<std::uint32_t>::max();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
-TEST(MoveTime, OfTheTablesPumpStepIsCappedByItsDuration) {
+TEST(MoveTime, IsCappedByTheStepsDuration) {
+    EXPECT_EQ(MoveTime(360.0F, 0, 200), 0U);
     EXPECT_EQ(MoveTime(360.0F, 1000, 200), 1000U);
     EXPECT_EQ(MoveTime(360.0F, 1799, 200), 1799U);
     EXPECT_EQ(MoveTime(360.0F, 1800, 200), 1800U);
@@ -35,7 +36,8 @@ TEST(MoveTime, OfASecondOrMoreIsAngleBySpeedTimesAThousandInSinglePrecision) {
 TEST(MoveTime, BelowASecondIsAThousandByTheirInverseInSinglePrecision) {
     EXPECT_EQ(MoveTime(7.0F, kNoLimit, 8), 874U); // 875 in the other order or with doubles
     EXPECT_EQ(MoveTime(9.0F, kNoLimit, 10), 899U);
-    EXPECT_EQ(MoveTime(90.0F, kNoLimit, 180), 500U);
+    EXPECT_EQ(MoveTime(90.0F, 501, 180), 500U);
+    EXPECT_EQ(MoveTime(90.0F, 499, 180), 499U);
 }
 
 // 200.5 counts as 200 and so as a second or more; 7.9 counts as 7, less than 8.
@@ -53,16 +55,16 @@ TEST(MoveTime, IsZeroForLessThanADegree) {
     EXPECT_EQ(MoveTime(-kInfinity, kNoLimit, 1), 0U);
 }
 
+TEST(MoveTime, IsZeroForAnAngleThatIsNotANumber) {
+    EXPECT_EQ(MoveTime(kNan, kNoLimit, 200), 0U);
+}
+
 TEST(MoveTime, IsZeroAtSpeedZero) {
+    EXPECT_EQ(MoveTime(kNan, kNoLimit, 0), 0U);
     EXPECT_EQ(MoveTime(0.0F, kNoLimit, 0), 0U);
     EXPECT_EQ(MoveTime(360.0F, kNoLimit, 0), 0U);
     EXPECT_EQ(MoveTime(-360.0F, kNoLimit, 0), 0U);
     EXPECT_EQ(MoveTime(kInfinity, kNoLimit, 0), 0U);
-}
-
-TEST(MoveTime, IsZeroForAnAngleThatIsNotANumber) {
-    EXPECT_EQ(MoveTime(kNan, kNoLimit, 200), 0U);
-    EXPECT_EQ(MoveTime(kNan, kNoLimit, 0), 0U);
 }
 
 TEST(MoveTime, SaturatesAtAllOnes) {
@@ -72,12 +74,6 @@ TEST(MoveTime, SaturatesAtAllOnes) {
     EXPECT_EQ(MoveTime(4294967.0F, kNoLimit, 1), 4294967040U);
     EXPECT_EQ(MoveTime(1e30F, 1000, 1), 1000U);
     EXPECT_EQ(MoveTime(1e30F, kNoLimit, kNoLimit), kNoLimit);
-}
-
-TEST(MoveTime, IsNeverMoreThanTheLimit) {
-    EXPECT_EQ(MoveTime(360.0F, 0, 200), 0U);
-    EXPECT_EQ(MoveTime(90.0F, 499, 180), 499U);
-    EXPECT_EQ(MoveTime(90.0F, 501, 180), 500U);
 }
 
 } // namespace

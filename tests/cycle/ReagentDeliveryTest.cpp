@@ -2,9 +2,6 @@
 
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
-#include <iostream>
 #include <limits>
 
 namespace tavrelin {
@@ -18,24 +15,19 @@ using sim::Texts;
 class ReagentDelivery : public testing::Test {
   protected:
     bool Deliver(float angle, std::uint32_t speed, std::uint32_t duration, bool findStart = false) {
-        StepRequest request;
-        request.MotorAngle = angle;
-        request.MotorSpeed = speed;
-        request.FindStartPosition = findStart;
-        request.Duration = duration;
-        request.reagentPump = instrument.cycle.ReagentPump();
-        return Deliver(request);
+        return Deliver(instrument.RequestFor({.Duration = duration,
+                                              .FindStartPosition = findStart,
+                                              .MotorAngle = angle,
+                                              .MotorSpeed = speed}));
     }
 
     bool Deliver(const StepRequest& request) {
-        const std::int64_t before = board.Model().shaft.StepsTurned(board.Now());
+        const std::int64_t before = instrument.StepsTurned();
         const sim::Nanoseconds begin = board.Now();
+        bool moved = false;
         board.Forget();
-        testing::internal::CaptureStdout();
-        const bool moved = DeliverReagent(&request);
-        std::cout.flush();
-        console = testing::internal::GetCapturedStdout();
-        turned = board.Model().shaft.StepsTurned(board.Now()) - before;
+        console = ConsoleOf([&] { moved = DeliverReagent(&request); });
+        turned = instrument.StepsTurned() - before;
         took = board.Now() - begin;
         return moved;
     }
@@ -60,11 +52,12 @@ class ReagentDelivery : public testing::Test {
     sim::Nanoseconds took = 0;
 };
 
-TEST_F(ReagentDelivery, TurnsFromTheLastAngleToTheStepsAngle) {
+TEST_F(ReagentDelivery, TurnsFromTheLastAngleToTheStepsAngleAndKeepsItForTheNext) {
     instrument.SetLastPumpAngle(90.0F);
     EXPECT_TRUE(Deliver(270.0F, 270, 5000));
     EXPECT_EQ(turned, 800);
     EXPECT_EQ(console, "");
+    ExpectLastAngle(270.0F);
 }
 
 TEST_F(ReagentDelivery, GoesOnToTheNextTurnForASmallerAngle) {
@@ -95,12 +88,6 @@ TEST_F(ReagentDelivery, FailsWhenThePumpIsThereAlready) {
     EXPECT_EQ(took, 0);
 }
 
-TEST_F(ReagentDelivery, KeepsItsAngleForTheNext) {
-    instrument.SetLastPumpAngle(90.0F);
-    Deliver(270.0F, 270, 5000);
-    ExpectLastAngle(270.0F);
-}
-
 TEST_F(ReagentDelivery, KeepsItsAngleEvenWhenItFailed) {
     instrument.SetLastPumpAngle(90.0F);
     board.Fail("pthread_mutex_lock", "", EINVAL);
@@ -114,11 +101,7 @@ TEST_F(ReagentDelivery, MovesNothingWithoutRequestPumpOrSpeed) {
     EXPECT_FALSE(DeliverReagent(nullptr));
     EXPECT_FALSE(Deliver(180.0F, 0, 1000));
     ExpectNothingMoved();
-    StepRequest withoutPump;
-    withoutPump.MotorAngle = 180.0F;
-    withoutPump.MotorSpeed = 180;
-    withoutPump.Duration = 1000;
-    EXPECT_FALSE(Deliver(withoutPump));
+    EXPECT_FALSE(Deliver({.state = {.Duration = 1000, .MotorAngle = 180.0F, .MotorSpeed = 180}}));
     ExpectNothingMoved();
     ExpectLastAngle(90.0F);
 }
@@ -157,9 +140,9 @@ TEST_F(ReagentDelivery, KeepsTheLastAngleAfterASearchInVain) {
 }
 
 TEST_F(ReagentDelivery, HasNoWorkerInAStepOfSpeedZero) {
-    const StepOutcome outcome = instrument.Run({.angle = 360.0F, .findStart = true});
+    const StepOutcome outcome = instrument.Run({.FindStartPosition = true, .MotorAngle = 360.0F});
     EXPECT_EQ(CountOf(board, "thread-start"), 2) << "LED and valve";
-    EXPECT_TRUE(outcome.slots[1]);
+    EXPECT_EQ(outcome.slots, "XXXXXX");
 }
 
 TEST(LastPumpAngle, OutlivesTheInstrument) {
@@ -168,8 +151,8 @@ TEST(LastPumpAngle, OutlivesTheInstrument) {
         first.SetLastPumpAngle(120.0F);
     }
     Instrument second;
-    second.Run({.angle = 300.0F, .speed = 300, .duration = 1000});
-    EXPECT_EQ(second.board.Model().shaft.StepsTurned(second.board.Now()), 800) << "half a turn";
+    second.Run({.Duration = 1000, .MotorAngle = 300.0F, .MotorSpeed = 300});
+    EXPECT_EQ(second.StepsTurned(), 800) << "half a turn";
 }
 
 } // namespace

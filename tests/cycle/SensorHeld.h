@@ -2,8 +2,6 @@
 
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <cstdint>
 #include <vector>

@@ -1,9 +1,7 @@
 #include "tests/cycle/SensorHeld.h"
 
-#include <gtest/gtest.h>
-
-#include <ostream>
 #include <string>
+#include <utility>
 
 namespace tavrelin {
 namespace {
@@ -60,41 +58,30 @@ TEST_F(SensorHeld, MeasuresTheTimeOnTheFlagFromTheFlagOn) {
     EXPECT_EQ(took, Milliseconds(2800));
 }
 
-struct RevolutionLimit {
-    std::uint32_t speed;
-    int milliseconds;
-};
+/// Degrees per second, and the milliseconds that they give to leave the flag.
+class SensorHeldOnFlag : public SensorHeld,
+                         public testing::WithParamInterface<std::pair<std::uint32_t, int>> {};
 
-void PrintTo(const RevolutionLimit& limit, std::ostream* out) {
-    *out << limit.speed << " degrees per second";
-}
-
-class SensorHeldOnFlag : public SensorHeld, public testing::WithParamInterface<RevolutionLimit> {};
-
-TEST_P(SensorHeldOnFlag, FailsWhenTheRevolutionLimitIsReached) {
-    const Nanoseconds limit = Milliseconds(GetParam().milliseconds);
-    FlagAt(Milliseconds(10));
-    ReadingAt(Milliseconds(10) + limit);
-    NoFlagAt(Milliseconds(10) + limit + 1);
-    EXPECT_FALSE(Search(GetParam().speed));
-    EXPECT_EQ(took, Milliseconds(10) + limit);
-}
-
-TEST_P(SensorHeldOnFlag, SucceedsJustBeforeTheRevolutionLimitIsReached) {
-    const Nanoseconds limit = Milliseconds(GetParam().milliseconds);
-    FlagAt(Milliseconds(10));
-    ReadingAt(Milliseconds(10) + limit - 1);
-    NoFlagAt(Milliseconds(10) + limit + 1);
-    EXPECT_TRUE(Search(GetParam().speed));
-    EXPECT_EQ(took, Milliseconds(10) + limit + 1);
+TEST_P(SensorHeldOnFlag, SucceedsUntilAReadingIsAtTheRevolutionLimit) {
+    const auto [speed, milliseconds] = GetParam();
+    const Nanoseconds limit = Milliseconds(milliseconds);
+    for (const Nanoseconds early : {1, 0}) {
+        const Nanoseconds flag = board.Now() + Milliseconds(10);
+        FlagAt(flag);
+        ReadingAt(flag + limit - early);
+        NoFlagAt(flag + limit + 1);
+        EXPECT_EQ(Search(speed), early == 1);
+        EXPECT_EQ(board.Now(), flag + limit + early);
+        board.Elapse(1);
+    }
 }
 
 // A second for each whole time that the speed goes into a turn.
 INSTANTIATE_TEST_SUITE_P(Speeds, SensorHeldOnFlag,
-                         testing::Values(RevolutionLimit{360, 1000}, RevolutionLimit{200, 1000},
-                                         RevolutionLimit{181, 1000}, RevolutionLimit{180, 2000},
-                                         RevolutionLimit{121, 2000}, RevolutionLimit{120, 3000},
-                                         RevolutionLimit{100, 3000}, RevolutionLimit{50, 7000}));
+                         testing::Values(std::pair{360U, 1000}, std::pair{200U, 1000},
+                                         std::pair{181U, 1000}, std::pair{180U, 2000},
+                                         std::pair{121U, 2000}, std::pair{120U, 3000},
+                                         std::pair{100U, 3000}, std::pair{50U, 7000}));
 
 /// Reading the sensor takes 42 us here.
 class SensorBouncing : public SensorHeld {
@@ -132,11 +119,18 @@ TEST_F(SensorBouncing, WaitsUntilTheEdgeIsSteady) {
     EXPECT_LT(StoppedAt(), steady / 1000 + 12 * 42);
 }
 
+TEST_F(SensorBouncing, WaitsForASteadyEdgeWithoutAnyLimit) {
+    FlagAt(board.Now() + Milliseconds(10));
+    NoFlagAt(board.Now() + Milliseconds(20));
+    FlagAt(board.Now() + Milliseconds(20) + Microseconds(100));
+    NoFlagAt(board.Now() + sim::Seconds(60));
+    EXPECT_TRUE(Search());
+    EXPECT_GE(took, sim::Seconds(60));
+}
+
 TEST_F(SensorBouncing, FailsWithoutItsLineAfterTwoSeconds) {
     board.TakeAway("/sys/class/gpio/export");
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(Search());
-    testing::internal::GetCapturedStderr();
+    ConsoleOf([&] { EXPECT_FALSE(Search()); });
     EXPECT_GE(StoppedAt(), 2000000);
     EXPECT_LT(StoppedAt(), 2010000);
 }

@@ -1,125 +1,92 @@
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
+#include <algorithm>
 #include <cerrno>
+#include <ostream>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
-using Slots = std::array<bool, 6>;
 
-constexpr bool X = true;
-constexpr bool o = false;
+// Starts: reagent delivery, which has nothing to turn here, LED, valve, stirring, monitoring.
+const MeasurementState kFullStep = {.Duration = 340,
+                                    .LEDStatus = true,
+                                    .StirringStatus = true,
+                                    .ADCMonitorStatus = true,
+                                    .MotorSpeed = 200};
+// Starts: LED, valve, monitoring.
+const MeasurementState kStillStep = {.LEDStatus = true, .ADCMonitorStatus = true};
 
-// Every worker, in the order in which they are started: reagent delivery, which has nothing to turn
-// here, LED, valve, stirring, monitoring.
-const Step kFullStep = {
-    .speed = 200, .duration = 340, .led = true, .stirring = true, .sampling = true};
-constexpr std::uint64_t kReagentStart = 1;
-constexpr std::uint64_t kLedStart = 2;
-constexpr std::uint64_t kValveStart = 3;
-constexpr std::uint64_t kStirringStart = 4;
-constexpr std::uint64_t kMonitoringStart = 5;
-
-class StepFailures : public testing::Test {
-  protected:
-    void RefuseStart(std::uint64_t start) { board.Fail("pthread_create", "", EAGAIN, start); }
-
-    Instrument instrument;
-    SimulatedBoard& board = instrument.board;
+/// A step in which some workers do not start, and what comes of it.
+struct Refusal {
+    const char* name;
+    MeasurementState step;
+    std::vector<std::uint64_t> starts; ///< those that are refused, counted from 1
+    bool success;
+    const char* slots;
+    int joins;
+    bool samples;
+    const char* elements; ///< workers counted on the console; null: the line is missing
 };
 
-TEST_F(StepFailures, WithoutReagentWorkerLeaveItsSlotFalse) {
-    RefuseStart(kReagentStart);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success) << "the LED's join is the last";
-    EXPECT_EQ(outcome.slots, (Slots{X, o, X, X, X, X}));
-    EXPECT_EQ(outcome.console, "MeasurementCycle.cpp, 451, Elements: 2\n"
-                               "MeasurementCycle.cpp, 1096, success: 1\n");
-    EXPECT_EQ(CountOf(board, ": join "), 4);
+void PrintTo(const Refusal& refusal, std::ostream* out) {
+    *out << refusal.name;
 }
 
-TEST_F(StepFailures, WithoutLedWorkerLeaveItsSlotFalse) {
-    RefuseStart(kLedStart);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, X, X, X}));
-    EXPECT_EQ(outcome.console, "MeasurementCycle.cpp, 451, Elements: 2\n"
-                               "MeasurementCycle.cpp, 1096, success: 1\n");
-    EXPECT_EQ(CountOf(board, ": join "), 4);
+class StepFailures : public testing::TestWithParam<Refusal> {};
+
+TEST_P(StepFailures, OfStartsShowInTheirSlotsAndNotAlwaysInTheAnswer) {
+    const Refusal& refusal = GetParam();
+    Instrument instrument;
+    for (const std::uint64_t start : refusal.starts) {
+        instrument.board.Fail("pthread_create", "", EAGAIN, start);
+    }
+    const StepOutcome outcome = instrument.Run(refusal.step);
+    EXPECT_EQ(outcome.success, refusal.success);
+    EXPECT_EQ(outcome.slots, refusal.slots);
+    EXPECT_EQ(CountOf(instrument.board, ": join "), refusal.joins);
+    EXPECT_EQ(!instrument.board.WritesTo("spi").empty(), refusal.samples);
+    EXPECT_EQ(outcome.console, refusal.elements == nullptr
+                                   ? ""
+                                   : std::string("MeasurementCycle.cpp, 451, Elements: ") +
+                                         refusal.elements +
+                                         "\nMeasurementCycle.cpp, 1096, success: 1\n");
 }
 
-TEST_F(StepFailures, WithoutValveWorkerSayNothingAndGoOnWhenStirringStarts) {
-    RefuseStart(kValveStart);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, o}));
-    EXPECT_EQ(outcome.console, "");
-    EXPECT_EQ(CountOf(board, ": join "), 4);
+MeasurementState WithoutPump(MeasurementState step) {
+    step.MotorSpeed = 0;
+    return step;
 }
 
-TEST_F(StepFailures, WithoutValveAndStirringSampleNothing) {
-    RefuseStart(2); // the valve's: the pump is at rest
-    const StepOutcome outcome = instrument.Run({.led = true, .sampling = true});
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, o})) << "monitoring counts as not needed";
-    EXPECT_EQ(CountOf(board, "thread-start"), 1);
-    EXPECT_EQ(board.WritesTo("spi"), Texts{});
-}
+// The last join of stirring, valve, LED and reagent delivery answers; without any, the last start
+// of valve, stirring and monitoring. Monitoring is asked for only after a good start before it, and
+// counts as not needed else.
+INSTANTIATE_TEST_SUITE_P(
+    Without, StepFailures,
+    testing::Values(
+        Refusal{"ReagentDelivery", kFullStep, {1}, true, "XoXXXX", 4, true, "2"},
+        Refusal{"Led", kFullStep, {2}, true, "XXoXXX", 4, true, "2"},
+        Refusal{"Valve", kFullStep, {3}, true, "XXXXXo", 4, true, nullptr},
+        Refusal{"Stirring", kFullStep, {4}, true, "oXXXXX", 3, false, "3"},
+        Refusal{"Monitoring", kFullStep, {5}, true, "XXXoXX", 4, false, "3"},
+        Refusal{"ValveAndStirring", kStillStep, {2}, true, "XXXXXo", 1, false, nullptr},
+        Refusal{"LedAndReagentDelivery", kStillStep, {1}, true, "XXoXXX", 2, true, "1"},
+        Refusal{"LedAndMonitoring", kStillStep, {1, 3}, true, "XXooXX", 1, false, "1"},
+        Refusal{
+            "AllButStirring", WithoutPump(kFullStep), {1, 2, 4}, true, "XXooXo", 1, false, nullptr},
+        Refusal{"Any", kFullStep, {1, 2, 3, 4}, false, "oooXXo", 0, false, nullptr},
+        Refusal{"AnyInARestingStep", {}, {1, 2}, false, "XXoXXo", 0, false, nullptr}),
+    [](const auto& instance) { return instance.param.name; });
 
-TEST_F(StepFailures, WithoutStirringWorkerSampleNothing) {
-    RefuseStart(kStirringStart);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{o, X, X, X, X, X}));
-    EXPECT_EQ(CountOf(board, ": join "), 3);
-    EXPECT_EQ(board.WritesTo("spi"), Texts{});
-}
-
-TEST_F(StepFailures, WithoutMonitoringWorkerLeaveSlotAndAverageAlone) {
+TEST(StepFailure, OfTheMonitoringStartLeavesTheAverageAlone) {
+    Instrument instrument;
     instrument.cycle.SetDarkCount(-1.5F);
-    RefuseStart(kMonitoringStart);
-    Step step = kFullStep;
-    step.description = "Dark Count Measurement";
-    const StepOutcome outcome = instrument.Run(step);
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, o, X, X}));
+    instrument.board.Fail("pthread_create", "", EAGAIN, 3);
+    MeasurementState step = kStillStep;
+    step.Description = "Dark Count Measurement";
+    instrument.Run(step);
     EXPECT_EQ(instrument.cycle.DarkCount(), -1.5F);
-    EXPECT_EQ(CountOf(board, ": join "), 4);
-}
-
-TEST_F(StepFailures, WithoutAnyWorkerJoinNone) {
-    board.FailForever("pthread_create", "", EAGAIN);
-    const StepOutcome outcome = instrument.Run(kFullStep);
-    EXPECT_FALSE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{o, o, o, X, X, o}));
-    EXPECT_EQ(outcome.console, "");
-    EXPECT_EQ(board.Calls("pthread_join"), 0U);
-    EXPECT_EQ(outcome.boardTime, 0);
-}
-
-TEST_F(StepFailures, AnswerForTheLastStartWhenNothingIsJoined) {
-    board.FailForever("pthread_create", "", EAGAIN);
-    EXPECT_FALSE(instrument.Run({}).success) << "the valve's";
-}
-
-TEST_F(StepFailures, AnswerForTheValveWithoutLedAndReagentWorkers) {
-    RefuseStart(1); // the LED's: the pump is at rest
-    const StepOutcome outcome = instrument.Run({.led = true, .sampling = true});
-    EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, X, X, X}));
-}
-
-TEST_F(StepFailures, AnswerForTheValveAlsoWhenMonitoringIsNotStarted) {
-    RefuseStart(1); // the LED's
-    RefuseStart(3); // the monitoring's
-    const StepOutcome outcome = instrument.Run({.led = true, .sampling = true});
-    EXPECT_TRUE(outcome.success) << "its join overrides the failed start";
-    EXPECT_EQ(outcome.slots, (Slots{X, X, o, o, X, X}));
 }
 
 } // namespace

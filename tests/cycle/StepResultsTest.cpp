@@ -1,6 +1,7 @@
-#include "tests/cycle/Instrument.h"
+#include "cycle/StateTable.h"
+#include "cycle/StepExecution.h"
 
-#include <gtest/gtest.h>
+#include "tests/cycle/Instrument.h"
 
 #include <array>
 #include <cerrno>
@@ -11,18 +12,20 @@ namespace {
 
 using sim::SimulatedBoard;
 using sim::Texts;
-using Slots = std::array<bool, 6>;
 
 // Uses every worker: stirring, reagent delivery that has nothing to turn, LED, monitoring, valve.
-const Step kFullStep = {
-    .speed = 200, .duration = 0, .led = true, .stirring = true, .sampling = true, .valve = true};
-const Step kRestingStep = {}; // as the table's last: every flag false and the pump at rest
+const MeasurementState kFullStep = {.LEDStatus = true,
+                                    .StirringStatus = true,
+                                    .ADCMonitorStatus = true,
+                                    .MotorSpeed = 200,
+                                    .ValveStatus = true};
+const MeasurementState kRestingStep = {}; // as the table's last: all false and the pump at rest
 
 TEST(StepResults, AreAllTrueAfterAFullStep) {
     Instrument instrument;
     const StepOutcome outcome = instrument.Run(kFullStep);
     EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{true, true, true, true, true, true}));
+    EXPECT_EQ(outcome.slots, "XXXXXX");
     EXPECT_EQ(outcome.console, "MeasurementCycle.cpp, 451, Elements: 3\n"
                                "MeasurementCycle.cpp, 1091, success: 1\n");
 }
@@ -31,20 +34,16 @@ TEST(StepResults, OfARestingStepNeedOnlyLedAndValve) {
     Instrument instrument;
     const StepOutcome outcome = instrument.Run(kRestingStep);
     EXPECT_TRUE(outcome.success) << "that of the LED's join, the last";
-    EXPECT_EQ(outcome.slots, (Slots{true, true, true, true, true, true}));
+    EXPECT_EQ(outcome.slots, "XXXXXX");
     EXPECT_EQ(outcome.console, "MeasurementCycle.cpp, 451, Elements: 2\n"
                                "MeasurementCycle.cpp, 1096, success: 1\n");
-    EXPECT_EQ(CountOf(instrument.board, "thread-start"), 2);
-    EXPECT_EQ(CountOf(instrument.board, ": join "), 2);
-    EXPECT_EQ(outcome.boardTime, 0);
 }
 
 /// What a step sets of six flags when it is told of only so many.
 struct LengthCase {
     std::uint32_t length;
-    Slots full;
-    bool fullSuccess;
-    Slots resting;
+    const char* full;
+    const char* resting;
     bool restingSuccess;
 };
 
@@ -52,47 +51,31 @@ void PrintTo(const LengthCase& flags, std::ostream* out) {
     *out << flags.length << " flags";
 }
 
-constexpr bool X = true;
-constexpr bool o = false;
-
 class ResultsOfLength : public testing::TestWithParam<LengthCase> {};
 
-TEST_P(ResultsOfLength, SetFlagsInAFullStep) {
+TEST_P(ResultsOfLength, SetFlagsInAFullAndInARestingStep) {
+    const LengthCase& flags = GetParam();
     Instrument instrument;
-    const StepOutcome outcome =
-        RunStep(instrument.board, instrument.cycle, kFullStep, true, GetParam().length);
-    EXPECT_EQ(outcome.slots, GetParam().full);
-    EXPECT_EQ(outcome.success, GetParam().fullSuccess);
-}
-
-TEST_P(ResultsOfLength, SetFlagsInARestingStep) {
-    Instrument instrument;
-    const StepOutcome outcome =
-        RunStep(instrument.board, instrument.cycle, kRestingStep, true, GetParam().length);
-    EXPECT_EQ(outcome.slots, GetParam().resting);
-    EXPECT_EQ(outcome.success, GetParam().restingSuccess);
+    const StepOutcome full =
+        RunStep(instrument.board, instrument.cycle, kFullStep, true, flags.length);
+    EXPECT_EQ(full.slots, flags.full);
+    EXPECT_TRUE(full.success) << "the reagent's join";
+    const StepOutcome resting =
+        RunStep(instrument.board, instrument.cycle, kRestingStep, true, flags.length);
+    EXPECT_EQ(resting.slots, flags.resting);
+    EXPECT_EQ(resting.success, flags.restingSuccess) << "the LED's join";
 }
 
 // Slots: stirring, reagent, LED, monitoring, reserved, valve. A resting step sets the first two
-// whatever the length. The LED's join fails the step up to length 2, and the reagent's, which comes
-// after it, answers for itself.
-INSTANTIATE_TEST_SUITE_P(
-    Flags, ResultsOfLength,
-    testing::Values(LengthCase{0, {o, o, o, o, o, o}, X, {X, X, o, o, o, o}, o},
-                    LengthCase{1, {X, o, o, o, o, o}, X, {X, X, o, o, o, o}, o},
-                    LengthCase{2, {X, X, o, o, o, o}, X, {X, X, o, o, o, o}, o},
-                    LengthCase{3, {X, X, X, X, o, o}, X, {X, X, X, X, o, o}, X},
-                    LengthCase{4, {X, X, X, X, X, o}, X, {X, X, X, X, X, o}, X},
-                    LengthCase{5, {X, X, X, X, X, o}, X, {X, X, X, X, X, o}, X},
-                    LengthCase{6, {X, X, X, X, X, X}, X, {X, X, X, X, X, X}, X}));
-
-TEST(StepResults, OfLengthTwoFailAStepThatEndsWithTheLed) {
-    Instrument instrument;
-    Step step = kFullStep;
-    step.speed = 0;
-    EXPECT_FALSE(RunStep(instrument.board, instrument.cycle, step, true, 2).success);
-    EXPECT_TRUE(RunStep(instrument.board, instrument.cycle, step, true, 3).success);
-}
+// whatever the length. The LED's join fails the step up to length 2.
+INSTANTIATE_TEST_SUITE_P(Flags, ResultsOfLength,
+                         testing::Values(LengthCase{0, "oooooo", "XXoooo", false},
+                                         LengthCase{1, "Xooooo", "XXoooo", false},
+                                         LengthCase{2, "XXoooo", "XXoooo", false},
+                                         LengthCase{3, "XXXXoo", "XXXXoo", true},
+                                         LengthCase{4, "XXXXXo", "XXXXXo", true},
+                                         LengthCase{5, "XXXXXo", "XXXXXo", true},
+                                         LengthCase{6, "XXXXXX", "XXXXXX", true}));
 
 TEST(StepResults, MayBeAbsentAltogether) {
     Instrument instrument;
@@ -107,16 +90,14 @@ TEST(StepResults, AreTrueForWorkersThatFailInTheirOwnAction) {
     board.TakeAway("/sys/class/pwm/pwmchip0/pwm3");
     board.Fail("pthread_mutex_lock", "", EINVAL, 1); // the pump's
     board.Fail("pthread_mutex_lock", "", EINVAL, 2); // the stirrer's
-    testing::internal::CaptureStderr();
-    const StepOutcome outcome = instrument.Run({.angle = 200.0F,
-                                                .speed = 200,
-                                                .duration = 1000,
-                                                .led = true,
-                                                .stirring = true,
-                                                .valve = true});
-    testing::internal::GetCapturedStderr();
+    const StepOutcome outcome = instrument.Run({.Duration = 1000,
+                                                .LEDStatus = true,
+                                                .StirringStatus = true,
+                                                .MotorAngle = 200.0F,
+                                                .MotorSpeed = 200,
+                                                .ValveStatus = true});
     EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, X}));
+    EXPECT_EQ(outcome.slots, "XXXXXX");
     EXPECT_EQ(outcome.console, "MeasurementCycle.cpp, 451, Elements: 3\n"
                                "StepperDriverMotor::MoveAngle failed!\n"
                                "not locked yet\n"
@@ -132,9 +113,32 @@ TEST(StepResults, AreTrueWithoutAnyDevice) {
     MeasurementCycle cycle;
     const StepOutcome outcome = RunStep(board, cycle, kFullStep);
     EXPECT_TRUE(outcome.success);
-    EXPECT_EQ(outcome.slots, (Slots{X, X, X, X, X, X}));
+    EXPECT_EQ(outcome.slots, "XXXXXX");
     EXPECT_EQ(outcome.boardTime, 0);
     EXPECT_EQ(Writes(board), Texts{});
+}
+
+// What a step makes happen, asked for by its row or by the row's fields one by one.
+Texts HappeningsOf(const MeasurementState& row, bool byRow) {
+    Instrument instrument;
+    instrument.SetLastPumpAngle(90.0F);
+    std::array<bool, 6> slots{};
+    ConsoleOf([&] {
+        EXPECT_TRUE(byRow ? doStepRequest(instrument.cycle, row, slots.data(), 6)
+                          : doStepRequest(instrument.cycle, row.MotorAngle, row.MotorSpeed,
+                                          row.FindStartPosition, row.Duration, row.LEDStatus,
+                                          row.StirringStatus, row.SRVDStatus, row.ADCMonitorStatus,
+                                          row.ValveStatus, row.Description, slots.data(), 6));
+    });
+    return Happenings(instrument.board);
+}
+
+TEST(StepRequest, MayBeMadeFieldByField) {
+    StateTable table;
+    for (std::uint32_t row = 0; row < table.Count(); ++row, table.Next()) {
+        EXPECT_EQ(HappeningsOf(table.Current(), false), HappeningsOf(table.Current(), true))
+            << table.Description();
+    }
 }
 
 } // namespace

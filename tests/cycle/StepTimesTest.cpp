@@ -2,10 +2,7 @@
 
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <iostream>
 
 namespace tavrelin {
 namespace {
@@ -14,19 +11,6 @@ using sim::Microseconds;
 using sim::Milliseconds;
 using sim::Nanoseconds;
 using sim::SimulatedBoard;
-
-Step CurrentStepOf(const StateTable& table) {
-    return {.angle = table.MotorAngle(),
-            .speed = table.MotorSpeed(),
-            .findStart = table.FindStartPosition(),
-            .duration = table.Duration(),
-            .led = table.LEDStatus(),
-            .stirring = table.StirringStatus(),
-            .srvd = table.SRVDStatus(),
-            .sampling = table.ADCMonitorStatus(),
-            .valve = table.ValveStatus(),
-            .description = table.Description()};
-}
 
 // What the waits of each step ask for, in ms: readings every 250 until less than 100 are left of
 // the duration, and stirring for the duration. Step 11 turns the pump once from its start position
@@ -40,13 +24,12 @@ constexpr std::array<int, 17> kReadings = {4, 4, 4, 4, 4, 4, 4, 1, 1, 4, 4, 4, 4
 class StepTimes : public testing::Test {
   protected:
     StepTimes() {
-        testing::internal::CaptureStdout();
-        cycle.Init();
-        cycle.Prime();
-        primed = board.Now();
-        cycle.doFindStartPosition(360);
-        std::cout.flush();
-        testing::internal::GetCapturedStdout();
+        ConsoleOf([&] {
+            cycle.Init();
+            cycle.Prime();
+            primed = board.Now();
+            cycle.doFindStartPosition(360);
+        });
     }
 
     SimulatedBoard board;
@@ -61,22 +44,16 @@ TEST_F(StepTimes, BeginAfterTwoSecondsOfPrimingAndTheWayToTheFlag) {
     EXPECT_EQ(board.Now(), Milliseconds(2000) + Microseconds(1267 * 625));
 }
 
-TEST_F(StepTimes, OfTwoMeasurementsAreExactlyWhatTheWaitsAskFor) {
+TEST_F(StepTimes, OfTwoMeasurementsAreExactlyWhatTheWaitsAskForWithRoomForTheirReadings) {
     for (int measurement = 1; measurement <= 2; ++measurement) {
         for (std::size_t row = 0; row < kStepTimes.size(); ++row, table.Next()) {
-            const StepOutcome outcome = RunStep(board, cycle, CurrentStepOf(table));
-            EXPECT_EQ(outcome.boardTime, Milliseconds(kStepTimes[row]))
-                << "step " << row + 1 << " of measurement " << measurement;
+            SCOPED_TRACE(table.Description() + ", measurement " + std::to_string(measurement));
+            board.Forget();
+            const StepOutcome outcome = RunStep(board, cycle, table.Current());
+            EXPECT_EQ(outcome.boardTime, Milliseconds(kStepTimes[row]));
+            EXPECT_EQ(CountOf(board, "read spi"), kReadings[row]);
             EXPECT_TRUE(outcome.success);
         }
-    }
-}
-
-TEST_F(StepTimes, LeaveRoomForTheirReadings) {
-    for (std::size_t row = 0; row < kReadings.size(); ++row, table.Next()) {
-        board.Forget();
-        RunStep(board, cycle, CurrentStepOf(table));
-        EXPECT_EQ(CountOf(board, "read spi"), kReadings[row]) << "step " << row + 1;
     }
 }
 

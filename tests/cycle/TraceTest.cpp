@@ -4,8 +4,6 @@
 
 #include "tests/cycle/Instrument.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 
 namespace tavrelin {
@@ -28,19 +26,6 @@ Texts TraceOf(const SimulatedBoard& board) {
     return trace;
 }
 
-/// Happenings that hold one of the texts.
-Texts Picked(const SimulatedBoard& board, const Texts& texts) {
-    Texts picked;
-    for (const std::string& happening : Happenings(board)) {
-        for (const std::string& text : texts) {
-            if (happening.find(text) != std::string::npos) {
-                picked.push_back(happening);
-            }
-        }
-    }
-    return picked;
-}
-
 TEST(Trace, OfAStepStandsBeforeTheLedsStart) {
     Instrument instrument;
     instrument.Run({});
@@ -51,75 +36,56 @@ TEST(Trace, OfAStepStandsBeforeTheLedsStart) {
 
 TEST(Trace, OfAStepStandsAfterTheReagentWorkersStart) {
     Instrument instrument;
-    instrument.Run({.speed = 200});
+    instrument.Run({.MotorSpeed = 200});
     EXPECT_EQ(Picked(instrument.board, {"doStepRequest", "thread-start"}),
               (Texts{"thread 1: thread-start - 2",
                      "thread 1: trace MeasurementCycle.cpp doStepRequest 434",
                      "thread 1: thread-start - 3", "thread 1: thread-start - 4"}));
 }
 
+std::string Stage(int line) {
+    return "MeasurementCycle.cpp doReagentDeliveryThread " + std::to_string(line);
+}
+
 class DeliveryTrace : public testing::Test {
   protected:
-    void Deliver(float angle, std::uint32_t speed, bool findStart = false) {
-        StepRequest request;
-        request.MotorAngle = angle;
-        request.MotorSpeed = speed;
-        request.FindStartPosition = findStart;
-        request.Duration = 1000;
-        request.reagentPump = instrument.cycle.ReagentPump();
+    Texts TraceOfADelivery(float angle, std::uint32_t speed, bool findStart = false) {
+        const StepRequest request = instrument.RequestFor({.Duration = 1000,
+                                                           .FindStartPosition = findStart,
+                                                           .MotorAngle = angle,
+                                                           .MotorSpeed = speed});
         DeliverReagent(&request);
+        return TraceOf(instrument.board);
     }
 
     Instrument instrument;
-    SimulatedBoard& board = instrument.board;
 };
 
-TEST_F(DeliveryTrace, OfAMoveMarksItsStages) {
+TEST_F(DeliveryTrace, OfAMoveMarksItsStagesAroundTheMove) {
     instrument.SetLastPumpAngle(90.0F);
-    Deliver(180.0F, 180);
-    EXPECT_EQ(TraceOf(board), (Texts{"MeasurementCycle.cpp doReagentDeliveryThread 986",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 995",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 1053",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 1059"}));
-}
-
-TEST_F(DeliveryTrace, OfAMoveStandsAroundTheMove) {
-    instrument.SetLastPumpAngle(90.0F);
-    Deliver(180.0F, 180);
-    EXPECT_EQ(Picked(board, {"trace", "sleep", "A4/value"}),
-              (Texts{"thread 1: trace MeasurementCycle.cpp doReagentDeliveryThread 986",
-                     "thread 1: trace MeasurementCycle.cpp doReagentDeliveryThread 995",
-                     "thread 1: write A4/value \"1\"", "thread 1: sleep - 1000000 us",
-                     "thread 1: write A4/value \"0\"",
-                     "thread 1: trace MeasurementCycle.cpp doReagentDeliveryThread 1053",
-                     "thread 1: trace MeasurementCycle.cpp doReagentDeliveryThread 1059"}));
+    TraceOfADelivery(180.0F, 180);
+    const std::string trace = "thread 1: trace ";
+    EXPECT_EQ(Picked(instrument.board, {"trace", "sleep", "A4/value"}),
+              (Texts{trace + Stage(986), trace + Stage(995), "thread 1: write A4/value \"1\"",
+                     "thread 1: sleep - 1000000 us", "thread 1: write A4/value \"0\"",
+                     trace + Stage(1053), trace + Stage(1059)}));
 }
 
 TEST_F(DeliveryTrace, OfASearchMarksItsStagesAroundTheSearch) {
-    board.Fail("open", kSensorValue, EACCES, 3); // the flag, once
-    Deliver(360.0F, 200, true);
-    EXPECT_EQ(TraceOf(board),
-              (Texts{"MeasurementCycle.cpp doReagentDeliveryThread 986",
-                     "MeasurementCycle.cpp doReagentDeliveryThread 995",
-                     "MeasurementCycle.cpp doReagentDeliveryThread 1008",
-                     "MeasurementCycle.cpp doFindStartPosition 231",
-                     "HomeSensor.cpp IsStopPosition 96", "HomeSensor.cpp IsStopPosition 96",
-                     "HomeSensor.cpp IsStopPosition 96", "HomeSensor.cpp IsStopPosition 96",
-                     "MeasurementCycle.cpp doReagentDeliveryThread 1011",
-                     "MeasurementCycle.cpp doReagentDeliveryThread 1059"}));
+    instrument.board.Fail("open", kSensorValue, EACCES, 3); // the flag, once
+    const std::string look = "HomeSensor.cpp IsStopPosition 96";
+    EXPECT_EQ(
+        TraceOfADelivery(360.0F, 200, true),
+        (Texts{Stage(986), Stage(995), Stage(1008), "MeasurementCycle.cpp doFindStartPosition 231",
+               look, look, look, look, Stage(1011), Stage(1059)}));
 }
 
 TEST_F(DeliveryTrace, WithoutSpeedMarksBeginningAndEnd) {
-    Deliver(180.0F, 0);
-    EXPECT_EQ(TraceOf(board), (Texts{"MeasurementCycle.cpp doReagentDeliveryThread 986",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 1059"}));
+    EXPECT_EQ(TraceOfADelivery(180.0F, 0), (Texts{Stage(986), Stage(1059)}));
 }
 
 TEST_F(DeliveryTrace, WithoutTimeToMoveMarksAlsoThatItCould) {
-    Deliver(0.5F, 180);
-    EXPECT_EQ(TraceOf(board), (Texts{"MeasurementCycle.cpp doReagentDeliveryThread 986",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 995",
-                                     "MeasurementCycle.cpp doReagentDeliveryThread 1059"}));
+    EXPECT_EQ(TraceOfADelivery(0.5F, 180), (Texts{Stage(986), Stage(995), Stage(1059)}));
 }
 
 // The pump's start, each look for the flag, and neither the debouncing nor the final check.
@@ -132,15 +98,10 @@ TEST(Trace, OfASearchStandsAfterThePumpsStartAndBeforeEachLookForTheFlag) {
     const std::string look = "thread 1: trace HomeSensor.cpp IsStopPosition 96";
     const std::string high = "thread 1: read B18/value \"1\\n\"";
     Texts expected = {"thread 1: write pwm1/enable \"1\"",
-                      "thread 1: trace MeasurementCycle.cpp doFindStartPosition 231",
-                      look,
-                      high,
-                      look,
-                      high,
-                      look,
-                      "thread 1: open B18/value EACCES",
-                      look,
-                      high};
+                      "thread 1: trace MeasurementCycle.cpp doFindStartPosition 231"};
+    const Texts looks = {look, high, look, high, look, "thread 1: open B18/value EACCES",
+                         look, high};
+    expected.insert(expected.end(), looks.begin(), looks.end());
     expected.insert(expected.end(), 10, high); // the debouncing
     expected.insert(expected.end(), {"thread 1: write pwm1/enable \"0\"", high});
     EXPECT_EQ(Picked(board, {"trace", "B18/value", "write pwm1/enable"}), expected);

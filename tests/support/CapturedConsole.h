@@ -46,4 +46,12 @@ class CapturedConsole {
     std::string error_;
 };
 
+/// What standard output gets while `action` runs.
+template <typename Action>
+std::string ConsoleOf(Action action) {
+    CapturedConsole console;
+    action();
+    return console.Output();
+}
+
 } // namespace tavrelin
