@@ -1,8 +1,6 @@
 #include "tests/support/BoardWrites.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <optional>
 #include <sstream>
 
 namespace tavrelin {
@@ -25,65 +23,50 @@ std::string ShortPath(const std::string& path) {
     return (line ? name.substr(3) : name) + " " + path.substr(attribute + 1);
 }
 
-std::optional<Write> AsWrite(const std::string& event) {
-    std::istringstream words(event);
-    Write write;
-    std::string operation;
-    std::string path;
-    std::string data;
-    words >> write.microseconds >> write.thread >> operation >> path >> std::ws;
-    std::getline(words, data);
-    if (operation != "write" || path.substr(0, 11) != "/sys/class/") {
-        return std::nullopt;
-    }
-    std::erase(data, '"');
-    write.text = ShortPath(path) + " " + data;
-    return write;
-}
-
-std::vector<Write> AllWrites(const sim::SimulatedBoard& board) {
-    std::vector<Write> writes;
-    for (const std::string& event : board.TimedEvents()) {
-        if (const std::optional<Write> write = AsWrite(event)) {
-            writes.push_back(*write);
-        }
-    }
-    return writes;
-}
-
 // "1500", or "1500.001" for a moment that is no whole millisecond.
 std::string Milliseconds(const Write& write) {
     const std::string fraction = std::to_string(1000 + write.microseconds % 1000).substr(1);
     return std::to_string(write.microseconds / 1000) + (fraction == "000" ? "" : "." + fraction);
 }
 
+// The writes as `tell` tells them; empty texts are left out.
+template <typename Tell>
+sim::Texts WritesAsTold(const sim::SimulatedBoard& board, Tell tell) {
+    sim::Texts texts;
+    for (const std::string& event : board.TimedEvents()) {
+        std::istringstream words(event);
+        Write write;
+        std::string operation;
+        std::string path;
+        std::string data;
+        words >> write.microseconds >> write.thread >> operation >> path >> std::ws;
+        std::getline(words, data);
+        std::erase(data, '"');
+        if (operation == "write" && path.substr(0, 11) == "/sys/class/") {
+            write.text = ShortPath(path) + " " + data;
+            texts.push_back(tell(write));
+        }
+    }
+    std::erase(texts, "");
+    return texts;
+}
+
 } // namespace
 
 sim::Texts Writes(const sim::SimulatedBoard& board) {
-    sim::Texts texts;
-    for (const Write& write : AllWrites(board)) {
-        texts.push_back(write.text);
-    }
-    return texts;
+    return WritesAsTold(board, [](const Write& write) { return write.text; });
 }
 
 sim::Texts TimedWrites(const sim::SimulatedBoard& board) {
-    sim::Texts texts;
-    for (const Write& write : AllWrites(board)) {
-        texts.push_back(Milliseconds(write) + " " + std::to_string(write.thread) + " " +
-                        write.text);
-    }
-    return texts;
+    return WritesAsTold(board, [](const Write& write) {
+        return Milliseconds(write) + " " + std::to_string(write.thread) + " " + write.text;
+    });
 }
 
 sim::Texts TimedWritesOfThread(const sim::SimulatedBoard& board, unsigned thread) {
-    sim::Texts texts;
-    for (const Write& write : AllWrites(board)) {
-        if (write.thread == thread) {
-            texts.push_back(Milliseconds(write) + " " + write.text);
-        }
-    }
-    return texts;
+    return WritesAsTold(board, [thread](const Write& write) {
+        return write.thread == thread ? Milliseconds(write) + " " + write.text : "";
+    });
 }
 
 } // namespace tavrelin

@@ -14,32 +14,15 @@ namespace {
 
 constexpr int kNotStarted = 127;
 
-// Where a child's standard streams go.
-class Redirections {
-  public:
-    Redirections() { ::posix_spawn_file_actions_init(&actions_); }
-    Redirections(const Redirections&) = delete;
-    Redirections& operator=(const Redirections&) = delete;
-    ~Redirections() { ::posix_spawn_file_actions_destroy(&actions_); }
-
-    void Add(int descriptor, const std::string& path, int flags) {
-        ::posix_spawn_file_actions_addopen(&actions_, descriptor, path.c_str(), flags, 0600);
-    }
-    [[nodiscard]] const posix_spawn_file_actions_t* Get() const { return &actions_; }
-
-  private:
-    posix_spawn_file_actions_t actions_{};
-};
-
 // -1 when the program cannot be started.
-pid_t Start(std::vector<std::string> command, const Redirections& redirections) {
+pid_t Start(std::vector<std::string> command, const posix_spawn_file_actions_t* redirections) {
     std::vector<char*> arguments;
     for (std::string& argument : command) {
         arguments.push_back(argument.data());
     }
     arguments.push_back(nullptr);
     pid_t process = -1;
-    const int error = ::posix_spawnp(&process, arguments.front(), redirections.Get(), nullptr,
+    const int error = ::posix_spawnp(&process, arguments.front(), redirections, nullptr,
                                      arguments.data(), environ);
     return error == 0 ? process : -1;
 }
@@ -58,15 +41,19 @@ CommandResult RunCommand(const std::vector<std::string>& command) {
     const TestFolder folder;
     const std::string output = folder.Path("output");
     const std::string error = folder.Path("error");
-    Redirections redirections;
-    redirections.Add(STDIN_FILENO, "/dev/null", O_RDONLY);
-    redirections.Add(STDOUT_FILENO, output, O_WRONLY | O_CREAT);
-    redirections.Add(STDERR_FILENO, error, O_WRONLY | O_CREAT);
-    const int status = ExitStatusOf(Start(command, redirections));
+    posix_spawn_file_actions_t streams{};
+    ::posix_spawn_file_actions_init(&streams);
+    ::posix_spawn_file_actions_addopen(&streams, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_addopen(&streams, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT,
+                                       0600);
+    ::posix_spawn_file_actions_addopen(&streams, STDERR_FILENO, error.c_str(), O_WRONLY | O_CREAT,
+                                       0600);
+    const int status = ExitStatusOf(Start(command, &streams));
+    ::posix_spawn_file_actions_destroy(&streams);
     return {.status = status, .output = TextOf(output), .error = TextOf(error)};
 }
 
-BusyProcess::BusyProcess() : process_(Start({"sh", "-c", "while :; do :; done"}, {})) {}
+BusyProcess::BusyProcess() : process_(Start({"sh", "-c", "while :; do :; done"}, nullptr)) {}
 
 BusyProcess::~BusyProcess() {
     if (process_ > 0) {
