@@ -1,7 +1,7 @@
 #include "tests/service/ServiceRun.h"
 
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Places.h"
-#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <cstdlib>
@@ -9,15 +9,6 @@
 namespace tavrelin {
 
 namespace {
-
-// Seconds of real time after which a call that hangs is given up.
-constexpr const char* kPatience = "60";
-
-Words ServiceCommand(const Words& words) {
-    Words command = {InBuild("bin/tavrelin-service")};
-    command.insert(command.end(), words.begin(), words.end());
-    return command;
-}
 
 void ReplaceAll(std::string& text, const std::string& what, const std::string& with) {
     for (std::size_t at = text.find(what); at != std::string::npos;
@@ -66,32 +57,18 @@ std::string Quoted(const std::string& word) {
 } // namespace
 
 CommandResult CallService(const Words& words) {
-    return RunCommand(ServiceCommand(words));
+    Words command = {InBuild("bin/tavrelin-service")};
+    command.insert(command.end(), words.begin(), words.end());
+    return RunCommand(command);
 }
 
 SimulatedCall SimulateService(const Words& words, const std::string& board) {
-    const TestFolder folder;
-    WriteText(folder.Path("board.toml"), board);
-    Words command = {InBuild("bin/simulate"),
-                     "--scenario",
-                     folder.Path("board.toml"),
-                     "--io-cost",
-                     "none",
-                     "--real-time",
-                     kPatience,
-                     "--root",
-                     folder.Path("root"),
-                     "--events",
-                     folder.Path("events"),
-                     "--summary",
-                     folder.Path("summary"),
-                     "--"};
-    const Words service = ServiceCommand(words);
-    command.insert(command.end(), service.begin(), service.end());
-    return {.result = AsTheProgramEnded(RunCommand(command)),
-            .events = TextOf(folder.Path("events")),
-            .summary = TextOf(folder.Path("summary")),
-            .card = FilesIn(folder.Path("root/card"))};
+    const RunResult run =
+        RunInstrument({.board = board, .program = "tavrelin-service", .arguments = words});
+    return {.result = AsTheProgramEnded({run.status, run.console, run.errors}),
+            .events = run.events,
+            .summary = run.summary,
+            .card = run.card};
 }
 
 std::string Transcript(const Words& words, const CommandResult& result) {

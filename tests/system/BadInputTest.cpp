@@ -1,7 +1,7 @@
 // The board's answers are rubbish: the instrument neither crashes nor waits longer than it must.
 
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gmock/gmock.h>
@@ -42,17 +42,23 @@ std::vector<std::uint32_t> AnyWords() {
     return words;
 }
 
+RunResult RunWithWords(const std::vector<std::uint32_t>& words) {
+    std::string board = "[converter]\nwords = [";
+    for (const std::uint32_t word : words) {
+        board += std::to_string(word) + ", ";
+    }
+    return RunInstrument({.board = board + "]\n", .measurements = 1});
+}
+
 TEST(ConverterWords, OfAnyValueBecomeReadings) {
     const std::vector<std::uint32_t> words = AnyWords();
-    std::string board = "[converter]\nwords = [";
     std::vector<long> expected;
     std::int32_t last = 0;
     for (const std::uint32_t word : words) {
-        board += std::to_string(word) + ", ";
         last = ReadingOf(word, last);
         expected.push_back(last);
     }
-    const RunResult run = RunInstrument({.board = board + "]\n", .measurements = 1});
+    const RunResult run = RunWithWords(words);
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_EQ(ReadingsIn(run.Log()), expected);
     EXPECT_THAT(TornLines(run.Log()), testing::IsEmpty());
@@ -60,11 +66,8 @@ TEST(ConverterWords, OfAnyValueBecomeReadings) {
 
 // A converter that never has anything new leaves every reading at 0.
 TEST(ConverterWords, ThatBringNothingNewRepeatTheLastReading) {
-    std::string board = "[converter]\nwords = [";
-    for (std::size_t i = 0; i < kSamplesOfAMeasurement; ++i) {
-        board += std::to_string(kCommandSentBack) + ", ";
-    }
-    const RunResult run = RunInstrument({.board = board + "]\n", .measurements = 1});
+    const RunResult run =
+        RunWithWords(std::vector<std::uint32_t>(kSamplesOfAMeasurement, kCommandSentBack));
     EXPECT_EQ(ReadingsIn(run.Log()), std::vector<long>(kSamplesOfAMeasurement, 0));
     EXPECT_THAT(ResultLines(run.Log()),
                 testing::ElementsAre(testing::EndsWith(",,,-1,-1714.82,0,0,0")));

@@ -1,7 +1,7 @@
 // Cards that are missing, full, locked, pulled or slow. What reaches a log is whole records.
 
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gmock/gmock.h>
@@ -128,7 +128,8 @@ TEST_P(CardPulledAt, HoldsWhatWasWrittenBeforeUnlessItWasStillToBeMounted) {
 INSTANTIATE_TEST_SUITE_P(TenthsOfASecond, CardPulledAt, testing::Range(0, 200, 7));
 
 TEST(NearlyFullCard, HoldsTheRecordsThatFitAndLosesTheOthersWhole) {
-    const RunResult run = RunInstrument({.scenario = "card-nearly-full", .measurements = 2});
+    const RunResult run =
+        RunInstrument({.board = "[card]\nfree_bytes = 1000\n", .measurements = 2});
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_EQ(StepsOf(run), 34U);
     EXPECT_LE(run.Log().size(), 1000U);

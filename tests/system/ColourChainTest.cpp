@@ -1,7 +1,7 @@
 // Light, sample, reagent and stirring all have a part in a result: what fails shows in it.
 
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gmock/gmock.h>
@@ -27,11 +27,6 @@ TEST(ColourChain, GivesTheSampleItsColour) {
     EXPECT_EQ(Figures(RunInstrument({.measurements = 2})), (Lines{kTrue, kTrue}));
 }
 
-TEST(ColourChain, NeedsTheStirrer) {
-    const RunResult run = RunInstrument({.scenario = "stirrer-stuck", .measurements = 1});
-    EXPECT_EQ(Figures(run), (Lines{"0,0,20000,3e+06,3e+06"}));
-}
-
 TEST(ColourChain, NeedsTheReagentOfItsOwnMeasurement) {
     const RunResult run =
         RunInstrument({.scenario = "pump-misses-one-addition", .measurements = 2});
@@ -41,16 +36,15 @@ TEST(ColourChain, NeedsTheReagentOfItsOwnMeasurement) {
     EXPECT_EQ(Figures(run), (Lines{"0,0,20000,3e+06,3e+06", kTrue}));
 }
 
-TEST(ColourChain, NeedsLight) {
-    const RunResult run = RunInstrument({.scenario = "lamp-stays-dark", .measurements = 1});
-    EXPECT_EQ(Figures(run), (Lines{"-1,-1714.82,20000,20000,20000"}));
-    EXPECT_THAT(run.console, testing::EndsWith(",-1714.818,1,0.1.4.47\n,Sanity Check\n"));
-}
-
-TEST(ColourChain, NeedsTheDark) {
-    const RunResult run = RunInstrument({.scenario = "lamp-stays-on", .measurements = 1});
-    EXPECT_EQ(Figures(run), (Lines{"-inf,-inf,3e+06,3e+06,1.69578e+06"}));
-    EXPECT_THAT(run.console, testing::EndsWith(",-inf,1,0.1.4.47\n,Sanity Check\n"));
+TEST(ColourChain, NeedsStirrerLightAndDark) {
+    const auto result = [](const std::string& scenario, const std::string& shown) {
+        const RunResult run = RunInstrument({.scenario = scenario, .measurements = 1});
+        EXPECT_THAT(run.console, testing::EndsWith("," + shown + ",1,0.1.4.47\n,Sanity Check\n"));
+        return Figures(run);
+    };
+    EXPECT_EQ(result("stirrer-stuck", "0.000"), Lines{"0,0,20000,3e+06,3e+06"});
+    EXPECT_EQ(result("lamp-stays-dark", "-1714.818"), Lines{"-1,-1714.82,20000,20000,20000"});
+    EXPECT_EQ(result("lamp-stays-on", "-inf"), Lines{"-inf,-inf,3e+06,3e+06,1.69578e+06"});
 }
 
 // The second measurement finds the first one's colour in its reference.

@@ -1,5 +1,5 @@
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,9 @@ TEST(CommandLine, OfAnyOtherWordsEndsInSilence) {
                                                {"&", "--version"},
                                                {"", "", "", "", ""}}) {
         SCOPED_TRACE(testing::PrintToString(words));
-        EXPECT_EQ(RunInstrument({.arguments = words}), RunResult{});
+        const RunResult run = RunInstrument({.arguments = words});
+        EXPECT_EQ(run.status, kEndedAsAsked);
+        EXPECT_EQ(run.console + run.errors + run.events, "");
     }
 }
 

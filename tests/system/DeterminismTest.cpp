@@ -2,8 +2,8 @@
 
 #include "tests/support/Command.h"
 #include "tests/support/GoldenFile.h"
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gtest/gtest.h>
@@ -15,9 +15,6 @@ namespace {
 
 const Conditions kNoisy = {
     .scenario = "noisy-detector", .measurements = 2, .seed = 7, .ioCost = "board"};
-const Conditions kFreeCalls = {
-    .scenario = "noisy-detector", .measurements = 2, .seed = 7, .ioCost = "none"};
-
 // Told apart, so that a difference shows where it lies.
 void ExpectSame(const RunResult& run, const RunResult& other) {
     EXPECT_EQ(run.status, kEndedAsAsked);
@@ -28,17 +25,13 @@ void ExpectSame(const RunResult& run, const RunResult& other) {
     EXPECT_TRUE(run == other);
 }
 
-TEST(Determinism, RepeatsARunByteForByte) {
-    for (const Conditions& conditions : {kNoisy, kFreeCalls}) {
+TEST(Determinism, RepeatsARunByteForByteAlsoOnOneCoreUnderLoad) {
+    Conditions freeCalls = kNoisy;
+    freeCalls.ioCost = "none";
+    for (const Conditions& conditions : {kNoisy, freeCalls}) {
         const RunResult first = RunInstrument(conditions);
         EXPECT_EQ(ResultLines(first.Log()).size(), 2U);
         ExpectSame(RunInstrument(conditions), first);
-    }
-}
-
-TEST(Determinism, RepeatsItOnOneCoreUnderLoad) {
-    for (const Conditions& conditions : {kNoisy, kFreeCalls}) {
-        const RunResult first = RunInstrument(conditions);
         const OneCore shared;
         const BusyProcess busy;
         ExpectSame(RunInstrument(conditions), first);

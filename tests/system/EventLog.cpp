@@ -3,7 +3,7 @@
 #include "tests/support/Text.h"
 
 #include <cstddef>
-#include <cstdio>
+#include <iomanip>
 #include <sstream>
 
 namespace tavrelin {
@@ -42,12 +42,6 @@ std::string BeginningAt(const std::vector<BoardEvent>& events, std::size_t index
     return stepsBefore == 0 && TakesHomeSensor(events[index]) ? "Search" : "";
 }
 
-std::string RightAligned(std::int64_t number, int width) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%*lld", width, static_cast<long long>(number));
-    return text;
-}
-
 } // namespace
 
 std::vector<BoardEvent> ParseEvents(std::string_view log) {
@@ -78,14 +72,14 @@ std::vector<Section> SplitIntoSections(const std::vector<BoardEvent>& events) {
 
 std::string SectionText(const Section& section) {
     const std::int64_t begin = section.Begin();
-    std::string text = "# " + section.name + ": from " + std::to_string(begin) +
-                       " us of board time, lasts " + std::to_string(section.Duration()) + " us\n" +
-                       "#  us  thread  operation path data\n";
+    std::ostringstream text;
+    text << "# " << section.name << ": from " << begin << " us of board time, lasts "
+         << section.Duration() << " us\n#  us  thread  operation path data\n";
     for (const BoardEvent& event : section.events) {
-        text += RightAligned(event.at - begin, 7) + RightAligned(event.thread, 4) + "  " +
-                event.what + "\n";
+        text << std::setw(7) << event.at - begin << std::setw(4) << event.thread << "  "
+             << event.what << "\n";
     }
-    return text;
+    return text.str();
 }
 
 } // namespace tavrelin

@@ -1,8 +1,8 @@
 // One whole measurement from switching on, held against golden files that a person can read.
 
 #include "tests/support/GoldenFile.h"
+#include "tests/support/InstrumentRun.h"
 #include "tests/system/EventLog.h"
-#include "tests/system/InstrumentRun.h"
 
 #include <algorithm>
 #include <cctype>

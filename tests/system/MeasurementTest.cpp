@@ -1,5 +1,5 @@
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
+#include "tests/support/InstrumentRun.h"
 #include "tests/support/Text.h"
-#include "tests/system/InstrumentRun.h"
 #include "tests/system/LogFile.h"
 
 #include <gmock/gmock.h>
@@ -105,7 +105,7 @@ const std::string kPrimed = "MeasurementCycle.cpp, 150, success: 1\n"
 
 // Two seconds of priming, then two more until the search gives up.
 TEST(FailedSearch, EndsWithOneErrorLineAndStatusZero) {
-    const RunResult run = RunInstrument({.scenario = "flag-never-seen"});
+    const RunResult run = RunInstrument({.board = "[pump]\nflag_seen = false\n"});
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_EQ(run.console, "TAVRELIN,2026-03-07 09:00.00,-0.000,0,0.1.4.47\n,Priming\n" + kPrimed +
                                "TAVRELIN,2026-03-07 09:00.04,-0.000,0,0.1.4.47\n"
@@ -119,7 +119,7 @@ TEST(FailedSearch, EndsWithOneErrorLineAndStatusZero) {
 }
 
 TEST(FailedSearch, ComesAtOnceWhenThePumpStandsOnTheFlag) {
-    const RunResult run = RunInstrument({.scenario = "pump-on-flag"});
+    const RunResult run = RunInstrument({.board = "[pump]\non_flag_at_start = true\n"});
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_THAT(run.console, testing::EndsWith("TAVRELIN,2026-03-07 09:00.02,-0.000,0,0.1.4.47\n"
                                                ",!!!Error: Motor Find Start!!!\n"));

@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <link.h>
 #include <set>
 
@@ -65,24 +64,14 @@ Names Together(Names names, const Names& others) {
     return names;
 }
 
-// Groups of names, each under comment lines and apart from the next by an empty line.
-std::vector<std::vector<std::string>> HarmlessGroups() {
-    std::vector<std::vector<std::string>> groups(1);
-    for (const std::string& line :
-         LinesOf(TextOf(InCheckout("tests/system/harmless-symbols.txt")))) {
-        if (line.empty()) {
-            groups.emplace_back();
-        } else if (line.front() != '#') {
-            groups.back().push_back(line);
-        }
-    }
-    return groups;
-}
-
+// The names in the list, without its comments.
 Names HarmlessNames() {
     Names names;
-    for (const auto& group : HarmlessGroups()) {
-        names.insert(group.begin(), group.end());
+    for (const std::string& line :
+         LinesOf(TextOf(InCheckout("tests/system/harmless-symbols.txt")))) {
+        if (!line.empty() && line.front() != '#') {
+            EXPECT_TRUE(names.insert(line).second) << line << " stands twice";
+        }
     }
     return names;
 }
@@ -122,15 +111,6 @@ TEST(HarmlessSymbols, AreNotAnsweredByTheBoard) {
     for (const std::string& name : HarmlessNames()) {
         EXPECT_FALSE(answered.contains(name)) << name;
     }
-}
-
-TEST(HarmlessSymbols, StandSortedInTheirGroupsAndOnce) {
-    std::size_t count = 0;
-    for (const auto& group : HarmlessGroups()) {
-        EXPECT_TRUE(std::is_sorted(group.begin(), group.end())) << group.front();
-        count += group.size();
-    }
-    EXPECT_EQ(HarmlessNames().size(), count);
 }
 
 TEST(HarmlessSymbols, IncludeThoseOfFilesystemBecauseTheProgramDoesNotUseIt) {

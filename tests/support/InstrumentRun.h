@@ -7,11 +7,12 @@
 
 namespace tavrelin {
 
-/// What a run of the shipping program on the simulated board is like. A run ends with the program
-/// or at the first limit; 0 is no limit.
+/// What a run of a shipping program on the simulated board is like. A run ends with the program or
+/// at the first limit; 0 is no limit.
 struct Conditions {
-    std::string scenario = {}; ///< a file in scenarios/, without its ending
+    std::string scenario = {}; ///< a file in tests/system/scenarios/, without its ending
     std::string board = {};    ///< or the scenario's text; neither: the board as it should be
+    std::string program = "tavrelin";
     std::vector<std::string> arguments = {};
     int measurements = 0;
     int steps = 0;
@@ -30,6 +31,7 @@ struct RunResult {
     std::string console;                           ///< standard output
     std::string errors;                            ///< standard error
     std::string events;                            ///< what happened on the board
+    std::string summary;                           ///< figures of the run
     std::map<std::string, std::string> card;       ///< the card's files by their names
     std::map<std::string, std::string> mountPoint; ///< those that lie below the card's place
 

@@ -1,4 +1,4 @@
-#include "tests/system/InstrumentRun.h"
+#include "tests/support/InstrumentRun.h"
 
 #include "tests/support/Command.h"
 #include "tests/support/Places.h"
@@ -51,18 +51,21 @@ RunResult RunInstrument(const Conditions& conditions) {
                                         root,
                                         "--events",
                                         events,
+                                        "--summary",
+                                        folder.Path("summary"),
                                         "--real-time",
                                         kPatience};
     AddLimit(command, "--measurements", conditions.measurements);
     AddLimit(command, "--steps", conditions.steps);
     AddLimit(command, "--board-time", conditions.boardTime);
-    command.insert(command.end(), {"--", binaries + "/tavrelin"});
+    command.insert(command.end(), {"--", binaries + "/" + conditions.program});
     command.insert(command.end(), conditions.arguments.begin(), conditions.arguments.end());
     const CommandResult result = RunCommand(command);
     return {.status = result.status,
             .console = result.output,
             .errors = result.error,
             .events = TextOf(events),
+            .summary = TextOf(folder.Path("summary")),
             .card = FilesIn(root + "/card"),
             .mountPoint = FilesIn(root + "/rootfs/mnt/sd-card")};
 }
