@@ -28,19 +28,19 @@ DataLog::DataLog() : DataLog(DayLogPath(DateText())) {}
 
 DataLog::DataLog(const std::string& name) {
     if (name.size() > kTooShortName) {
-        file_name_ = name;
+        fileName_ = name;
     }
 }
 
 bool DataLog::set_file_name(const std::string& name) {
-    file_name_ = name;
+    fileName_ = name;
     return open();
 }
 
 bool DataLog::open() {
     // A file that shows is enough, whatever the card: most records find their day's file.
-    FileStatus status(file_name_);
-    if (status.is_regular_file(file_name_)) {
+    FileStatus status(fileName_);
+    if (status.is_regular_file(fileName_)) {
         Trace(kModule, "open", __LINE__);
         return OpenForAppending();
     }
@@ -131,7 +131,7 @@ bool DataLog::MakeFileReachable() {
 
 // The stream clears its flags when this opens it and sets its failed flag otherwise.
 bool DataLog::OpenForAppending() {
-    stream_.open(file_name_, std::ios::out | std::ios::app);
+    stream_.open(fileName_, std::ios::out | std::ios::app);
     return stream_.is_open();
 }
 

@@ -39,7 +39,7 @@ class DataLog {
 
     /// The stream's failed flag.
     [[nodiscard]] bool failed() const { return stream_.fail(); }
-    [[nodiscard]] const std::string& file_name() const { return file_name_; }
+    [[nodiscard]] const std::string& file_name() const { return fileName_; }
 
     /// Whether a card is in the slot.
     static bool is_sd_card_present();
@@ -56,7 +56,7 @@ class DataLog {
     bool OpenForAppending();
     static bool CleanUpAfterRemoval();
 
-    std::string file_name_;
+    std::string fileName_;
     std::ofstream stream_;
 };
 
