@@ -83,6 +83,7 @@ bool ADC::ReadVoltage(float& voltage) const {
     if (!ReadRaw(raw) || !ReadReference(reference)) {
         return false;
     }
+    // Single precision throughout, in this order: the callers' last digits depend on it.
     voltage = static_cast<float>(raw) * reference * kUnit;
     return true;
 }

@@ -25,6 +25,7 @@ bool IsOn(snd_mixer_elem_t* element, snd_mixer_selem_channel_id_t channel) {
     return snd_mixer_selem_get_playback_switch(element, channel, &on) >= 0 && on != 0;
 }
 
+// Read back, because not every mixer does what it answers.
 bool SwitchOn(snd_mixer_elem_t* element) {
     return snd_mixer_selem_has_playback_switch(element) == 1 &&
            snd_mixer_selem_set_playback_switch_all(element, 1) >= 0 &&

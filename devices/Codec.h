@@ -9,9 +9,8 @@ namespace tavrelin {
 /// standard output. Takes no lock.
 class Codec {
   public:
-    /// Volume selectors; any other number stands for front right.
+    /// Volume selectors; any other number is front right.
     static constexpr std::uint32_t kFrontLeft = 0;
-    static constexpr std::uint32_t kFrontRight = 1;
     static constexpr std::uint32_t kAllChannels = 2;
 
     /// Ready when there is a sound card; without one every operation fails at once.

@@ -49,6 +49,7 @@ float doRawConversion(std::uint8_t channel, const SpiDevice* device) {
         return 0.0F;
     }
     TransferBuffer buffer = {CommandFor(channel), 0};
+    // Neither is looked at: without an answer the buffer stays zero, and that is what is read.
     static_cast<void>(device->Write(buffer.data(), kCommandBytes));
     const std::uint32_t reference = WordOnWire(buffer);
     SleepMilliseconds(wiring::kConversionTime);
@@ -58,6 +59,7 @@ float doRawConversion(std::uint8_t channel, const SpiDevice* device) {
     if (word == reference) {
         return kNoNewResult;
     }
+    // The method hands the 25 bits on as a float; what that costs is part of every reading so far.
     return static_cast<float>(word >> 5U & 0x1FFFFFFU);
 }
 

@@ -14,9 +14,14 @@ inline constexpr float kNoNewResult = 4294967296.0F;
 /// zeros.
 float doRawConversion(std::uint8_t channel, const SpiDevice* device);
 
-/// Reading of the optical detector in counts, -16777216 to 16777215. Repeats the last one when
-/// nothing new came; 0 before the first. That one is kept process-wide: one thread at a time may
-/// call.
+/// Reading of the optical detector in counts, -16777216 to 16777214. The converter sends 25 bits,
+/// of which the highest is set for counts from 0 on, and they pass through a single-precision
+/// number, which keeps 24. So a count below 0 comes as it is, and one from 0 on comes out even: an
+/// odd one as its neighbour that 4 divides (1 as 0, 3 as 4). Full scale, 16777215, rounds up to a
+/// 26th bit and reads -16777216, like a word of zeros.
+///
+/// Repeats the last reading when nothing new came; 0 before the first. That one is kept
+/// process-wide: one thread at a time may call.
 float doADCConversion(const SpiDevice* device);
 
 } // namespace tavrelin

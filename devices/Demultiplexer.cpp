@@ -4,9 +4,6 @@
 #include "devices/ADC.h"
 #include "devices/IndicatorWiring.h"
 
-#include <algorithm>
-#include <cstddef>
-
 namespace tavrelin {
 
 namespace {
@@ -19,20 +16,10 @@ bool Exists(std::uint32_t channel) {
     return channel < kFirstOfUpperGroup || (channel >= 10 && channel <= 15);
 }
 
-bool MakeLowOutput(GpioPin& pin) {
-    return pin.SetDirection(kPinOutput) && pin.SetEdge(kEdgeNone) && pin.Write(kLevelLow);
-}
-
 } // namespace
 
-Demultiplexer::~Demultiplexer() {
-    ReleasePins();
-}
-
 bool Demultiplexer::Init(const SelectLines& lines) {
-    ReleasePins();
-    ClaimPins(lines);
-    if (ConfigurePins()) {
+    if (select_.Take(lines, kLevelLow)) {
         initialised_ = true;
     }
     if (!initialised_) {
@@ -48,7 +35,7 @@ bool Demultiplexer::SelectChannel(std::uint32_t channel, GpioPin* analogSwitch) 
         PrintLine("Demultiplexer::SelectChannel - Invalid channel");
         bits = 0;
     }
-    if (!initialised_ || !WriteSelectBits(bits) || !SetAnalogSwitch(analogSwitch)) {
+    if (!initialised_ || !select_.Write(bits) || !SetAnalogSwitch(analogSwitch)) {
         PrintLine("Demultiplexer::SelectChannel - Setting mux channel failed");
         return false;
     }
@@ -58,6 +45,7 @@ bool Demultiplexer::SelectChannel(std::uint32_t channel, GpioPin* analogSwitch) 
 bool Demultiplexer::SetAnalogSwitch(GpioPin* analogSwitch) {
     bool set = false;
     if (analogSwitch != nullptr) {
+        // Held from here on, even if it cannot be set: the reset is then what puts it right.
         analogSwitch_ = analogSwitch;
         savedSwitchLevel_ = analogSwitch->Read();
         const std::uint32_t level = channel_ < kFirstOfUpperGroup ? kLevelHigh : kLevelLow;
@@ -79,6 +67,7 @@ bool Demultiplexer::ResetAnalogSwitchState() {
 }
 
 bool Demultiplexer::ReadVoltage(std::uint32_t channel, GpioPin* analogSwitch, float& voltage) {
+    // The converter first, so that nothing is switched where nothing can be read.
     ADC adc;
     const bool read = adc.Open(wiring::kDemultiplexerAdcInput) &&
                       SelectChannel(channel, analogSwitch) && adc.ReadVoltage(voltage) &&
@@ -87,32 +76,6 @@ bool Demultiplexer::ReadVoltage(std::uint32_t channel, GpioPin* analogSwitch, fl
         PrintLine("Demultiplexer::ReadVoltage failed!");
     }
     return read;
-}
-
-void Demultiplexer::ClaimPins(const SelectLines& lines) {
-    for (std::size_t bit = 0; bit < lines.size(); ++bit) {
-        selectPins_[bit] = std::make_unique<GpioPin>(lines[bit].bank, lines[bit].bit);
-    }
-}
-
-void Demultiplexer::ReleasePins() {
-    for (std::unique_ptr<GpioPin>& pin : selectPins_) {
-        pin.reset();
-    }
-}
-
-// Whether the lines could be claimed shows here.
-bool Demultiplexer::ConfigurePins() {
-    return std::all_of(selectPins_.begin(), selectPins_.end(),
-                       [](const auto& pin) { return MakeLowOutput(*pin); });
-}
-
-bool Demultiplexer::WriteSelectBits(std::uint32_t bits) {
-    bool written = true;
-    for (std::size_t bit = 0; written && bit < selectPins_.size(); ++bit) {
-        written = selectPins_[bit]->Write(bits >> bit & 1U);
-    }
-    return written;
 }
 
 } // namespace tavrelin

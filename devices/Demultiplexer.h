@@ -1,11 +1,9 @@
 #pragma once
 
-#include "devices/Wiring.h"
-#include "platform/GpioPin.h"
+#include "devices/PinGroup.h"
 
 #include <array>
 #include <cstdint>
-#include <memory>
 
 namespace tavrelin {
 
@@ -21,11 +19,12 @@ class Demultiplexer {
     Demultiplexer& operator=(const Demultiplexer&) = delete;
     Demultiplexer(Demultiplexer&&) = delete;
     Demultiplexer& operator=(Demultiplexer&&) = delete;
-    /// Releases the select lines, lowest bit first.
-    ~Demultiplexer();
+    ~Demultiplexer() = default;
 
-    /// Claims the select lines, lowest bit first, as low outputs. Once this has succeeded it always
-    /// answers true; a line that was lost then shows when a channel is selected.
+    /// Claims the select lines, lowest bit first, as low outputs, and releases them in this order
+    /// at the end. A line that somebody else has exported serves as well, and is unexported with
+    /// them. Once this has succeeded it always answers true; a line that was lost then shows when
+    /// a channel is selected.
     bool Init(const SelectLines& lines);
 
     /// Selects the channel and sets the switch for it. A channel that does not exist is reported
@@ -48,16 +47,11 @@ class Demultiplexer {
     [[nodiscard]] std::uint32_t Channel() const { return channel_; }
 
   private:
-    void ClaimPins(const SelectLines& lines);
-    void ReleasePins();
-    bool ConfigurePins();
-    bool WriteSelectBits(std::uint32_t bits);
-
     bool initialised_ = false;
     std::uint32_t channel_ = 0;
     std::uint32_t savedSwitchLevel_ = 0;
     GpioPin* analogSwitch_ = nullptr; // borrowed while not null
-    std::array<std::unique_ptr<GpioPin>, 3> selectPins_;
+    PinGroup select_;
 };
 
 } // namespace tavrelin

@@ -32,7 +32,7 @@ MixerElement::MixerElement(const char* name) {
 }
 
 bool MixerElement::Close() {
-    element_ = nullptr;
+    element_ = nullptr; // goes with the mixer
     return mixer_ == nullptr || snd_mixer_close(mixer_.release()) == 0;
 }
 

@@ -11,6 +11,11 @@ class MixerElement {
   public:
     /// Opens the mixer and looks the element up; nobody is told when that fails.
     explicit MixerElement(const char* name);
+    MixerElement(const MixerElement&) = delete;
+    MixerElement& operator=(const MixerElement&) = delete;
+    MixerElement(MixerElement&&) = delete;
+    MixerElement& operator=(MixerElement&&) = delete;
+    ~MixerElement() = default;
 
     /// Null when a step failed. Belongs to the mixer and ends with it.
     [[nodiscard]] snd_mixer_elem_t* Get() const { return element_; }

@@ -4,7 +4,6 @@
 #include "devices/Demultiplexer.h"
 #include "devices/IndicatorWiring.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace tavrelin {
@@ -30,7 +29,15 @@ constexpr std::array<Levels, 11> kColors = {{
     {0, 0, 0, 0, 0, 0}, // 9
     {0, 0, 0, 0, 0, 1}, // 10
 }};
-constexpr Levels kDark = {0, 0, 0, 0, 0, 0};
+
+// The levels as a number, line 1 in its lowest bit; above the table all lines are low.
+constexpr std::uint32_t LevelsOf(std::uint32_t code) {
+    std::uint32_t number = 0;
+    for (std::size_t led = 0; code < kColors.size() && led < kColors[code].size(); ++led) {
+        number |= std::uint32_t{kColors[code][led]} << led;
+    }
+    return number;
+}
 
 // Single precision throughout, in this order: the length's last digits depend on it.
 float CableLength(float v0, float v2) {
@@ -39,14 +46,8 @@ float CableLength(float v0, float v2) {
 
 } // namespace
 
-RemoteIndicator::~RemoteIndicator() {
-    ReleasePins();
-}
-
 bool RemoteIndicator::Init(const LedLines& lines) {
-    ReleasePins();
-    ClaimPins(lines);
-    if (ConfigurePins()) {
+    if (leds_.Take(lines)) {
         initialised_ = true;
         initialised_ = SetLEDColors(kIdleColor);
     }
@@ -57,15 +58,11 @@ bool RemoteIndicator::Init(const LedLines& lines) {
 }
 
 bool RemoteIndicator::SetLEDColors(std::uint32_t code) {
-    const Levels& levels = code < kColors.size() ? kColors[code] : kDark;
-    bool shown = initialised_;
-    for (std::size_t led = 0; shown && led < levels.size(); ++led) {
-        shown = ledPins_[led]->Write(levels[led]);
-    }
-    if (!shown) {
+    if (!initialised_ || !leds_.Write(LevelsOf(code))) {
         PrintLine("RemoteIndicator::SetLEDColors failed!");
+        return false;
     }
-    return shown;
+    return true;
 }
 
 bool RemoteIndicator::CalculateCableLength(float& length) {
@@ -76,11 +73,12 @@ bool RemoteIndicator::CalculateCableLength(float& length) {
     return true;
 }
 
-// A demultiplexer that could not be set up shows in the readings, which then fail.
+// Under the test colour, so the indicator is initialised. A demultiplexer that could not be set up
+// shows in the readings, which then fail.
 bool RemoteIndicator::MeasureCable(float& length) {
-    Demultiplexer demultiplexer;
+    Demultiplexer demultiplexer; // its lines are held for the measurement only
     demultiplexer.Init(wiring::kDemultiplexerSelect);
-    GpioPin* analogSwitch = initialised_ ? ledPins_[wiring::kAnalogSwitchLed].get() : nullptr;
+    GpioPin* analogSwitch = leds_.At(wiring::kAnalogSwitchLed);
     float v2 = 0.0F;
     float v0 = 0.0F;
     if (!demultiplexer.ReadVoltage(wiring::kCableV2Channel, analogSwitch, v2) ||
@@ -89,25 +87,6 @@ bool RemoteIndicator::MeasureCable(float& length) {
     }
     length = CableLength(v0, v2);
     return SetLEDColors(kIdleColor);
-}
-
-void RemoteIndicator::ClaimPins(const LedLines& lines) {
-    for (std::size_t led = 0; led < lines.size(); ++led) {
-        ledPins_[led] = std::make_unique<GpioPin>(lines[led].bank, lines[led].bit);
-    }
-}
-
-void RemoteIndicator::ReleasePins() {
-    for (std::unique_ptr<GpioPin>& pin : ledPins_) {
-        pin.reset();
-    }
-}
-
-// Whether the lines could be claimed shows here.
-bool RemoteIndicator::ConfigurePins() {
-    return std::all_of(ledPins_.begin(), ledPins_.end(), [](const auto& pin) {
-        return pin->SetDirection(kPinOutput) && pin->SetEdge(kEdgeNone);
-    });
 }
 
 } // namespace tavrelin

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "devices/Wiring.h"
-#include "platform/GpioPin.h"
+#include "devices/PinGroup.h"
 
 #include <array>
 #include <cstdint>
-#include <memory>
 
 namespace tavrelin {
 
@@ -20,11 +18,12 @@ class RemoteIndicator {
     RemoteIndicator& operator=(const RemoteIndicator&) = delete;
     RemoteIndicator(RemoteIndicator&&) = delete;
     RemoteIndicator& operator=(RemoteIndicator&&) = delete;
-    /// Releases the lines in their order; they keep their levels.
-    ~RemoteIndicator();
+    ~RemoteIndicator() = default;
 
-    /// Claims the lines as outputs and shows the idle colour. An indicator that worked before
-    /// answers true though a line could not be set up again.
+    /// Claims the lines as outputs and shows the idle colour; releases them in their order at the
+    /// end, with their levels. A line that somebody else has exported serves as well, and is
+    /// unexported with them. An indicator that worked before answers true though a line could not
+    /// be set up again.
     bool Init(const LedLines& lines);
 
     /// Shows colour 0 (idle) to 10; any code above switches all lines low. Stops at the first line
@@ -40,13 +39,10 @@ class RemoteIndicator {
     [[nodiscard]] bool Initialised() const { return initialised_; }
 
   private:
-    void ClaimPins(const LedLines& lines);
-    void ReleasePins();
-    bool ConfigurePins();
     bool MeasureCable(float& length);
 
     bool initialised_ = false;
-    std::array<std::unique_ptr<GpioPin>, 6> ledPins_;
+    PinGroup leds_;
 };
 
 } // namespace tavrelin

@@ -24,7 +24,7 @@ constexpr const char* kQuiet = "-q ";
 constexpr std::uint32_t kFullVolume = 100; // percent
 constexpr pid_t kNoPlayer = -1;
 
-// The tool's own exit status is not looked at.
+// The tool's own exit status is not looked at: an alarm that cannot be made louder still sounds.
 bool RunInShell(const std::string& command) {
     return std::system(command.c_str()) >= 0;
 }
@@ -105,6 +105,7 @@ int Speaker::Stop() {
     if (player_ < 0) {
         return player_;
     }
+    // The child has nothing to put in order, and must not be able to refuse.
     const int killed = ::kill(player_, SIGKILL);
     if (killed == 0) {
         Reap(player_);

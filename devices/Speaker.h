@@ -20,7 +20,7 @@ class Speaker {
     ~Speaker();
 
     /// Switches the output on (true) or off. Whether the mixer tool did it is not known: true says
-    /// that a shell could be run.
+    /// only that a shell could be run, so callers may do without it.
     static bool SetMute(bool unmute);
 
     /// Volume in percent; refuses more than 100. True as for SetMute.
@@ -31,7 +31,7 @@ class Speaker {
     /// one plays or when there can be no child. A player that is missing or cannot play the file is
     /// not noticed here. The name goes to the shell as it stands, not quoted: blanks, quotes and
     /// the shell's other signs have their meaning there, so it must come from a trusted place.
-    bool Play(const std::string& file, std::uint32_t pauseUs);
+    [[nodiscard]] bool Play(const std::string& file, std::uint32_t pauseUs);
 
     /// Kills the child and waits for its end; what the player has begun it plays to the end. 0 when
     /// the child was killed, negative when it could not be or nothing plays.

@@ -19,6 +19,7 @@ std::array<pthread_mutex_t, 4> channelMutexes = {
      PTHREAD_MUTEX_INITIALIZER}};
 
 bool IsValidPulse(float dutyCycle, float frequency) {
+    // A duty of 0 is refused, though the channel would take it: a driver that is started steps.
     return frequency >= 1.0F && frequency <= 100000000.0F && dutyCycle > 0.0F &&
            dutyCycle <= 100.0F;
 }
@@ -51,11 +52,12 @@ bool StepperDriver::Start(float dutyCycle, float frequency) {
         PrintLine("Stepper Driver: PWM mutex lock failed");
         return false;
     }
-    const bool started = WriteEnableLine(kLevelLow) && Pwm() != nullptr &&
-                         Pwm()->SetFrequencyAndDuty(frequency, dutyCycle);
+    // An enable line that can be written was set up, and the channel with it.
+    const bool started =
+        WriteEnableLine(kLevelLow) && Pwm()->SetFrequencyAndDuty(frequency, dutyCycle);
     if (!started) {
         PrintLine("Stepper Driver: PWM enable or chip enable failed");
-        Stop();
+        Stop(); // puts right what was done, and gives the mutex back
     }
     return started;
 }
@@ -64,6 +66,7 @@ bool StepperDriver::Stop() {
     if (!Ok()) {
         return false;
     }
+    // No pulses without an enabled chip: the motor would lose steps it has been told to take.
     const bool stopped = Pwm() != nullptr && Pwm()->Enable(false) && WriteEnableLine(kLevelHigh);
     if (!stopped) {
         PrintLine("Stepper Driver: PWM disable or chip disable failed");

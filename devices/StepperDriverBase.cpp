@@ -2,22 +2,20 @@
 
 #include "base/Console.h"
 
+#include <array>
+
 namespace tavrelin {
 
 namespace {
 
 constexpr std::uint8_t kHighestChannel = 3;
 
-bool MakeHighOutput(GpioPin& pin) {
-    return pin.SetDirection(kPinOutput) && pin.SetEdge(kEdgeNone) && pin.Write(kLevelHigh);
-}
-
 } // namespace
 
 StepperDriverBase::StepperDriverBase(std::uint8_t channel) : channel_(channel) {
     if (channel > kHighestChannel) {
         PrintLine("StepperDriverBase: Invalid PWM channel");
-        channel_ = 0;
+        channel_ = 0; // there is a mutex for it
         ok_ = false;
     }
 }
@@ -26,12 +24,12 @@ void StepperDriverBase::SetupEnablePin(std::uint32_t bank, std::uint32_t bit) {
     if (!ok_) {
         return;
     }
-    enablePin_ = std::make_unique<GpioPin>(bank, bit);
-    if (!MakeHighOutput(*enablePin_)) {
+    if (!enable_.Take(std::array{wiring::Line{bank, bit}}, kLevelHigh)) {
         ok_ = false;
         PrintLine("StepperDriverBase: Setting up enable GPIO pin failed");
         return;
     }
+    // After the line, so that no pulse reaches a chip that is still enabled.
     pwm_ = std::make_unique<PwmChannel>(channel_);
 }
 
@@ -40,17 +38,12 @@ void StepperDriverBase::SetupPins(std::uint32_t enableBank, std::uint32_t enable
     if (!ok_) {
         return;
     }
-    directionPin_ = std::make_unique<GpioPin>(directionBank, directionBit);
-    if (!MakeHighOutput(*directionPin_)) {
+    if (!direction_.Take(std::array{wiring::Line{directionBank, directionBit}}, kLevelHigh)) {
         ok_ = false;
         PrintLine("StepperDriverBase: Setting up direction GPIO pin failed");
         return;
     }
     SetupEnablePin(enableBank, enableBit);
-}
-
-bool StepperDriverBase::WriteEnableLine(std::uint32_t level) {
-    return enablePin_ != nullptr && enablePin_->Write(level);
 }
 
 } // namespace tavrelin

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/GpioPin.h"
+#include "devices/PinGroup.h"
 #include "platform/PwmChannel.h"
 
 #include <cstdint>
@@ -22,8 +22,9 @@ class StepperDriverBase {
     /// Releases channel, enable line and direction line, in this order.
     ~StepperDriverBase() = default;
 
-    /// Claims the enable line, leaves the chip disabled, and claims the PWM channel. Whether the
-    /// lines and the channel could be claimed shows only in what can be done with them.
+    /// Claims the enable line, leaves the chip disabled, and claims the PWM channel. What others
+    /// have exported serves as well, and is given back with the rest: a claim that fails shows only
+    /// where the line or, at the next start, the channel cannot be used.
     void SetupEnablePin(std::uint32_t bank, std::uint32_t bit);
 
     /// Claims the direction line and drives it high, then goes on as SetupEnablePin.
@@ -38,7 +39,7 @@ class StepperDriverBase {
     void MarkUnusable() { ok_ = false; }
 
     /// Drives the enable line: kLevelLow enables the chip. False when the line was never set up.
-    bool WriteEnableLine(std::uint32_t level);
+    bool WriteEnableLine(std::uint32_t level) { return enable_.Write(level); }
     /// Null until the enable line was set up.
     [[nodiscard]] PwmChannel* Pwm() { return pwm_.get(); }
 
@@ -46,8 +47,8 @@ class StepperDriverBase {
     bool ok_ = true;
     std::uint8_t channel_;
     // Declared in the reverse of the order in which they are released.
-    std::unique_ptr<GpioPin> directionPin_;
-    std::unique_ptr<GpioPin> enablePin_;
+    PinGroup direction_;
+    PinGroup enable_;
     std::unique_ptr<PwmChannel> pwm_;
 };
 

@@ -3,19 +3,13 @@
 #include "base/Console.h"
 #include "devices/Wiring.h"
 
+#include <array>
+
 namespace tavrelin {
 
 namespace {
 
 constexpr std::uint32_t kHighestLevel = 7;
-
-bool MakeOutput(GpioPin& pin) {
-    return pin.SetDirection(kPinOutput) && pin.SetEdge(kEdgeNone);
-}
-
-bool WriteBit(GpioPin* pin, std::uint32_t number, std::uint32_t bit) {
-    return pin != nullptr && pin->Write(number >> bit & 1U);
-}
 
 // Single precision throughout, in this order: the nanoseconds written depend on it.
 float StepFrequency(float angleDeg, std::uint32_t durationMs) {
@@ -36,10 +30,8 @@ void StepperDriverMotor::SetupCurrentLimitPins(std::uint32_t bank1, std::uint32_
                                                std::uint32_t bank2, std::uint32_t bit2,
                                                std::uint32_t bank3, std::uint32_t bit3,
                                                std::uint32_t level) {
-    limitPin1_ = std::make_unique<GpioPin>(bank1, bit1);
-    limitPin2_ = std::make_unique<GpioPin>(bank2, bit2);
-    limitPin3_ = std::make_unique<GpioPin>(bank3, bit3);
-    if (!MakeOutput(*limitPin1_) || !MakeOutput(*limitPin2_) || !MakeOutput(*limitPin3_)) {
+    if (!limits_.Take(std::array{wiring::Line{bank1, bit1}, wiring::Line{bank2, bit2},
+                                 wiring::Line{bank3, bit3}})) {
         MarkUnusable();
         PrintLine("Setting current limit GPIO pin(s) to outputs failed");
         return;
@@ -53,9 +45,7 @@ bool StepperDriverMotor::SetCurrentLimit(std::uint32_t level) {
     if (!Ok()) {
         return false;
     }
-    const std::uint32_t number = level <= kHighestLevel ? level : 0;
-    if (!WriteBit(limitPin1_.get(), number, 0) || !WriteBit(limitPin2_.get(), number, 1) ||
-        !WriteBit(limitPin3_.get(), number, 2)) {
+    if (!limits_.Write(level <= kHighestLevel ? level : 0)) {
         PrintLine("Reagent Stepper Motor: Setting current limit pin values failed");
         return false;
     }
@@ -63,6 +53,7 @@ bool StepperDriverMotor::SetCurrentLimit(std::uint32_t level) {
 }
 
 bool StepperDriverMotor::Start(float dutyCycle, float frequency, std::uint32_t level) {
+    // The motor's mutex comes before the channel's, here and wherever both are held.
     const bool started =
         Ok() && TakeMotor() && SetCurrentLimit(level) && StepperDriver::Start(dutyCycle, frequency);
     if (!started) {
@@ -74,6 +65,7 @@ bool StepperDriverMotor::Start(float dutyCycle, float frequency, std::uint32_t l
 bool StepperDriverMotor::Brake() {
     bool braked = false;
     if (Ok()) {
+        // The mutex goes whatever comes before: this is what frees a motor after a failed start.
         const bool limited = SetCurrentLimit(wiring::kPumpBrakedCurrent);
         const bool enabled = limited && WriteEnableLine(kLevelLow);
         const bool unlocked = pthread_mutex_unlock(&motorMutex_) == 0;
@@ -102,6 +94,7 @@ bool StepperDriverMotor::TakeMotor() {
 
 bool StepperDriverMotor::MoveAndBrake(float angleDeg, float dutyCycle, std::uint32_t durationMs,
                                       bool busyWait) {
+    // Run leaves the chip disabled and the rotor free; the brake enables it again to hold it.
     return SetCurrentLimit(wiring::kPumpMovingCurrent) &&
            Run(dutyCycle, StepFrequency(angleDeg, durationMs), durationMs, busyWait) && Brake();
 }

@@ -5,7 +5,6 @@
 #include <pthread.h>
 
 #include <cstdint>
-#include <memory>
 
 namespace tavrelin {
 
@@ -15,7 +14,8 @@ class StepperDriverMotor : public StepperDriver {
   public:
     explicit StepperDriverMotor(std::uint8_t channel);
 
-    /// Claims the three current-limit lines as outputs and sets the level.
+    /// Claims the three current-limit lines as outputs and sets the level. Claims them even for a
+    /// motor that is not ok, which then gets no level.
     void SetupCurrentLimitPins(std::uint32_t bank1, std::uint32_t bit1, std::uint32_t bank2,
                                std::uint32_t bit2, std::uint32_t bank3, std::uint32_t bit3,
                                std::uint32_t level);
@@ -44,10 +44,7 @@ class StepperDriverMotor : public StepperDriver {
     // Held by the thread that moves the motor, from Start or MoveAngle until Brake; taken before
     // the channel's mutex and released after it. Never destroyed.
     pthread_mutex_t motorMutex_{};
-    // Declared in the reverse of the order in which they are released.
-    std::unique_ptr<GpioPin> limitPin3_;
-    std::unique_ptr<GpioPin> limitPin2_;
-    std::unique_ptr<GpioPin> limitPin1_;
+    PinGroup limits_;
 };
 
 } // namespace tavrelin

@@ -32,6 +32,7 @@ bool GenerateTone(std::uint8_t* destination, std::int32_t count, double frequenc
         *destination++ = static_cast<std::uint8_t>(sample & 0xFFU);
         *destination++ = static_cast<std::uint8_t>(sample >> 8U);
         now += kSampleTime;
+        // Once, even where a sample spans several periods: part of the sound.
         if (period <= now) {
             now -= period;
         }

@@ -82,7 +82,7 @@ bool Apply(snd_pcm_t* pcm, snd_pcm_hw_params_t* parameters, Setup& setup) {
     return snd_pcm_hw_params(pcm, parameters) >= 0 &&
            snd_pcm_hw_params_get_period_size(parameters, &setup.periodFrames, nullptr) >= 0 &&
            snd_pcm_hw_params_get_period_time(parameters, &setup.figure, nullptr) >= 0 &&
-           setup.figure != 0;
+           setup.figure != 0; // the playing time is divided by it
 }
 
 // The texts stand as the instrument has always written them, place holders and all.

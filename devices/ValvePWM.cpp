@@ -8,6 +8,7 @@ ValvePWM::ValvePWM(std::uint8_t channel, std::uint16_t frequency)
     : channel_(channel), frequency_(frequency) {}
 
 bool ValvePWM::Init() {
+    // The channel's own outcome is not asked for: it shows when the valve is switched.
     pwm_ = std::make_unique<PwmChannel>(channel_);
     initialised_ = true;
     return true;

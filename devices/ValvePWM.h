@@ -14,6 +14,12 @@ class ValvePWM {
   public:
     /// `frequency` in Hz; touches no hardware.
     ValvePWM(std::uint8_t channel, std::uint16_t frequency);
+    ValvePWM(const ValvePWM&) = delete;
+    ValvePWM& operator=(const ValvePWM&) = delete;
+    ValvePWM(ValvePWM&&) = delete;
+    ValvePWM& operator=(ValvePWM&&) = delete;
+    /// Closes the valve and gives the channel back.
+    ~ValvePWM() = default;
 
     /// Claims the channel. True even when it could not be claimed: that shows when the valve is
     /// switched.

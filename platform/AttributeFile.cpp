@@ -17,6 +17,7 @@ constexpr std::size_t kAttributePage = 4096;
 constexpr mode_t kCreationMode = 0666;
 
 std::string FirstWord(std::string_view text) {
+    // What the extraction of a word from a stream skips and stops at.
     constexpr std::string_view whitespace = " \t\n\v\f\r";
     const std::size_t begin = text.find_first_not_of(whitespace);
     if (begin == std::string_view::npos) {
@@ -33,6 +34,8 @@ bool AttributeDirectoryExists(const std::string& directory) {
 }
 
 bool WriteAttribute(const std::string& path, std::string_view text) {
+    // As a file stream opens what it writes: a missing attribute is asked to be created, which the
+    // kernel refuses.
     const FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kCreationMode));
     if (!file.IsOpen()) {

@@ -6,8 +6,8 @@
 
 namespace tavrelin {
 
-/// Whether a line's or channel's directory can be opened for reading, that is, whether the line or
-/// channel is exported. Costs one system call.
+/// Whether a line's or channel's directory is there and may be read, which is what exported means.
+/// Costs one system call.
 bool AttributeDirectoryExists(const std::string& directory);
 
 /// Opens the attribute with truncation, writes the text in one write (one store for the kernel) and

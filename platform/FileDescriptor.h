@@ -22,7 +22,7 @@ class FileDescriptor {
     [[nodiscard]] int Get() const { return descriptor_; }
 
     /// Gives the descriptor up without closing it.
-    int Release() {
+    [[nodiscard]] int Release() {
         const int descriptor = descriptor_;
         descriptor_ = -1;
         return descriptor;

@@ -16,7 +16,6 @@ namespace tavrelin {
 namespace {
 
 constexpr const char* kGpioClass = "/sys/class/gpio/";
-constexpr std::uint32_t kLinesPerBank = 32;
 
 const char* EdgeText(std::uint32_t edge) {
     switch (edge) {
@@ -45,6 +44,7 @@ ValueText RereadValue(int descriptor) {
 }
 
 std::uint32_t LevelAfterEdge(int descriptor, short events) {
+    // POLLERR comes with every edge and says nothing by itself.
     if ((events & POLLPRI) == 0) {
         return kLevelError;
     }
@@ -86,6 +86,7 @@ bool GpioPin::Export() {
         std::cerr << "already used\n";
         return false;
     }
+    // A line that the kernel refuses shows at the next step, which finds no folder.
     if (!WriteAttribute(std::string(kGpioClass) + "export", LineNumber())) {
         std::cerr << "unable to lock a gpio";
         return false;
@@ -129,24 +130,26 @@ bool GpioPin::Write(std::uint32_t level) {
     return WriteToLine("/value", level == kLevelHigh ? "1" : "0", "unable to set the gpio value");
 }
 
-std::uint32_t GpioPin::Read() {
-    if (!IsLocked()) {
+std::uint32_t GpioPin::Read() const {
+    if (!ConfirmExported()) {
         return kLevelError;
     }
+    // Whatever is not the word 1 is low, an attribute that cannot be opened too.
     return ReadAttributeWord(Directory() + "/value") == "1" ? kLevelHigh : kLevelLow;
 }
 
-std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) {
+std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
     if (mode_ < kPinInputWithEdge) {
         return Read();
     }
-    if (!IsLocked()) {
+    if (!ConfirmExported()) {
         return kLevelError;
     }
     FileDescriptor value(::open((Directory() + "/value").c_str(), O_RDONLY | O_CLOEXEC));
     if (!value.IsOpen()) {
         return kLevelError;
     }
+    // An edge that came before is not the one waited for: reading acknowledges it.
     RereadValue(value.Get());
     pollfd waiting = {.fd = value.Get(), .events = POLLPRI, .revents = 0};
     if (::poll(&waiting, 1, timeoutMs) <= 0) {
@@ -170,7 +173,7 @@ bool GpioPin::IsExported() const {
     return AttributeDirectoryExists(Directory());
 }
 
-bool GpioPin::IsLocked() const {
+bool GpioPin::ConfirmExported() const {
     const bool exported = IsExported();
     if (!exported) {
         std::cerr << "not locked yet\n";
@@ -179,7 +182,7 @@ bool GpioPin::IsLocked() const {
 }
 
 bool GpioPin::WriteToLine(const char* attribute, const char* text, const char* complaint) const {
-    if (!IsLocked()) {
+    if (!ConfirmExported()) {
         return false;
     }
     if (!WriteAttribute(Directory() + attribute, text)) {

@@ -22,15 +22,21 @@ inline constexpr std::uint32_t kEdgeRising = 1;
 inline constexpr std::uint32_t kEdgeFalling = 2;
 inline constexpr std::uint32_t kEdgeBoth = 3;
 
-/// One line of the parallel-I/O controller, driven through the kernel's sysfs interface. The object
-/// owns the line from construction (export) to destruction (unexport); a line that is exported
-/// already cannot be had. Holds no descriptor between calls and takes no lock. Each operation
-/// reports a failure by its result and a message on standard error.
+/// Lines of a port, bits 0 to 31.
+inline constexpr std::uint32_t kLinesPerBank = 32;
+
+/// One line of the parallel-I/O controller, driven through the kernel's sysfs interface: exported
+/// at construction, unexported at destruction. A line that is exported already makes the
+/// construction fail; the object can be used on it all the same, and unexports it at its end. Holds
+/// no descriptor between calls and takes no lock. A failure shows in the result and, where nothing
+/// else is said, in a message on standard error.
 class GpioPin {
   public:
     /// Claims line `bit` (0 to 31) of port `bank` (0 = A to 3 = D, unchecked), input without edge.
+    /// Complains of another bit on standard output.
     GpioPin(std::uint32_t bank, std::uint32_t bit);
-    /// The same with a direction; the edge is set only for an input that waits for edges.
+    /// The same with a direction; the edge is set only for an input that waits for edges. Complains
+    /// of another bit on standard error.
     GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std::uint32_t edge);
     GpioPin(const GpioPin&) = delete;
     GpioPin& operator=(const GpioPin&) = delete;
@@ -52,13 +58,14 @@ class GpioPin {
     bool Write(std::uint32_t level);
 
     /// kLevelLow, kLevelHigh, or kLevelError when the line is not exported. A value that cannot be
-    /// opened reads as low.
-    std::uint32_t Read();
+    /// opened reads as low, in silence.
+    [[nodiscard]] std::uint32_t Read() const;
 
     /// Waits for the edge that was set, at most `timeoutMs` milliseconds, for ever when negative,
-    /// and answers the level after it, kLevelTimeOut or kLevelError. Without edge detection answers
-    /// Read() at once. Leaves its descriptor open unless the wait timed out.
-    std::uint32_t WaitForEdge(std::int32_t timeoutMs);
+    /// and answers the level after it, kLevelTimeOut (also for a wait that fails) or kLevelError.
+    /// Says nothing but that the line is not exported. Without edge detection answers Read() at
+    /// once. Leaves its descriptor open unless it answers kLevelTimeOut.
+    [[nodiscard]] std::uint32_t WaitForEdge(std::int32_t timeoutMs) const;
 
     /// Outcome of the construction.
     [[nodiscard]] bool Ok() const { return ok_; }
@@ -72,11 +79,12 @@ class GpioPin {
     [[nodiscard]] std::string LineNumber() const;
     [[nodiscard]] std::string Directory() const;
     [[nodiscard]] bool IsExported() const;
-    [[nodiscard]] bool IsLocked() const;
+    /// Complains of a line that is not exported.
+    [[nodiscard]] bool ConfirmExported() const;
     bool WriteToLine(const char* attribute, const char* text, const char* complaint) const;
 
     // No port has a line 32: a refused pin must not release somebody else's line.
-    std::uint32_t bit_ = 32;
+    std::uint32_t bit_ = kLinesPerBank;
     std::uint32_t bank_ = 0;
     std::uint32_t mode_ = kPinInput;
     std::uint32_t edge_ = kEdgeNone;

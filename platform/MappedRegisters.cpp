@@ -25,8 +25,6 @@ constexpr std::uint32_t kSetOutput = 0x30;   // a written 1 drives the line high
 constexpr std::uint32_t kClearOutput = 0x34; // a written 1 drives the line low, a 0 does nothing
 constexpr std::uint32_t kPinStatus = 0x3C;   // a read 1 says that the line is high
 
-constexpr std::uint32_t kLinesPerBank = 32;
-
 constexpr std::uint32_t RegisterAddress(std::uint32_t bank, std::uint32_t reg) {
     return kPortABase + bank * kPortStride + reg;
 }
@@ -34,8 +32,10 @@ constexpr std::uint32_t RegisterAddress(std::uint32_t bank, std::uint32_t reg) {
 // The page of the physical address space that holds `address`, mapped while the object lives.
 class MappedPage {
   public:
+    // Unbuffered, so that a store reaches the line at once.
     explicit MappedPage(std::uint32_t address)
-        : memory_(::open(kMemoryDevice, O_RDWR | O_SYNC)), page_(Map(address & ~kOffsetInPage)) {}
+        : memory_(::open(kMemoryDevice, O_RDWR | O_SYNC | O_CLOEXEC)),
+          page_(Map(address & ~kOffsetInPage)) {}
     MappedPage(const MappedPage&) = delete;
     MappedPage& operator=(const MappedPage&) = delete;
     MappedPage(MappedPage&&) = delete;

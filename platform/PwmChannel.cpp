@@ -24,6 +24,7 @@ std::string NanosecondText(float nanoseconds) {
 } // namespace
 
 std::uint8_t ChannelCount() {
+    // Its code and not its number: all that is asked is whether there is a controller.
     const std::optional<std::string> word = ReadAttributeWord(std::string(kController) + "npwm");
     if (!word || word->empty()) {
         return 0;
@@ -44,6 +45,7 @@ PwmChannel::PwmChannel(std::uint8_t channel, float frequency, float dutyCycle) {
     }
 }
 
+// A channel that still runs must not be let go.
 PwmChannel::~PwmChannel() {
     ok_ = Enable(false) && Unexport();
 }
@@ -103,6 +105,7 @@ bool PwmChannel::SetFrequencyAndDuty(float frequency, float dutyCycle) {
         std::cerr << "unable to set pwm frequency";
         return false;
     }
+    // Kept from here on, whatever becomes of it: it is what was last asked for.
     Store(frequency, dutyCycle);
     return Program(frequency, dutyCycle);
 }
@@ -113,10 +116,13 @@ bool PwmChannel::Program(float frequency, float dutyCycle) {
         std::cerr << "unable to reset pwm duty cycle";
         return false;
     }
+    // In single precision, as ever: 3 Hz are 333333344 ns.
     const float period = kNanosecondsPerSecond / frequency;
+    // Without a period the channel stays off; that it counts as done is how callers know it.
     if (!WriteAttribute(Directory() + "/period", NanosecondText(period))) {
         return true;
     }
+    // From the period before it was cut to whole nanoseconds: callers' last digits depend on it.
     const float high = (dutyCycle * period) / kFullDuty;
     if (!WriteAttribute(Directory() + "/duty_cycle", NanosecondText(high))) {
         std::cerr << "unable to set pwm duty cycle";

@@ -9,10 +9,11 @@ namespace tavrelin {
 /// missing: 52 on a controller with 4 channels. It tells a present controller from none.
 std::uint8_t ChannelCount();
 
-/// One output of the board's PWM controller, driven through the kernel's sysfs interface. The
-/// object owns the channel from construction (export) to destruction (switched off, unexport); a
-/// channel that is exported already cannot be had. Takes no lock. Each operation reports a failure
-/// by its result and a message on standard error.
+/// One output of the board's PWM controller, driven through the kernel's sysfs interface: exported
+/// at construction, switched off and unexported at destruction. A channel that is exported already
+/// makes the construction fail; the object can be used on it all the same, and unexports it at its
+/// end. Takes no lock. A failure shows in the result and, where nothing else is said, in a message
+/// on standard error.
 class PwmChannel {
   public:
     /// Claims the channel and leaves it as it is.

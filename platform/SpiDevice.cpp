@@ -40,7 +40,8 @@ SpiDevice::~SpiDevice() {
 }
 
 bool SpiDevice::Open(const std::string& path) {
-    fd_ = ::open(path.c_str(), O_RDWR);
+    // Not for the programs that the alarm and the mount start: the bus is the instrument's.
+    fd_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (fd_ < 0) {
         std::cerr << "could not open SPI device";
     }
@@ -48,6 +49,7 @@ bool SpiDevice::Open(const std::string& path) {
     return ok_;
 }
 
+// Each setting is read back, because the driver may have made something else of it.
 bool SpiDevice::Configure() {
     return Control(SPI_IOC_WR_MODE, &mode_, "Could not set SPIMode (WR)...ioctl fail") &&
            Control(SPI_IOC_RD_MODE, &mode_, "Could not set SPIMode (RD)...ioctl fail") &&
@@ -76,12 +78,13 @@ bool SpiDevice::Read(void* buffer, std::uint32_t length) const {
     return fd_ >= 0 && ::read(fd_, buffer, length) == static_cast<ssize_t>(length);
 }
 
-bool SpiDevice::Transfer(void* buffer, std::uint32_t length) {
+bool SpiDevice::Transfer(void* buffer, std::uint32_t length) const {
+    // The driver packs words of up to 8 bits into a byte each, longer ones into two.
     const std::uint32_t wordBytes = bitsPerWord_ < 9 ? 1 : 2;
     return Exchange(buffer, length / wordBytes, wordBytes);
 }
 
-bool SpiDevice::TransferBlock(void* buffer, std::uint32_t length) {
+bool SpiDevice::TransferBlock(void* buffer, std::uint32_t length) const {
     return Exchange(buffer, 1, length);
 }
 
@@ -93,13 +96,14 @@ bool SpiDevice::Control(unsigned long request, void* argument, const char* compl
     return true;
 }
 
-bool SpiDevice::Exchange(void* buffer, std::uint32_t records, std::uint32_t recordBytes) {
+bool SpiDevice::Exchange(void* buffer, std::uint32_t records, std::uint32_t recordBytes) const {
     if (fd_ < 0) {
         return false;
     }
     std::vector<spi_ioc_transfer> message(records);
     auto word = reinterpret_cast<std::uintptr_t>(buffer);
     for (spi_ioc_transfer& record : message) {
+        // In place: the driver has sent a record before it stores what came back.
         record.tx_buf = word;
         record.rx_buf = word;
         record.len = recordBytes;

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "simulator/testing/SimulatedBoard.h"
-
-#include <array>
-#include <cstddef>
-#include <string>
+#include "tests/devices/FrontEnd.h"
 
 namespace tavrelin {
 
@@ -14,11 +10,7 @@ inline constexpr std::array<const char*, 6> kIndicatorLines = {"D16", "D18", "D2
 
 /// What shows a colour whose levels for lines 1 to 6 are written as "010100".
 inline sim::Texts ColourWrites(const std::string& levels) {
-    sim::Texts writes;
-    for (std::size_t led = 0; led < levels.size(); ++led) {
-        writes.push_back(std::string(kIndicatorLines[led]) + " value " + levels[led]);
-    }
-    return writes;
+    return LevelWrites(kIndicatorLines, levels);
 }
 
 /// What claims lines 1 to 6 and makes them outputs.
@@ -34,15 +26,6 @@ inline sim::Texts IndicatorSetUpWrites() {
         writes.push_back(line + " edge none");
     }
     return writes;
-}
-
-/// One after the other.
-inline sim::Texts InOrder(std::initializer_list<sim::Texts> parts) {
-    sim::Texts whole;
-    for (const sim::Texts& part : parts) {
-        whole.insert(whole.end(), part.begin(), part.end());
-    }
-    return whole;
 }
 
 } // namespace tavrelin

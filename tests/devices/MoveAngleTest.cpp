@@ -1,15 +1,10 @@
 #include "tests/devices/Drivers.h"
-#include "tests/support/BoardWrites.h"
-#include "tests/support/CapturedConsole.h"
 
-#include <cerrno>
 #include <limits>
-#include <vector>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
 const std::string kNotMoved = "StepperDriverMotor::MoveAngle failed!\n";
@@ -18,159 +13,119 @@ const std::string kNoValues = "Reagent Stepper Motor: Setting current limit pin 
 constexpr float kNothing = std::numeric_limits<float>::quiet_NaN();
 constexpr float kEndless = std::numeric_limits<float>::infinity();
 
-TEST(MoveAngle, TurnsAtFullCurrentAndBrakesAtTheLowestWithTheChipEnabled) {
-    PumpOnBoard pump;
-    CapturedConsole console;
-    EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(TimedWrites(pump.board),
+struct Move {
+    float angle = 360.0F;
+    float dutyCycle = 50.0F;
+    std::uint32_t milliseconds = 1000;
+};
+
+class MoveAngle : public PumpTest {
+  protected:
+    bool Turn(const Move& move = {}) {
+        return pump.MoveAngle(move.angle, move.dutyCycle, move.milliseconds, false);
+    }
+    /// A turn that fails, and what it locks of motor and channel and unlocks again.
+    void ExpectFailure(const std::string& output, unsigned locks, unsigned unlocks,
+                       const Move& move = {}) {
+        EXPECT_FALSE(Turn(move)) << move.angle << " " << move.dutyCycle;
+        EXPECT_EQ(console.Output(), output + kNotMoved);
+        EXPECT_EQ(Locks(), locks);
+        EXPECT_EQ(Unlocks(), unlocks);
+    }
+};
+
+TEST_F(MoveAngle, TurnsAtFullCurrentAndBrakesAtTheLowestWithTheChipEnabled) {
+    EXPECT_TRUE(Turn());
+    EXPECT_EQ(TimedWrites(board),
               (Texts{"0 1 A4 value 1", "0 1 A5 value 1", "0 1 A6 value 1", "0 1 A2 value 0",
                      "0 1 pwm1 duty_cycle 0 EINVAL", "0 1 pwm1 period 625000",
                      "0 1 pwm1 duty_cycle 312500", "0 1 pwm1 enable 1", "1000 1 pwm1 enable 0",
                      "1000 1 A2 value 1", "1000 1 A4 value 0", "1000 1 A5 value 0",
                      "1000 1 A6 value 0", "1000 1 A2 value 0"}));
-    EXPECT_EQ(pump.Locks(), 2U);
-    EXPECT_EQ(pump.Unlocks(), 2U);
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Locks(), 2U);
+    EXPECT_EQ(Unlocks(), 2U);
+    EXPECT_EQ(Console(), kSilence);
 }
 
-TEST(MoveAngle, Of720DegreesIn2000MillisecondsIs3200Steps) {
-    PumpOnBoard pump;
-    EXPECT_TRUE(pump.motor.MoveAngle(720.0F, 50.0F, 2000, false));
-    EXPECT_EQ(pump.board.Channel(1).period, 625000U); // 1600 Hz
-    EXPECT_EQ(pump.board.Model().shaft.StepsTurned(pump.board.Now()), 3200);
+TEST_F(MoveAngle, Of720DegreesIn2000MillisecondsIs3200Steps) {
+    EXPECT_TRUE(Turn({.angle = 720.0F, .milliseconds = 2000}));
+    EXPECT_EQ(board.Channel(1).period, 625000U); // 1600 Hz
+    EXPECT_EQ(board.Model().shaft.StepsTurned(board.Now()), 3200);
 }
 
-TEST(MoveAngle, SpinsWhereItIsAskedTo) {
-    PumpOnBoard pump;
-    pump.board.FailForever("nanosleep", "", EINVAL);
-    EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, true));
-    EXPECT_EQ(pump.board.Now(), sim::Microseconds(1000001)); // the first look takes the one
+TEST_F(MoveAngle, SpinsWhereItIsAskedTo) {
+    board.FailForever("nanosleep", "", EINVAL);
+    EXPECT_TRUE(pump.MoveAngle(360.0F, 50.0F, 1000, true));
+    EXPECT_EQ(board.Now(), sim::Microseconds(1000001)); // the first look takes the one
 }
 
 // Degrees and milliseconds, and the nanoseconds that come of them in single precision, in the order
 // seconds, degrees / 360 * 1600, 1 / (seconds / steps). Steps / seconds, degrees * (1600 / 360),
 // degrees * 1600 / 360, degrees / 0.225, milliseconds * 0.001 and double precision each miss one.
-struct Turn {
-    float angle;
-    std::uint32_t milliseconds;
-    Texts nanoseconds;
-};
-
-TEST(MoveAngle, KeepsTheOrderOfItsSinglePrecisionFigures) {
-    const std::vector<Turn> turns = {
-        {315.0F, 1000, {"period 714285", "duty_cycle 357142"}},
-        {97.0F, 1000, {"period 2319588", "duty_cycle 1159794"}},
-        {181.0F, 60000, {"period 74585640", "duty_cycle 37292820"}},
-        {303.0F, 60000, {"period 44554460", "duty_cycle 22277230"}},
+TEST_F(MoveAngle, KeepsTheOrderOfItsSinglePrecisionFigures) {
+    struct Case {
+        float angle;
+        std::uint32_t milliseconds, period, duty;
     };
-    for (const Turn& turn : turns) {
-        PumpOnBoard pump;
-        EXPECT_TRUE(pump.motor.MoveAngle(turn.angle, 50.0F, turn.milliseconds, false));
-        const Texts writes = pump.board.WritesTo("pwm1");
-        EXPECT_EQ(Texts(writes.begin() + 1, writes.begin() + 3), turn.nanoseconds) << turn.angle;
+    for (const Case& turn :
+         {Case{315.0F, 1000, 714285, 357142}, Case{97.0F, 1000, 2319588, 1159794},
+          Case{181.0F, 60000, 74585640, 37292820}, Case{303.0F, 60000, 44554460, 22277230}}) {
+        EXPECT_TRUE(Turn({.angle = turn.angle, .milliseconds = turn.milliseconds}));
+        EXPECT_EQ(board.Channel(1).period, turn.period) << turn.angle;
+        EXPECT_EQ(board.Channel(1).duty, turn.duty) << turn.angle;
     }
 }
 
-struct Refusal {
-    float angle;
-    float dutyCycle;
-    std::uint32_t milliseconds;
-};
-
-TEST(MoveAngle, OfNothingIsRefusedWithoutTouchingHardwareAndMutex) {
-    const std::vector<Refusal> refusals = {
-        {0.0F, 50.0F, 1000},     {-0.0F, 50.0F, 1000},   {-360.0F, 50.0F, 1000},
-        {kNothing, 50.0F, 1000}, {360.0F, 0.0F, 1000},   {360.0F, -1.0F, 1000},
-        {360.0F, 101.0F, 1000},  {360.0F, 100.1F, 1000}, {360.0F, kNothing, 1000},
-        {360.0F, 50.0F, 0},
-    };
-    for (const Refusal& refusal : refusals) {
-        PumpOnBoard pump;
-        CapturedConsole console;
-        EXPECT_FALSE(
-            pump.motor.MoveAngle(refusal.angle, refusal.dutyCycle, refusal.milliseconds, false));
-        EXPECT_EQ(console.Output(), kNotMoved) << refusal.angle << " " << refusal.dutyCycle;
-        EXPECT_EQ(console.Error(), "");
-        EXPECT_EQ(pump.board.Events(), Texts{});
-        EXPECT_EQ(pump.Locks() + pump.Unlocks(), 0U);
+TEST_F(MoveAngle, OfNothingIsRefusedWithoutTouchingHardwareAndMutex) {
+    for (const Move& move :
+         {Move{.angle = 0.0F}, Move{.angle = -0.0F}, Move{.angle = -360.0F},
+          Move{.angle = kNothing}, Move{.dutyCycle = 0.0F}, Move{.dutyCycle = -1.0F},
+          Move{.dutyCycle = 101.0F}, Move{.dutyCycle = 100.1F}, Move{.dutyCycle = kNothing},
+          Move{.milliseconds = 0}}) {
+        Renew();
+        ExpectFailure("", 0, 0, move);
+        EXPECT_EQ(board.Events(), Texts{});
     }
 }
 
-TEST(MoveAngle, TakesADutyOfAHundredPercent) {
-    PumpOnBoard pump;
-    EXPECT_TRUE(pump.motor.MoveAngle(360.0F, 100.0F, 1000, false));
-    EXPECT_EQ(pump.board.Channel(1).duty, 625000U);
+TEST_F(MoveAngle, TakesADutyOfAHundredPercent) {
+    EXPECT_TRUE(Turn({.dutyCycle = 100.0F}));
+    EXPECT_EQ(board.Channel(1).duty, 625000U);
 }
 
-TEST(MoveAngle, OfAMotorThatIsNotUsableFailsAtOnce) {
-    const SimulatedBoard board;
-    CapturedConsole console;
-    StepperDriverMotor motor(4);
-    EXPECT_FALSE(motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.Output(), "StepperDriverBase: Invalid PWM channel\n" + kNotMoved);
-    EXPECT_EQ(board.Calls("pthread_mutex_lock"), 0U);
+TEST_F(MoveAngle, FailsWithoutTheMotorsMutex) {
+    board.Fail("pthread_mutex_lock", "", EINVAL);
+    ExpectFailure("", 1, 0);
+    EXPECT_EQ(Writes(board), Texts{});
 }
 
-TEST(MoveAngle, FailsWithoutTheMotorsMutex) {
-    PumpOnBoard pump;
-    pump.board.Fail("pthread_mutex_lock", "", EINVAL);
-    CapturedConsole console;
-    EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.Output(), kNotMoved);
-    EXPECT_EQ(Writes(pump.board), Texts{});
-    EXPECT_EQ(pump.Unlocks(), 0U);
+TEST_F(MoveAngle, FailsWithoutTheCurrentAndKeepsTheMotorsMutex) {
+    FailToOpen("A6/value");
+    ExpectFailure(kNoValues, 1, 0);
+    EXPECT_EQ(Writes(board), LimitWrites("11"));
 }
 
-TEST(MoveAngle, FailsWithoutTheCurrentAndKeepsTheMotorsMutex) {
-    PumpOnBoard pump;
-    pump.board.Fail("open", "/sys/class/gpio/pioA6/value", EACCES);
-    CapturedConsole console;
-    EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.Output(), kNoValues + kNotMoved);
-    EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1"}));
-    EXPECT_EQ(pump.Locks(), 1U);
-    EXPECT_EQ(pump.Unlocks(), 0U);
-}
-
-TEST(MoveAngle, TooSlowOrTooFastIsRefusedByTheDriverAndKeepsTheMotorsMutex) {
-    const std::vector<Refusal> refusals = {{0.2F, 50.0F, 1000},
-                                           {360.0F, 50.0F, 4294967295U},
-                                           {30000.0F, 50.0F, 1},
-                                           {kEndless, 50.0F, 1000}};
-    for (const Refusal& refusal : refusals) {
-        PumpOnBoard pump;
-        CapturedConsole console;
-        EXPECT_FALSE(
-            pump.motor.MoveAngle(refusal.angle, refusal.dutyCycle, refusal.milliseconds, false));
-        EXPECT_EQ(console.Output(),
-                  "Invalid PWM frequency or duty cycle in StepperDriver::Start\n" + kNotMoved);
-        EXPECT_EQ(Writes(pump.board), (Texts{"A4 value 1", "A5 value 1", "A6 value 1"}));
-        EXPECT_EQ(pump.Locks(), 1U);
-        EXPECT_EQ(pump.Unlocks(), 0U);
-        EXPECT_EQ(pump.board.Now(), 0);
+TEST_F(MoveAngle, TooSlowOrTooFastIsRefusedByTheDriverAndKeepsTheMotorsMutex) {
+    for (const Move& move : {Move{.angle = 0.2F}, Move{.milliseconds = 4294967295U},
+                             Move{.angle = 30000.0F, .milliseconds = 1}, Move{.angle = kEndless}}) {
+        Renew();
+        ExpectFailure("Invalid PWM frequency or duty cycle in StepperDriver::Start\n", 1, 0, move);
+        EXPECT_EQ(Writes(board), LimitWrites("111"));
+        EXPECT_EQ(board.Now(), 0);
     }
 }
 
-TEST(MoveAngle, FailsWhenTheStopFailsAndDoesNotBrake) {
-    PumpOnBoard pump;
-    pump.board.Fail("open", "/sys/class/gpio/pioA2/value", EACCES, 2);
-    CapturedConsole console;
-    EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.Output(), "Stepper Driver: PWM disable or chip disable failed\n" + kNotMoved);
-    EXPECT_EQ(Writes(pump.board).back(), "pwm1 enable 0");
-    EXPECT_EQ(pump.board.Now(), sim::Milliseconds(1000));
-    EXPECT_EQ(pump.Locks(), 2U);
-    EXPECT_EQ(pump.Unlocks(), 1U);
+TEST_F(MoveAngle, FailsWhenTheStopFailsAndDoesNotBrake) {
+    FailToOpen("A2/value", 2);
+    ExpectFailure("Stepper Driver: PWM disable or chip disable failed\n", 2, 1);
+    EXPECT_EQ(Writes(board).back(), "pwm1 enable 0");
+    EXPECT_EQ(board.Now(), sim::Milliseconds(1000));
 }
 
-TEST(MoveAngle, FailsWhenTheBrakeFails) {
-    PumpOnBoard pump;
-    pump.board.Fail("open", "/sys/class/gpio/pioA4/value", EACCES, 2);
-    CapturedConsole console;
-    EXPECT_FALSE(pump.motor.MoveAngle(360.0F, 50.0F, 1000, false));
-    EXPECT_EQ(console.Output(), kNoValues + kNotBraked + kNotMoved);
-    EXPECT_EQ(Writes(pump.board).back(), "A2 value 1");
-    EXPECT_EQ(pump.Unlocks(), 2U);
+TEST_F(MoveAngle, FailsWhenTheBrakeFails) {
+    FailToOpen("A4/value", 2);
+    ExpectFailure(kNoValues + kNotBraked, 2, 2);
+    EXPECT_EQ(Writes(board).back(), "A2 value 1");
 }
 
 } // namespace

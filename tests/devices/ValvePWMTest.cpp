@@ -1,36 +1,31 @@
 #include "devices/ValvePWM.h"
 
-#include "tests/support/BoardWrites.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/devices/Drivers.h"
 
-#include <cerrno>
-#include <vector>
+#include <type_traits>
 
 namespace tavrelin {
 namespace {
 
 using sim::Scenario;
-using sim::SimulatedBoard;
 using sim::Texts;
+
+static_assert(!std::is_copy_constructible_v<ValvePWM> && !std::is_copy_assignable_v<ValvePWM>);
+static_assert(!std::is_move_constructible_v<ValvePWM> && !std::is_move_assignable_v<ValvePWM>);
 
 const std::string kNotOpened = "ValvePWM::ValveOn: valve did not successfully turn on\n";
 const std::string kNotClosed = "ValvePWM::ValveOff: error turning valve off\n";
-const std::string kChannel = "/sys/class/pwm/pwmchip0/pwm3/";
 
-/// The sample valve as the instrument has it, initialised and what was written for that forgotten.
-struct ValveOnBoard {
-    ValveOnBoard() {
-        EXPECT_TRUE(valve.Init());
-        board.Forget();
-    }
+/// The sample valve as the instrument has it.
+struct SampleValve {
+    SampleValve() { EXPECT_TRUE(valve.Init()); }
 
-    SimulatedBoard board;
     ValvePWM valve{3, 1000};
 };
 
-TEST(Valve, TouchesNoHardwareBeforeItIsInitialised) {
-    const SimulatedBoard board;
-    CapturedConsole console;
+using ValveBefore = BoardTest;
+
+TEST_F(ValveBefore, ItIsInitialisedTouchesNoHardware) {
     {
         ValvePWM valve(3, 1000);
         EXPECT_FALSE(valve.Initialised());
@@ -40,142 +35,105 @@ TEST(Valve, TouchesNoHardwareBeforeItIsInitialised) {
         EXPECT_FALSE(valve.ValveOff());
     }
     EXPECT_EQ(board.Events(), Texts{});
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
-TEST(Valve, ClaimsItsChannelAndLeavesItOff) {
-    SimulatedBoard board;
-    ValvePWM valve(3, 1000);
-    EXPECT_TRUE(valve.Init());
-    EXPECT_TRUE(valve.Initialised());
+TEST_F(ValveBefore, ItIsOpenedHasClaimedItsChannel) {
+    const SampleValve on;
+    EXPECT_TRUE(on.valve.Initialised());
     EXPECT_EQ(Writes(board), (Texts{"pwmchip0 export 3"}));
     EXPECT_FALSE(board.Model().ValveOpen());
 }
 
-TEST(Valve, OpensAtItsFrequencyWithTheDutyAskedFor) {
-    ValveOnBoard on;
-    CapturedConsole console;
-    EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    EXPECT_EQ(Writes(on.board), (Texts{"pwm3 duty_cycle 0 EINVAL", "pwm3 period 1000000",
-                                       "pwm3 duty_cycle 1000000", "pwm3 enable 1"}));
-    EXPECT_TRUE(on.board.Model().ValveOpen());
-    EXPECT_EQ(console.Output() + console.Error(), "");
-}
-
-TEST(Valve, OpensAndClosesAnyNumberOfTimes) {
-    ValveOnBoard on;
-    for (const bool again : {false, true, true}) {
-        on.board.Forget();
-        EXPECT_TRUE(on.valve.ValveOn(30.0F));
-        EXPECT_TRUE(on.valve.ValveOff());
-        EXPECT_EQ(Writes(on.board), (Texts{again ? "pwm3 duty_cycle 0" : "pwm3 duty_cycle 0 EINVAL",
-                                           "pwm3 period 1000000", "pwm3 duty_cycle 300000",
-                                           "pwm3 enable 1", "pwm3 enable 0"}));
-    }
-}
-
-TEST(Valve, OpenedWhileOpenIsSwitchedOffFirst) {
-    ValveOnBoard on;
-    EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    on.board.Forget();
-    EXPECT_TRUE(on.valve.ValveOn(50.0F));
-    EXPECT_EQ(Writes(on.board), (Texts{"pwm3 enable 0", "pwm3 duty_cycle 0", "pwm3 period 1000000",
-                                       "pwm3 duty_cycle 500000", "pwm3 enable 1"}));
-}
-
-TEST(Valve, TakesTheHighestFrequencyOf16Bits) {
-    const SimulatedBoard board;
+TEST_F(ValveBefore, TakesTheHighestFrequencyOf16Bits) {
     ValvePWM valve(3, 65535);
     EXPECT_TRUE(valve.Init());
     EXPECT_TRUE(valve.ValveOn(100.0F));
-    EXPECT_EQ(board.WritesTo("pwm3")[1], "period 15259");
+    EXPECT_EQ(board.Channel(3).period, 15259U);
 }
 
-struct OpenFailure {
-    const char* attribute;
-    unsigned occurrence;
-    const char* error;
-};
-
-TEST(Valve, TellsThatItDidNotOpen) {
-    const std::vector<OpenFailure> failures = {
-        {"duty_cycle", 1, "unable to reset pwm duty cycle"},
-        {"duty_cycle", 2, "unable to set pwm duty cycle"},
-        {"enable", 2, "unable to enable a pwm"}, // the first open reads whether it is on
-    };
-    for (const OpenFailure& failure : failures) {
-        ValveOnBoard on;
-        on.board.Fail("open", kChannel + failure.attribute, EACCES, failure.occurrence);
-        CapturedConsole console;
-        EXPECT_FALSE(on.valve.ValveOn(100.0F));
-        EXPECT_EQ(console.Output(), kNotOpened);
-        EXPECT_EQ(console.Error(), failure.error);
-    }
-}
-
-TEST(Valve, CountsAsOpenWhenThePeriodCannotBeOpened) {
-    ValveOnBoard on;
-    on.board.Fail("open", kChannel + "period", EACCES);
-    CapturedConsole console;
-    EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    EXPECT_FALSE(on.board.Model().ValveOpen());
-    EXPECT_EQ(console.Output() + console.Error(), "");
-}
-
-TEST(Valve, TellsThatItDidNotClose) {
-    ValveOnBoard on;
-    EXPECT_TRUE(on.valve.ValveOn(100.0F));
-    on.board.Fail("open", kChannel + "enable", EACCES);
-    CapturedConsole console;
-    EXPECT_FALSE(on.valve.ValveOff());
-    EXPECT_TRUE(on.board.Model().ValveOpen());
-    EXPECT_EQ(console.Output(), kNotClosed);
-    EXPECT_EQ(console.Error(), "unable to enable a pwm");
-}
-
-TEST(Valve, NoticesOnlyWhenSwitchedThatItsChannelCouldNotBeClaimed) {
-    SimulatedBoard board;
-    board.Fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
-    ValvePWM valve(3, 1000);
-    {
-        CapturedConsole console;
-        EXPECT_TRUE(valve.Init());
-        EXPECT_TRUE(valve.Initialised());
-        EXPECT_EQ(console.Output(), "");
-        EXPECT_EQ(console.Error(), "unable to lock a pwm");
-    }
-    CapturedConsole console;
-    EXPECT_FALSE(valve.ValveOff());
-    EXPECT_EQ(console.Output(), "not locked yet\n" + kNotClosed);
-    EXPECT_EQ(console.Error(), "");
-    EXPECT_FALSE(valve.ValveOn(100.0F));
-    EXPECT_EQ(console.Output(), "not locked yet\n" + kNotClosed + kNotOpened);
-    EXPECT_EQ(console.Error(), "not locked yet\nunable to set pwm frequency");
-}
-
-TEST(Valve, SwitchesAChannelThatAnEarlierRunLeftBehind) {
+TEST_F(ValveBefore, SwitchesAChannelThatAnEarlierRunLeftBehindAndGivesItBack) {
     Scenario leftBehind;
     leftBehind.exportedChannels = {3};
-    SimulatedBoard board(leftBehind);
-    CapturedConsole console;
-    ValvePWM valve(3, 1000);
-    EXPECT_TRUE(valve.Init());
-    EXPECT_TRUE(valve.ValveOn(100.0F));
-    EXPECT_TRUE(board.Model().ValveOpen());
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "already used\n");
+    NewBoard(leftBehind);
+    {
+        SampleValve on;
+        EXPECT_TRUE(on.valve.ValveOn(100.0F));
+        EXPECT_TRUE(board.Model().ValveOpen());
+    }
+    EXPECT_FALSE(board.Channel(3).exported);
+    EXPECT_EQ(Console(), (Said{"", "already used\n"}));
 }
 
-TEST(Valve, IsClosedAndGivenBackAtTheEnd) {
-    SimulatedBoard board;
+class Valve : public DeviceTest<SampleValve> {
+  protected:
+    ValvePWM& valve = device.valve;
+};
+
+TEST_F(Valve, OpensAtItsFrequencyWithTheDutyAskedFor) {
+    EXPECT_TRUE(valve.ValveOn(100.0F));
+    EXPECT_EQ(Writes(board), Pulses("pwm3", "1000000", "1000000"));
+    EXPECT_TRUE(board.Model().ValveOpen());
+    EXPECT_EQ(Console(), kSilence);
+}
+
+TEST_F(Valve, OpensAndClosesAnyNumberOfTimes) {
+    EXPECT_TRUE(valve.ValveOn(30.0F));
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_TRUE(valve.ValveOff());
+        board.Forget();
+        EXPECT_TRUE(valve.ValveOn(30.0F));
+        EXPECT_EQ(Writes(board), PulsesAgain("pwm3", "1000000", "300000"));
+    }
+}
+
+TEST_F(Valve, OpenedWhileOpenIsSwitchedOffFirst) {
+    EXPECT_TRUE(valve.ValveOn(100.0F));
+    board.Forget();
+    EXPECT_TRUE(valve.ValveOn(50.0F));
+    EXPECT_EQ(Writes(board),
+              InOrder({{"pwm3 enable 0"}, PulsesAgain("pwm3", "1000000", "500000")}));
+}
+
+TEST_F(Valve, TellsThatItDidNotOpen) {
+    FailToOpen("pwm3/enable", 2); // the first open reads whether it is on
+    EXPECT_FALSE(valve.ValveOn(100.0F));
+    EXPECT_EQ(Console(), (Said{kNotOpened, "unable to enable a pwm"}));
+}
+
+TEST_F(Valve, CountsAsOpenWhenThePeriodCannotBeOpened) {
+    FailToOpen("pwm3/period");
+    EXPECT_TRUE(valve.ValveOn(100.0F));
+    EXPECT_FALSE(board.Model().ValveOpen());
+    EXPECT_EQ(Console(), kSilence);
+}
+
+TEST_F(Valve, TellsThatItDidNotClose) {
+    EXPECT_TRUE(valve.ValveOn(100.0F));
+    FailToOpen("pwm3/enable");
+    EXPECT_FALSE(valve.ValveOff());
+    EXPECT_TRUE(board.Model().ValveOpen());
+    EXPECT_EQ(Console(), (Said{kNotClosed, "unable to enable a pwm"}));
+}
+
+TEST_F(ValveBefore, ItIsSwitchedDoesNotNoticeThatItsChannelCouldNotBeClaimed) {
+    board.Fail("open", "/sys/class/pwm/pwmchip0/export", EACCES);
+    SampleValve on;
+    EXPECT_TRUE(on.valve.Initialised());
+    EXPECT_EQ(Console(), (Said{"", "unable to lock a pwm"}));
+    EXPECT_FALSE(on.valve.ValveOff());
+    EXPECT_FALSE(on.valve.ValveOn(100.0F));
+    EXPECT_EQ(Console(), (Said{"not locked yet\n" + kNotClosed + kNotOpened,
+                               "unable to lock a pwmnot locked yet\nunable to set pwm frequency"}));
+}
+
+TEST_F(Valve, IsClosedAndGivenBackAtTheEnd) {
     {
-        ValvePWM valve(3, 1000);
-        EXPECT_TRUE(valve.Init());
-        EXPECT_TRUE(valve.ValveOn(100.0F));
+        ValvePWM other(2, 1000);
+        EXPECT_TRUE(other.Init() && other.ValveOn(100.0F));
         board.Forget();
     }
-    EXPECT_EQ(Writes(board), (Texts{"pwm3 enable 0", "pwmchip0 unexport 3"}));
-    EXPECT_FALSE(board.Model().ValveOpen());
+    EXPECT_EQ(Writes(board), (Texts{"pwm2 enable 0", "pwmchip0 unexport 2"}));
 }
 
 } // namespace

@@ -1,29 +1,22 @@
 #include "platform/GpioPin.h"
 
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/support/BoardTest.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <string>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
 constexpr const char* kDirectory = "/sys/class/gpio/pioB7";
 constexpr const char* kValue = "/sys/class/gpio/pioB7/value";
 
 // Line B7 in an instrument's hands; what its construction wrote is forgotten.
-class GpioPinB7 : public testing::Test {
+class GpioPinB7 : public BoardTest {
   protected:
     GpioPinB7() { board.Forget(); }
 
-    SimulatedBoard board;
-    CapturedConsole console;
     GpioPin pin{1, 7};
 };
 
@@ -74,10 +67,9 @@ TEST_F(GpioPinB7, IsNotWrittenAsAnInput) {
         const auto calls = board.Calls("access") + board.Calls("open");
         board.Forget();
         EXPECT_FALSE(pin.Write(kLevelHigh));
-        EXPECT_EQ(board.Events(), Texts{});
         EXPECT_EQ(board.Calls("access") + board.Calls("open"), calls);
     }
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(GpioPinB7, ReadsTheLevelAtThePin) {
@@ -87,7 +79,7 @@ TEST_F(GpioPinB7, ReadsTheLevelAtThePin) {
     pin.SetDirection(kPinOutput);
     pin.Write(kLevelHigh);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(GpioPinB7, ReadsHighOnlyForTheWordOne) {
@@ -102,7 +94,7 @@ TEST_F(GpioPinB7, ReadsHighOnlyForTheWordOne) {
         board.ReplaceText(kValue, low);
         EXPECT_EQ(pin.Read(), kLevelLow) << '"' << low << '"';
     }
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(GpioPinB7, ReadsLowInSilenceWhenTheValueCannotBeRead) {
@@ -112,7 +104,7 @@ TEST_F(GpioPinB7, ReadsLowInSilenceWhenTheValueCannotBeRead) {
     board.Fail("read", kValue, EIO);
     EXPECT_EQ(pin.Read(), kLevelLow);
     EXPECT_EQ(pin.Read(), kLevelHigh);
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(GpioPinB7, FailsAtEveryOperationOnceItIsUnexported) {
@@ -124,9 +116,10 @@ TEST_F(GpioPinB7, FailsAtEveryOperationOnceItIsUnexported) {
     EXPECT_FALSE(pin.Write(kLevelHigh));
     EXPECT_EQ(pin.Read(), kLevelError);
     EXPECT_EQ(pin.WaitForEdge(10), kLevelError);
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(),
-              "not locked yet\nnot locked yet\nnot locked yet\nnot locked yet\nnot locked yet\n");
+    EXPECT_EQ(
+        Console(),
+        (Said{"",
+              "not locked yet\nnot locked yet\nnot locked yet\nnot locked yet\nnot locked yet\n"}));
     EXPECT_EQ(pin.Mode(), kPinOutput);
     EXPECT_EQ(pin.Edge(), kEdgeNone);
     EXPECT_EQ(board.WritesTo("B7"), Texts{});
@@ -142,10 +135,9 @@ TEST_F(GpioPinB7, ReportsAttributesThatCannotBeOpened) {
     EXPECT_FALSE(pin.SetDirection(kPinInput));
     EXPECT_FALSE(pin.SetEdge(kEdgeBoth));
     EXPECT_FALSE(pin.Write(kLevelHigh));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "unable to set the gpio mode"
-                               "unable to set the gpio trigger"
-                               "unable to set the gpio value");
+    EXPECT_EQ(Console(), (Said{"", "unable to set the gpio mode"
+                                   "unable to set the gpio trigger"
+                                   "unable to set the gpio value"}));
     EXPECT_EQ(pin.Mode(), kPinOutput);
     EXPECT_EQ(pin.Edge(), kEdgeNone);
     EXPECT_EQ(board.WritesTo("B7"), Texts{});
@@ -157,7 +149,7 @@ TEST_F(GpioPinB7, DoesNotLookAtWhatAWriteCameTo) {
     EXPECT_TRUE(pin.Write(kLevelHigh));
     board.Fail("close", kValue, EIO);
     EXPECT_TRUE(pin.Write(kLevelHigh));
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(GpioPinB7, TestsForItsDirectoryBeforeEachOperation) {

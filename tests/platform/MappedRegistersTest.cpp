@@ -1,20 +1,14 @@
 #include "platform/MappedRegisters.h"
 
 #include "platform/GpioPin.h"
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
+#include "tests/support/BoardTest.h"
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
-constexpr const char* kMemory = "/dev/mem";
+using MappedRegisters = BoardTest;
 
 struct MappedLine {
     std::uint32_t bank, bit;
@@ -28,51 +22,40 @@ constexpr MappedLine kLines[] = {
     {3, 31, "D31", "PIOD set 80000000", "PIOD clear 80000000"},
 };
 
-TEST(MappedRegisters, ReadALineOfEachBank) {
+TEST_F(MappedRegisters, ReadALineOfEachBankAndTellItFromTheOthers) {
     for (const MappedLine& line : kLines) {
-        SimulatedBoard board;
-        EXPECT_EQ(ReadMappedPin(line.bank, line.bit), kLevelLow) << line.name;
         board.SetInput(line.name, true);
-        EXPECT_EQ(ReadMappedPin(line.bank, line.bit), kLevelHigh) << line.name;
+        for (const MappedLine& other : kLines) {
+            EXPECT_EQ(ReadMappedPin(other.bank, other.bit),
+                      &other == &line ? kLevelHigh : kLevelLow);
+            EXPECT_EQ(ReadMappedPin(other.bank, other.bit ^ 1U), kLevelLow) << other.name;
+        }
+        board.SetInput(line.name, false);
     }
 }
 
-TEST(MappedRegisters, TellOneLineFromTheOthers) {
-    SimulatedBoard board;
-    board.SetInput("B7", true);
-    for (const auto& [bank, bit] : {std::pair{1U, 6U}, std::pair{1U, 8U}, std::pair{0U, 7U},
-                                    std::pair{2U, 7U}, std::pair{1U, 31U}, std::pair{1U, 0U}}) {
-        EXPECT_EQ(ReadMappedPin(bank, bit), kLevelLow) << bank << ", " << bit;
-    }
-}
-
-TEST(MappedRegisters, SetAndClearALineOfEachBank) {
+TEST_F(MappedRegisters, SetAndClearALineOfEachBank) {
     for (const MappedLine& line : kLines) {
-        SimulatedBoard board;
+        board.Forget();
         board.Line(line.name).output = true;
         EXPECT_TRUE(WriteMappedPin(line.bank, line.bit, kLevelHigh));
         EXPECT_TRUE(board.Line(line.name).level) << line.name;
         EXPECT_TRUE(WriteMappedPin(line.bank, line.bit, kLevelLow));
         EXPECT_FALSE(board.Line(line.name).level) << line.name;
-        EXPECT_EQ(board.Events(), (Texts{
-                                      "mmap /dev/mem 0xfffff000",
-                                      std::string("write /dev/mem ") + line.set,
-                                      "mmap /dev/mem 0xfffff000",
-                                      std::string("write /dev/mem ") + line.clear,
-                                  }));
+        const std::string write = "write /dev/mem ";
+        EXPECT_EQ(board.Events(), (Texts{"mmap /dev/mem 0xfffff000", write + line.set,
+                                         "mmap /dev/mem 0xfffff000", write + line.clear}));
     }
 }
 
-TEST(MappedRegisters, DriveHighForLevelOneOnly) {
-    SimulatedBoard board;
+TEST_F(MappedRegisters, DriveHighForLevelOneOnly) {
     board.Line("B7").output = true;
     board.Line("B7").level = true;
     EXPECT_TRUE(WriteMappedPin(1, 7, 5));
     EXPECT_FALSE(board.Line("B7").level);
 }
 
-TEST(MappedRegisters, LeaveOtherLinesAlone) {
-    SimulatedBoard board;
+TEST_F(MappedRegisters, LeaveOtherLinesAlone) {
     for (const char* name : {"B6", "B7", "B8", "A7"}) {
         board.Line(name).output = true;
         board.Line(name).level = true;
@@ -82,41 +65,28 @@ TEST(MappedRegisters, LeaveOtherLinesAlone) {
     EXPECT_FALSE(board.Line("B7").level);
 }
 
-TEST(MappedRegisters, RefuseBit32WithoutTouchingTheMemoryDevice) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(MappedRegisters, RefuseBit32WithoutTouchingTheMemoryDevice) {
     EXPECT_EQ(ReadMappedPin(0, 32), kLevelError);
     EXPECT_FALSE(WriteMappedPin(0, 32, kLevelHigh));
     EXPECT_EQ(board.Calls("open"), 0U);
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
-TEST(MappedRegisters, ReportAMemoryDeviceThatCannotBeOpened) {
-    SimulatedBoard board;
-    board.FailForever("open", kMemory, EACCES);
-    CapturedConsole console;
-    EXPECT_EQ(ReadMappedPin(1, 7), kLevelError);
-    EXPECT_EQ(console.Error(), "open of /dev/mem failed\n");
-    EXPECT_FALSE(WriteMappedPin(1, 7, kLevelHigh));
-    EXPECT_EQ(console.Error(), "open of /dev/mem failed\nopen of /dev/mem failed\n");
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(board.Calls("mmap"), 0U);
+TEST_F(MappedRegisters, ReportAMemoryDeviceThatCannotBeOpenedOrMapped) {
+    for (const auto& [call, complaint] :
+         {std::pair{"open", "open of /dev/mem failed\n"}, std::pair{"mmap", "mmap failed\n"}}) {
+        NewBoard();
+        board.FailForever(call, "/dev/mem", EACCES);
+        EXPECT_EQ(ReadMappedPin(1, 7), kLevelError);
+        EXPECT_EQ(Console(), (Said{"", complaint}));
+        EXPECT_FALSE(WriteMappedPin(1, 7, kLevelHigh));
+        EXPECT_EQ(Console(), (Said{"", std::string(complaint) + complaint}));
+        EXPECT_EQ(board.Calls(call), 2U);
+        EXPECT_EQ(board.Calls("munmap") + board.Kernel().Held(), 0U);
+    }
 }
 
-TEST(MappedRegisters, ReportAPageThatCannotBeMapped) {
-    SimulatedBoard board;
-    board.FailForever("mmap", kMemory, EPERM);
-    CapturedConsole console;
-    EXPECT_EQ(ReadMappedPin(1, 7), kLevelError);
-    EXPECT_EQ(console.Error(), "mmap failed\n");
-    EXPECT_FALSE(WriteMappedPin(1, 7, kLevelHigh));
-    EXPECT_EQ(console.Error(), "mmap failed\nmmap failed\n");
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(board.Kernel().Held(), 0U);
-}
-
-TEST(MappedRegisters, AreMappedAfreshAndReleasedEachTime) {
-    SimulatedBoard board;
+TEST_F(MappedRegisters, AreMappedAfreshAndReleasedEachTime) {
     ReadMappedPin(1, 7);
     WriteMappedPin(1, 7, kLevelHigh);
     ReadMappedPin(1, 7);

@@ -1,16 +1,11 @@
 #include "platform/GpioPin.h"
 
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/BoardTest.h"
 
 #include <ctime>
 
 namespace tavrelin {
 namespace {
-
-using sim::SimulatedBoard;
 
 constexpr int kFarTooManyReads = 100000;
 
@@ -21,7 +16,7 @@ std::time_t WallSeconds() {
 }
 
 // A wait as the instrument does it: looks at line and clock in turn, asks for no rest.
-int ReadsInTwoSeconds(GpioPin& pin) {
+int ReadsInTwoSeconds(const GpioPin& pin) {
     const std::time_t begin = WallSeconds();
     int reads = 0;
     while (WallSeconds() - begin < 2 && reads < kFarTooManyReads) {
@@ -31,35 +26,24 @@ int ReadsInTwoSeconds(GpioPin& pin) {
     return reads;
 }
 
-TEST(PollingALine, ComesToItsTimeLimitOnALineThatStays) {
-    SimulatedBoard board;
-    GpioPin pin(1, 7);
-    EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
-}
+using PollingALine = BoardTest;
 
-TEST(PollingALine, ComesToItsTimeLimitWhenTheLineIsTakenAway) {
-    SimulatedBoard board;
-    CapturedConsole console;
-    GpioPin pin(1, 7);
+TEST_F(PollingALine, ComesToItsTimeLimitWhateverTheLineReads) {
+    const GpioPin pin(1, 7);
+    EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
+    for (const char* text : {"1", "", "rubbish"}) {
+        board.ReplaceText("/sys/class/gpio/pioB7/value", text);
+        EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads) << text;
+    }
     board.TakeAway("/sys/class/gpio/pioB7");
     EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads);
 }
 
-TEST(PollingALine, ComesToItsTimeLimitWhenTheValueReadsOtherwise) {
-    for (const char* text : {"1", "", "rubbish"}) {
-        SimulatedBoard board;
-        GpioPin pin(1, 7);
-        board.ReplaceText("/sys/class/gpio/pioB7/value", text);
-        EXPECT_LT(ReadsInTwoSeconds(pin), kFarTooManyReads) << text;
-    }
-}
-
-TEST(PollingALine, SeesWhatHappensAtTheVeryStart) {
+TEST_F(PollingALine, SeesWhatHappensAtTheVeryStart) {
     sim::Scenario scenario;
     scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
-    SimulatedBoard board(scenario);
-    GpioPin pin(1, 7);
-    EXPECT_EQ(pin.Read(), kLevelHigh);
+    NewBoard(scenario);
+    EXPECT_EQ(GpioPin(1, 7).Read(), kLevelHigh);
     EXPECT_EQ(board.Now(), 0);
 }
 

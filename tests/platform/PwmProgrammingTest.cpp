@@ -1,18 +1,13 @@
 #include "platform/PwmChannel.h"
 
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/support/BoardTest.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <limits>
 #include <string>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
@@ -20,30 +15,22 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // Channel 1, taken and off as the kernel hands it out: its first duty cycle is refused when it is
 // written, which nobody looks at.
-class PwmProgramming : public testing::Test {
+class PwmProgramming : public BoardTest {
   protected:
     PwmProgramming() { board.Forget(); }
 
-    static std::string Attribute(const char* name) {
-        return std::string("/sys/class/pwm/pwmchip0/pwm1/") + name;
-    }
-
-    SimulatedBoard board;
-    CapturedConsole console;
     PwmChannel channel{1};
 };
 
 TEST_F(PwmProgramming, WritesWholeNanosecondsAndStarts) {
     EXPECT_TRUE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "read /sys/class/pwm/pwmchip0/pwm1/enable \"0\\n\"",
-                                  "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"0\" EINVAL",
-                                  "write /sys/class/pwm/pwmchip0/pwm1/period \"1000000\"",
-                                  "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"300000\"",
-                                  "write /sys/class/pwm/pwmchip0/pwm1/enable \"1\"",
-                              }));
+    EXPECT_EQ(board.Events(), (Texts{"read /sys/class/pwm/pwmchip0/pwm1/enable \"0\\n\"",
+                                     "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"0\" EINVAL",
+                                     "write /sys/class/pwm/pwmchip0/pwm1/period \"1000000\"",
+                                     "write /sys/class/pwm/pwmchip0/pwm1/duty_cycle \"300000\"",
+                                     "write /sys/class/pwm/pwmchip0/pwm1/enable \"1\""}));
     EXPECT_TRUE(board.Channel(1).Pulsing());
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
     EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
@@ -121,82 +108,74 @@ TEST_F(PwmProgramming, ClampsOnlyWhatItRemembers) {
     }
 }
 
-TEST_F(PwmProgramming, FailsOnAChannelThatIsUnexported) {
-    channel.SetFrequencyAndDuty(1000.0F, 30.0F);
+// A channel that runs at 1000 Hz and 30 %, and what becomes of it when it cannot be programmed for
+// 50 Hz and 10 %: the last wish stays when nothing of the new one could be done.
+class PwmProgrammingFailing : public PwmProgramming {
+  protected:
+    PwmProgrammingFailing() {
+        channel.SetFrequencyAndDuty(1000.0F, 30.0F);
+        board.Forget();
+    }
+
+    void ExpectFailure(const char* error, const Texts& writes, float frequency, float duty) {
+        EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
+        EXPECT_EQ(Console(), (Said{"", error}));
+        EXPECT_EQ(board.WritesTo("pwm1"), writes);
+        EXPECT_EQ(channel.Frequency(), frequency);
+        EXPECT_EQ(channel.DutyCycle(), duty);
+    }
+};
+
+TEST_F(PwmProgrammingFailing, OnAChannelThatIsUnexported) {
     board.Channel(1).exported = false;
-    board.Forget();
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "not locked yet\nunable to set pwm frequency");
-    EXPECT_EQ(channel.Frequency(), 1000.0F);
-    EXPECT_EQ(channel.DutyCycle(), 30.0F);
-    EXPECT_EQ(board.WritesTo("pwm1"), Texts{});
+    ExpectFailure("not locked yet\nunable to set pwm frequency", {}, 1000.0F, 30.0F);
 }
 
-TEST_F(PwmProgramming, FailsWhenEnableCannotBeOpened) {
-    channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.TakeAway(Attribute("enable"));
-    board.Forget();
+TEST_F(PwmProgrammingFailing, WhenEnableCannotBeOpened) {
+    board.TakeAway(PathOf("pwm1/enable"));
     EXPECT_TRUE(channel.IsEnabled());
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "unable to enable a pwmunable to set pwm frequency");
-    EXPECT_EQ(channel.Frequency(), 1000.0F);
-    EXPECT_EQ(channel.DutyCycle(), 30.0F);
-    EXPECT_EQ(board.WritesTo("pwm1"), Texts{});
+    ExpectFailure("unable to enable a pwmunable to set pwm frequency", {}, 1000.0F, 30.0F);
 }
 
-TEST_F(PwmProgramming, FailsWhenARunningChannelCannotBeStopped) {
-    channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.Fail("open", Attribute("enable"), EACCES, 2); // after its state was read
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.Error(), "unable to enable a pwmunable to set pwm frequency");
+TEST_F(PwmProgrammingFailing, WhenARunningChannelCannotBeStopped) {
+    FailToOpen("pwm1/enable", 2); // after its state was read
+    ExpectFailure("unable to enable a pwmunable to set pwm frequency", {}, 1000.0F, 30.0F);
     EXPECT_TRUE(board.Channel(1).Pulsing());
 }
 
-TEST_F(PwmProgramming, FailsWhenTheDutyCycleCannotBeReset) {
-    channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.TakeAway(Attribute("duty_cycle"));
-    board.Forget();
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "unable to reset pwm duty cycle");
-    EXPECT_EQ(channel.Frequency(), 50.0F);
-    EXPECT_EQ(channel.DutyCycle(), 10.0F);
-    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0"}));
+TEST_F(PwmProgrammingFailing, WhenTheDutyCycleCannotBeReset) {
+    board.TakeAway(PathOf("pwm1/duty_cycle"));
+    ExpectFailure("unable to reset pwm duty cycle", {"enable 0"}, 50.0F, 10.0F);
 }
 
-TEST_F(PwmProgramming, SucceedsInSilenceWithTheChannelOffWhenThePeriodCannotBeOpened) {
-    channel.SetFrequencyAndDuty(1000.0F, 30.0F);
-    board.TakeAway(Attribute("period"));
+TEST_F(PwmProgrammingFailing, WhenTheDutyCycleCannotBeSet) {
+    FailToOpen("pwm1/duty_cycle", 2);
+    ExpectFailure("unable to set pwm duty cycle", {"enable 0", "duty_cycle 0", "period 20000000"},
+                  50.0F, 10.0F);
+}
+
+TEST_F(PwmProgrammingFailing, WhenTheChannelCannotBeStarted) {
+    FailToOpen("pwm1/enable", 3);
+    ExpectFailure("unable to enable a pwm",
+                  {"enable 0", "duty_cycle 0", "period 20000000", "duty_cycle 2000000"}, 50.0F,
+                  10.0F);
+    EXPECT_FALSE(board.Channel(1).enabled);
+}
+
+TEST_F(PwmProgrammingFailing, IsSilentAndASuccessWithTheChannelOffWhenThePeriodCannotBeOpened) {
+    board.TakeAway(PathOf("pwm1/period"));
     board.Forget();
     EXPECT_TRUE(channel.SetFrequencyAndDuty(50.0F, 10.0F));
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
     EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"enable 0", "duty_cycle 0"}));
     EXPECT_FALSE(board.Channel(1).enabled);
     EXPECT_EQ(board.Channel(1).duty, 0U);
     EXPECT_EQ(channel.Frequency(), 50.0F);
 }
 
-TEST_F(PwmProgramming, FailsWhenTheDutyCycleCannotBeSet) {
-    board.Fail("open", Attribute("duty_cycle"), EACCES, 2);
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "unable to set pwm duty cycle");
-    EXPECT_EQ(board.WritesTo("pwm1"), (Texts{"duty_cycle 0 EINVAL", "period 1000000"}));
-}
+using PwmChannelWithFrequency = BoardTest;
 
-TEST_F(PwmProgramming, FailsWhenTheChannelCannotBeStarted) {
-    board.Fail("open", Attribute("enable"), EACCES, 2);
-    EXPECT_FALSE(channel.SetFrequencyAndDuty(1000.0F, 30.0F));
-    EXPECT_EQ(console.Error(), "unable to enable a pwm");
-    EXPECT_EQ(board.WritesTo("pwm1"),
-              (Texts{"duty_cycle 0 EINVAL", "period 1000000", "duty_cycle 300000"}));
-    EXPECT_FALSE(board.Channel(1).enabled);
-}
-
-TEST(PwmChannelWithFrequency, RunsFromItsConstructionOn) {
-    SimulatedBoard board;
+TEST_F(PwmChannelWithFrequency, RunsFromItsConstructionOn) {
     const PwmChannel channel(0, 1000.0F, 30.0F);
     EXPECT_TRUE(channel.Ok());
     EXPECT_EQ(channel.Channel(), 0);
@@ -207,8 +186,7 @@ TEST(PwmChannelWithFrequency, RunsFromItsConstructionOn) {
               (Texts{"duty_cycle 0 EINVAL", "period 1000000", "duty_cycle 300000", "enable 1"}));
 }
 
-TEST(PwmChannelWithFrequency, WritesWhatItWasGivenAndKeepsWhatIsAllowed) {
-    SimulatedBoard board;
+TEST_F(PwmChannelWithFrequency, WritesWhatItWasGivenAndKeepsWhatIsAllowed) {
     const PwmChannel channel(0, 0.5F, -10.0F);
     EXPECT_TRUE(channel.Ok());
     EXPECT_EQ(channel.Frequency(), 1.0F);
@@ -217,10 +195,8 @@ TEST(PwmChannelWithFrequency, WritesWhatItWasGivenAndKeepsWhatIsAllowed) {
                                              "duty_cycle -200000000 EINVAL", "enable 1"}));
 }
 
-TEST(PwmChannelWithFrequency, IsNotProgrammedWhenItIsInUse) {
-    SimulatedBoard board;
+TEST_F(PwmChannelWithFrequency, IsNotProgrammedWhenItIsInUse) {
     board.Channel(0) = {.exported = true, .period = 500, .duty = 0, .enabled = false};
-    CapturedConsole console;
     const PwmChannel channel(0, 2e8F, -1.0F);
     EXPECT_FALSE(channel.Ok());
     EXPECT_EQ(console.Error(), "already used\n");
@@ -229,18 +205,15 @@ TEST(PwmChannelWithFrequency, IsNotProgrammedWhenItIsInUse) {
     EXPECT_EQ(board.WritesTo("pwm0"), Texts{});
 }
 
-TEST(PwmChannelWithFrequency, FailsWhenItCannotBeProgrammed) {
-    SimulatedBoard board;
-    board.TakeAway("/sys/class/pwm/pwmchip0/pwm0/duty_cycle");
-    CapturedConsole console;
+TEST_F(PwmChannelWithFrequency, FailsWhenItCannotBeProgrammed) {
+    board.TakeAway(PathOf("pwm0/duty_cycle"));
     const PwmChannel channel(0, 1000.0F, 30.0F);
     EXPECT_FALSE(channel.Ok());
     EXPECT_EQ(console.Error(), "unable to reset pwm duty cycle");
 }
 
 // An earlier run that was cut off left the channel running.
-TEST(PwmChannelWithFrequency, StopsWhatAnEarlierOwnerLeftRunning) {
-    SimulatedBoard board;
+TEST_F(PwmChannelWithFrequency, StopsWhatAnEarlierOwnerLeftRunning) {
     board.Channel(0) = {.exported = false, .period = 1000, .duty = 500, .enabled = true};
     const PwmChannel channel(0, 1000.0F, 30.0F);
     EXPECT_EQ(board.WritesTo("pwm0"), (Texts{"enable 0", "duty_cycle 0", "period 1000000",

@@ -1,25 +1,30 @@
 #include "platform/SpiDevice.h"
 
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/support/BoardTest.h"
 
-#include <gtest/gtest.h>
+#include <fcntl.h>
 
 #include <array>
-#include <cerrno>
 #include <memory>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
 constexpr const char* kDevice = "/dev/spidev32765.1";
 
-TEST(SpiDevice, IsSetUpForTheConverter) {
-    SimulatedBoard board;
-    CapturedConsole console;
+using SpiDeviceOnBoard = BoardTest;
+
+/// What sets a device up, each setting written and read back.
+Texts Settings(const std::string& mode, const std::string& bits, const std::string& speed) {
+    const std::string call = "ioctl /dev/spidev32765.1 SPI_IOC_";
+    return {call + "WR_MODE " + mode,          call + "RD_MODE " + mode,
+            call + "WR_BITS_PER_WORD " + bits, call + "RD_BITS_PER_WORD " + bits,
+            call + "WR_MAX_SPEED_HZ " + speed, call + "RD_MAX_SPEED_HZ " + speed};
+}
+
+TEST_F(SpiDeviceOnBoard, IsSetUpForTheConverter) {
     {
         const SpiDevice device;
         EXPECT_TRUE(device.Ok());
@@ -29,44 +34,28 @@ TEST(SpiDevice, IsSetUpForTheConverter) {
         EXPECT_EQ(device.SpeedHz(), 3000000U);
         EXPECT_EQ(board.Kernel().Held(), 1U);
     }
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_MODE 0",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_MODE 0",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_BITS_PER_WORD 16",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_BITS_PER_WORD 16",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_MAX_SPEED_HZ 3000000",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_MAX_SPEED_HZ 3000000",
-                              }));
+    EXPECT_EQ(board.Events(), Settings("0", "16", "3000000"));
     EXPECT_EQ(board.Kernel().Held(), 0U);
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
-TEST(SpiDevice, TakesModeSpeedAndWordSize) {
-    SimulatedBoard board;
+TEST_F(SpiDeviceOnBoard, TakesModeSpeedAndWordSize) {
     const SpiDevice device(kDevice, 3, 500000, 8);
     EXPECT_TRUE(device.Ok());
     EXPECT_EQ(device.Mode(), 3);
     EXPECT_EQ(device.BitsPerWord(), 8);
     EXPECT_EQ(device.SpeedHz(), 500000U);
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_MODE 3",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_MODE 3",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_BITS_PER_WORD 8",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_BITS_PER_WORD 8",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_WR_MAX_SPEED_HZ 500000",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_RD_MAX_SPEED_HZ 500000",
-                              }));
+    EXPECT_EQ(board.Events(), Settings("3", "8", "500000"));
 }
 
-TEST(SpiDevice, KeepsWhatTheDriverReportsBack) {
-    SimulatedBoard board;
+TEST_F(SpiDeviceOnBoard, KeepsWhatTheDriverReportsBack) {
     const SpiDevice device(kDevice, 0, 100000000, 0); // 0 bits stand for 8
     EXPECT_TRUE(device.Ok());
     EXPECT_EQ(device.BitsPerWord(), 8);
     EXPECT_EQ(device.SpeedHz(), 100000000U);
 }
 
-TEST(SpiDevice, StopsAtTheFirstSettingThatFails) {
+TEST_F(SpiDeviceOnBoard, StopsAtTheFirstSettingThatFails) {
     constexpr std::array complaints = {
         "Could not set SPIMode (WR)...ioctl fail",
         "Could not set SPIMode (RD)...ioctl fail",
@@ -76,22 +65,18 @@ TEST(SpiDevice, StopsAtTheFirstSettingThatFails) {
         "Could not set SPI speed (RD)...ioctl fail",
     };
     for (std::size_t step = 0; step < complaints.size(); ++step) {
-        SimulatedBoard board;
+        NewBoard();
         board.Fail("ioctl", kDevice, EIO, step + 1);
-        CapturedConsole console;
         const SpiDevice device;
         EXPECT_FALSE(device.Ok());
-        EXPECT_EQ(console.Error(), complaints[step]);
-        EXPECT_EQ(console.Output(), "");
+        EXPECT_EQ(Console(), (Said{"", complaints[step]}));
         EXPECT_EQ(board.Calls("ioctl"), step + 1);
         EXPECT_GE(device.Fd(), 0); // stays open
         EXPECT_EQ(board.Kernel().Held(), 1U);
     }
 }
 
-TEST(SpiDevice, ReportsSettingsThatTheKernelRefuses) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(SpiDeviceOnBoard, ReportsSettingsThatTheKernelRefuses) {
     const SpiDevice still(kDevice, 0, 0, 16);
     EXPECT_EQ(console.Error(), "Could not set SPI speed (WR)...ioctl fail");
     const SpiDevice odd(kDevice, 0, 3000000, 12);
@@ -100,9 +85,7 @@ TEST(SpiDevice, ReportsSettingsThatTheKernelRefuses) {
     EXPECT_FALSE(still.Ok() || odd.Ok());
 }
 
-TEST(SpiDevice, ReportsADeviceThatCannotBeOpened) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(SpiDeviceOnBoard, ReportsADeviceThatCannotBeOpened) {
     {
         board.Fail("open", kDevice, ENOENT);
         const SpiDevice device;
@@ -110,14 +93,11 @@ TEST(SpiDevice, ReportsADeviceThatCannotBeOpened) {
         EXPECT_EQ(device.Fd(), -1);
         EXPECT_EQ(console.Error(), "could not open SPI device");
     }
-    EXPECT_EQ(console.Error(), "could not open SPI deviceCould not close SPI device");
-    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(Console(), (Said{"", "could not open SPI deviceCould not close SPI device"}));
     EXPECT_EQ(board.Calls("ioctl") + board.Calls("close"), 0U);
 }
 
-TEST(SpiDevice, DoesNotCallTheKernelWithoutAnOpenDevice) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(SpiDeviceOnBoard, DoesNotCallTheKernelWithoutAnOpenDevice) {
     board.Fail("open", kDevice, ENOENT);
     SpiDevice device;
     std::array<std::uint16_t, 2> words{0xA080, 0};
@@ -128,14 +108,11 @@ TEST(SpiDevice, DoesNotCallTheKernelWithoutAnOpenDevice) {
     EXPECT_FALSE(device.TransferBlock(words.data(), 4));
     EXPECT_FALSE(device.Read(nullptr, 0));
     EXPECT_EQ(errno, 0);
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "could not open SPI device");
+    EXPECT_EQ(Console(), (Said{"", "could not open SPI device"}));
     EXPECT_EQ(words, (std::array<std::uint16_t, 2>{0xA080, 0}));
 }
 
-TEST(SpiDevice, ClosesOnce) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(SpiDeviceOnBoard, ClosesOnce) {
     {
         SpiDevice device;
         const int descriptor = device.Fd();
@@ -147,30 +124,43 @@ TEST(SpiDevice, ClosesOnce) {
         EXPECT_FALSE(device.Ok());
         EXPECT_EQ(console.Error(), "Could not close SPI device");
     }
-    EXPECT_EQ(console.Error(), "Could not close SPI deviceCould not close SPI device");
-    EXPECT_EQ(console.Output(), "");
+    EXPECT_EQ(Console(), (Said{"", "Could not close SPI deviceCould not close SPI device"}));
     EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
-TEST(SpiDevice, ReportsACloseThatFails) {
-    SimulatedBoard board;
-    CapturedConsole console;
+TEST_F(SpiDeviceOnBoard, ReportsACloseThatFails) {
     auto device = std::make_unique<SpiDevice>();
     board.Fail("close", kDevice, EIO);
     device.reset();
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), "Could not close SPI device");
+    EXPECT_EQ(Console(), (Said{"", "Could not close SPI device"}));
     EXPECT_EQ(board.Kernel().Held(), 0U);
 }
 
-TEST(SpiDevice, CanBeOpenedAgainAfterAClose) {
-    SimulatedBoard board;
+// Its number is that of the next file to be opened.
+TEST_F(SpiDeviceOnBoard, ClosesAStrangersFileWhenItIsClosedAgain) {
+    SpiDevice device;
+    EXPECT_TRUE(device.Close());
+    const SpiDevice stranger;
+    ASSERT_EQ(stranger.Fd(), device.Fd());
+    EXPECT_TRUE(device.Close());
+    EXPECT_EQ(board.Kernel().Held(), 0U);
+}
+
+TEST_F(SpiDeviceOnBoard, CanBeOpenedAgainAndDoesNotCloseWhatWasOpen) {
     SpiDevice device;
     EXPECT_TRUE(device.Close());
     EXPECT_TRUE(device.Open(kDevice));
     EXPECT_TRUE(device.Ok());
     EXPECT_EQ(board.Calls("ioctl"), 12U);
     EXPECT_EQ(board.Kernel().Held(), 1U);
+    EXPECT_TRUE(device.Open(kDevice));
+    EXPECT_EQ(board.Kernel().Held(), 2U);
+}
+
+// A file of this machine stands in: what is set up on it is refused, but it is open.
+TEST_F(SpiDeviceOnBoard, IsNotHandedOnToProgramsThatAreStarted) {
+    const SpiDevice device("/dev/null", 0, 3000000, 16);
+    EXPECT_EQ(::fcntl(device.Fd(), F_GETFD), FD_CLOEXEC);
 }
 
 } // namespace

@@ -1,19 +1,14 @@
 #include "platform/SpiDevice.h"
 
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/BoardTest.h"
 
 #include <array>
-#include <cerrno>
 #include <numeric>
 #include <vector>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
 
 constexpr const char* kDevice = "/dev/spidev32765.1";
@@ -23,15 +18,12 @@ using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
 
 // The converter answers with these words, 32 bits each, one after the other.
-class SpiTransfer : public testing::Test {
+class SpiTransfer : public BoardTest {
   protected:
     SpiTransfer() {
         board.Model().converter.AnswerWith(
             {0x11223344, 0x55667788, 0x99AABBCC, 0xDDEEFF00, 0x12345678});
     }
-
-    SimulatedBoard board;
-    CapturedConsole console;
 };
 
 TEST_F(SpiTransfer, SendsTheMostSignificantByteOfAWordFirst) {
@@ -82,7 +74,7 @@ TEST_F(SpiTransfer, FailsInSilenceWhenNotAllBytesMove) {
     EXPECT_FALSE(device.Read(words.data(), 4));
     EXPECT_FALSE(device.Write(words.data(), 3));   // half a word
     EXPECT_FALSE(device.Read(words.data(), 4098)); // more than the driver takes
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(SpiTransfer, ExchangesBytesOneByOne) {
@@ -90,13 +82,11 @@ TEST_F(SpiTransfer, ExchangesBytesOneByOne) {
     board.Forget();
     Bytes bytes = {1, 2, 3, 4, 5};
     EXPECT_TRUE(device.Transfer(bytes.data(), 5));
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "transfer /dev/spidev32765.1 01 -> 11 8 bits 500000 Hz",
-                                  "transfer /dev/spidev32765.1 02 -> 55 8 bits 500000 Hz",
-                                  "transfer /dev/spidev32765.1 03 -> 99 8 bits 500000 Hz",
-                                  "transfer /dev/spidev32765.1 04 -> dd 8 bits 500000 Hz",
-                                  "transfer /dev/spidev32765.1 05 -> 12 8 bits 500000 Hz",
-                              }));
+    EXPECT_EQ(board.Events(), (Texts{"transfer /dev/spidev32765.1 01 -> 11 8 bits 500000 Hz",
+                                     "transfer /dev/spidev32765.1 02 -> 55 8 bits 500000 Hz",
+                                     "transfer /dev/spidev32765.1 03 -> 99 8 bits 500000 Hz",
+                                     "transfer /dev/spidev32765.1 04 -> dd 8 bits 500000 Hz",
+                                     "transfer /dev/spidev32765.1 05 -> 12 8 bits 500000 Hz"}));
     EXPECT_EQ(bytes, (Bytes{0x11, 0x55, 0x99, 0xDD, 0x12}));
     EXPECT_EQ(board.Calls("ioctl"), 7U);
 }
@@ -106,10 +96,9 @@ TEST_F(SpiTransfer, ExchangesWholeWordsAndLeavesTheRest) {
     board.Forget();
     Words words = {0x0102, 0x0304, 0x0506};
     EXPECT_TRUE(device.Transfer(words.data(), 5));
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "transfer /dev/spidev32765.1 0102 -> 1122 16 bits 3000000 Hz",
-                                  "transfer /dev/spidev32765.1 0304 -> 5566 16 bits 3000000 Hz",
-                              }));
+    EXPECT_EQ(board.Events(),
+              (Texts{"transfer /dev/spidev32765.1 0102 -> 1122 16 bits 3000000 Hz",
+                     "transfer /dev/spidev32765.1 0304 -> 5566 16 bits 3000000 Hz"}));
     EXPECT_EQ(words, (Words{0x1122, 0x5566, 0x0506}));
     EXPECT_EQ(board.Calls("ioctl"), 7U);
 }
@@ -120,10 +109,8 @@ TEST_F(SpiTransfer, TakesTwoBytesForAWordOfNineBits) {
     board.Forget();
     Words words = {0x0102, 0x0304};
     EXPECT_TRUE(device.Transfer(words.data(), 4));
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "transfer /dev/spidev32765.1 0102 -> 1122 9 bits 500000 Hz",
-                                  "transfer /dev/spidev32765.1 0304 -> 5566 9 bits 500000 Hz",
-                              }));
+    EXPECT_EQ(board.Events(), (Texts{"transfer /dev/spidev32765.1 0102 -> 1122 9 bits 500000 Hz",
+                                     "transfer /dev/spidev32765.1 0304 -> 5566 9 bits 500000 Hz"}));
 }
 
 TEST_F(SpiTransfer, ExchangesNothingForLessThanAWord) {
@@ -143,8 +130,7 @@ TEST_F(SpiTransfer, ReportsAMessageThatTheDriverRefuses) {
     EXPECT_TRUE(device.Transfer(words.data(), 128));
     EXPECT_EQ(console.Error(), "");
     EXPECT_FALSE(device.Transfer(words.data(), 130)); // 65 records are too many
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), kTransferFailed);
+    EXPECT_EQ(Console(), (Said{"", kTransferFailed}));
 }
 
 // A request has 14 bits for the size of its records. 511 records of 32 bytes fit; 512 do not, and
@@ -158,11 +144,9 @@ TEST_F(SpiTransfer, MovesNothingWhenItsRecordsDoNotFitTheRequest) {
     EXPECT_FALSE(device.Transfer(words.data(), 511 * 2));
     EXPECT_TRUE(device.Transfer(words.data(), 512 * 2));
     EXPECT_TRUE(device.Transfer(words.data(), 600 * 2));
-    EXPECT_EQ(board.Events(), (Texts{
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE EMSGSIZE",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE of no records",
-                                  "ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE of no records",
-                              }));
+    EXPECT_EQ(board.Events(), (Texts{"ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE EMSGSIZE",
+                                     "ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE of no records",
+                                     "ioctl /dev/spidev32765.1 SPI_IOC_MESSAGE of no records"}));
     EXPECT_EQ(words, sent);
     EXPECT_EQ(console.Error(), kTransferFailed);
 }
@@ -194,8 +178,7 @@ TEST_F(SpiTransfer, ReportsABlockThatFails) {
     EXPECT_EQ(console.Error(), kTransferFailed);
     board.Fail("ioctl", kDevice, EIO);
     EXPECT_FALSE(device.TransferBlock(words.data(), 4));
-    EXPECT_EQ(console.Output(), "");
-    EXPECT_EQ(console.Error(), std::string(kTransferFailed) + kTransferFailed);
+    EXPECT_EQ(Console(), (Said{"", std::string(kTransferFailed) + kTransferFailed}));
     EXPECT_EQ(words, (Words{0x0102, 0x0304}));
 }
 

@@ -13,7 +13,13 @@ class CapturedConsole {
     CapturedConsole() { Begin(); }
     CapturedConsole(const CapturedConsole&) = delete;
     CapturedConsole& operator=(const CapturedConsole&) = delete;
-    ~CapturedConsole() { End(); }
+    /// Shows what a failed test has said: the account of its failure is among it.
+    ~CapturedConsole() {
+        End();
+        if (testing::Test::HasFailure()) {
+            std::cout << output_ << error_ << std::flush;
+        }
+    }
 
     /// Standard output and standard error so far.
     const std::string& Output() {

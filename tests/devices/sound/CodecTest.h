@@ -1,12 +1,9 @@
 #pragma once
 
 #include "devices/Codec.h"
-#include "simulator/testing/SimulatedBoard.h"
 #include "tests/devices/sound/SoundCalls.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/support/BoardTest.h"
 #include "tests/support/TestCard.h"
-
-#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <ostream>
@@ -15,14 +12,18 @@
 namespace tavrelin {
 
 /// A board with a sound card, watched. Whatever happens, nothing of the sound library stays open.
-class CodecTest : public testing::Test {
+class CodecTest : public BoardTest {
   protected:
     void TearDown() override { EXPECT_EQ(calls.Unreleased(), 0); }
 
     TestCard card;
-    sim::SimulatedBoard board;
     SoundCalls calls;
-    CapturedConsole console;
+};
+
+/// The same with a codec.
+class CodecAtHand : public CodecTest {
+  protected:
+    const Codec codec;
 };
 
 /// A call of the sound library that fails or answers oddly.

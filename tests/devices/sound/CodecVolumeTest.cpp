@@ -1,6 +1,5 @@
 #include "tests/devices/sound/CodecTest.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,48 +16,29 @@ std::string Master(const std::string& rangeAndVolumes) {
     return "integer \"Master Playback Volume\" " + rangeAndVolumes + "\n";
 }
 
-class CodecVolume : public CodecTest {};
-
-TEST_F(CodecVolume, OfAllChannelsAtFiftyPercentOf63Is31) {
-    const Codec codec;
-    EXPECT_TRUE(codec.SetVolume(kAll, 50));
-    EXPECT_EQ(card.Mixer(), MixerText("0 0", "31 31"));
-    EXPECT_EQ(console.Output() + console.Error(), "");
-}
+using CodecVolume = CodecAtHand;
 
 TEST_F(CodecVolume, GoesToTheChannelsThatTheSelectorNames) {
-    const Codec codec;
-    struct Selection {
-        std::uint32_t selector;
-        const char* volumes;
-    };
-    for (const Selection& selection :
-         {Selection{kLeft, "31 20"}, Selection{kRight, "20 31"}, Selection{kAll, "31 31"},
-          Selection{3, "20 31"}, Selection{4294967295U, "20 31"}}) {
-        SCOPED_TRACE(selection.selector);
+    for (const auto& [selector, volumes] :
+         {std::pair{kAll, "31 31"}, std::pair{kLeft, "31 20"}, std::pair{kRight, "20 31"},
+          std::pair{3U, "20 31"}, std::pair{4294967295U, "20 31"}}) {
         card.SetMixer(MixerText("0 0", "20 20"));
-        EXPECT_TRUE(codec.SetVolume(selection.selector, 50));
-        EXPECT_EQ(card.Mixer(), MixerText("0 0", selection.volumes));
+        EXPECT_TRUE(codec.SetVolume(selector, 50));
+        EXPECT_EQ(card.Mixer(), MixerText("0 0", volumes)) << selector;
     }
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(CodecVolume, IsTheWholePartOfThePercentage) {
-    const Codec codec;
-    struct Percentage {
-        std::uint32_t percent;
-        const char* volumes;
-    };
-    for (const Percentage& percentage :
-         {Percentage{0, "0 0"}, Percentage{1, "0 0"}, Percentage{2, "1 1"}, Percentage{99, "62 62"},
-          Percentage{100, "63 63"}}) {
-        SCOPED_TRACE(percentage.percent);
-        EXPECT_TRUE(codec.SetVolume(kAll, percentage.percent));
-        EXPECT_EQ(card.Mixer(), MixerText("0 0", percentage.volumes));
+    for (const auto& [percent, volumes] :
+         {std::pair{0U, "0 0"}, std::pair{1U, "0 0"}, std::pair{2U, "1 1"}, std::pair{50U, "31 31"},
+          std::pair{99U, "62 62"}, std::pair{100U, "63 63"}}) {
+        EXPECT_TRUE(codec.SetVolume(kAll, percent));
+        EXPECT_EQ(card.Mixer(), MixerText("0 0", volumes)) << percent;
     }
 }
 
 TEST_F(CodecVolume, AboveAHundredPercentIsRefusedBeforeTheMixerIsOpened) {
-    const Codec codec;
     const std::size_t before = calls.Made().size();
     for (const std::uint32_t percent : {101U, 4294967295U}) {
         EXPECT_FALSE(codec.SetVolume(kAll, percent));
@@ -70,7 +50,6 @@ TEST_F(CodecVolume, AboveAHundredPercentIsRefusedBeforeTheMixerIsOpened) {
 
 TEST_F(CodecVolume, DoesNotCountFromTheLowestOfTheRange) {
     card.SetMixer(Master("-10 53 20 20"));
-    const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 50));
     EXPECT_EQ(card.Mixer(), Master("-10 53 26 26"));
     EXPECT_TRUE(codec.SetVolume(kAll, 0));
@@ -79,7 +58,6 @@ TEST_F(CodecVolume, DoesNotCountFromTheLowestOfTheRange) {
 
 TEST_F(CodecVolume, AtZeroPercentIsZeroEvenBelowTheRange) {
     card.SetMixer(Master("10 63 20 20"));
-    const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 0));
     EXPECT_EQ(calls.Count("snd_mixer_selem_set_playback_volume_all"), 1U);
     EXPECT_EQ(calls.Made().at(calls.Made().size() - 2),
@@ -90,7 +68,6 @@ TEST_F(CodecVolume, AtZeroPercentIsZeroEvenBelowTheRange) {
 
 TEST_F(CodecVolume, OfARangeBelowZeroIsCutTowardsZero) {
     card.SetMixer(Master("-99 -3 -20 -20"));
-    const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 50));
     EXPECT_EQ(calls.Made().at(calls.Made().size() - 2),
               "snd_mixer_selem_set_playback_volume_all -1");
@@ -98,7 +75,6 @@ TEST_F(CodecVolume, OfARangeBelowZeroIsCutTowardsZero) {
 
 TEST_F(CodecVolume, OfTheWidestRangeDoesNotOverflow) {
     card.SetMixer(Master("0 2147483647 20 20"));
-    const Codec codec;
     EXPECT_TRUE(codec.SetVolume(kAll, 100));
     EXPECT_EQ(card.Mixer(), Master("0 2147483647 2147483647 2147483647"));
     EXPECT_TRUE(codec.SetVolume(kAll, 50));
@@ -108,7 +84,6 @@ TEST_F(CodecVolume, OfTheWidestRangeDoesNotOverflow) {
 TEST_F(CodecVolume, FailsWithoutTheMasterElement) {
     const std::string switchOnly = "boolean \"Output Mixer HiFi Playback Switch\" 0 0\n";
     card.SetMixer(switchOnly);
-    const Codec codec;
     EXPECT_FALSE(codec.SetVolume(kAll, 50));
     EXPECT_EQ(console.Output(), kFailure);
     EXPECT_EQ(card.Mixer(), switchOnly);
@@ -139,10 +114,9 @@ const std::vector<VolumeFailure> kFailures = {
     {{"snd_mixer_close", -EIO}, kAll},
 };
 
-class CodecVolumeStep : public CodecTest, public testing::WithParamInterface<VolumeFailure> {};
+class CodecVolumeStep : public CodecAtHand, public testing::WithParamInterface<VolumeFailure> {};
 
 TEST_P(CodecVolumeStep, ThatFailsMakesSetVolumeFailWithItsOneMessage) {
-    const Codec codec;
     const auto& [answer, selector] = GetParam();
     calls.Answer(answer.call, answer.result, answer.occurrence);
     EXPECT_FALSE(codec.SetVolume(selector, 50));

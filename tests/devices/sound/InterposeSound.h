@@ -35,28 +35,36 @@ class SoundCall {
     [[nodiscard]] const std::optional<long>& Answer() const { return answer_; }
 
     /// The result of a call that uses what is there.
-    template <typename Real>
-    [[nodiscard]] auto Use(Real real) const {
-        using Result = decltype(real());
-        return answer_ ? static_cast<Result>(*answer_) : real();
+    template <typename Real, typename... Arguments>
+    [[nodiscard]] auto Use(Real real, Arguments... arguments) const {
+        using Result = decltype(real(arguments...));
+        return answer_ ? static_cast<Result>(*answer_) : real(arguments...);
     }
     /// Of one that brings something to be given back.
-    template <typename Real>
-    [[nodiscard]] int Acquire(Real real) const {
-        const int result = Use(real);
+    template <typename Real, typename... Arguments>
+    [[nodiscard]] int Acquire(Real real, Arguments... arguments) const {
+        const int result = Use(real, arguments...);
         if (SoundCalls* calls = Watched(); calls != nullptr && result >= 0) {
             calls->Acquired();
         }
         return result;
     }
     /// Of one that gives it back, which it does whatever it answers.
-    template <typename Real>
-    [[nodiscard]] int Release(Real real) const {
-        const int result = real();
+    template <typename Real, typename... Arguments>
+    [[nodiscard]] int Release(Real real, Arguments... arguments) const {
+        const int result = real(arguments...);
         if (SoundCalls* calls = Watched()) {
             calls->Released();
         }
         return answer_ ? static_cast<int>(*answer_) : result;
+    }
+    /// One that gives it back and answers nothing.
+    template <typename Real, typename... Arguments>
+    void Free(Real real, Arguments... arguments) const {
+        real(arguments...);
+        if (SoundCalls* calls = Watched()) {
+            calls->Released();
+        }
     }
 
   private:

@@ -1,30 +1,27 @@
 #include "tests/devices/sound/SpeakerTest.h"
 #include "tests/support/TestCard.h"
 
-#include <cerrno>
-#include <csignal>
-#include <cstdint>
+#include <gmock/gmock.h>
+
 #include <string>
 
 namespace tavrelin {
 namespace {
 
-using sim::SimulatedBoard;
 using sim::Texts;
+using testing::AllOf;
+using testing::HasSubstr;
 
-class SpeakerMixer : public SpeakerTest {};
+using SpeakerMixer = SpeakerTest;
 
-TEST_F(SpeakerMixer, IsUnmutedByThisCommandLine) {
+TEST_F(SpeakerMixer, IsUnmutedAndMutedByTheseCommandLines) {
     EXPECT_TRUE(Speaker::SetMute(true));
-    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 0"}));
-    EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Output Mixer HiFi][unmute]");
-    EXPECT_EQ(console.Output() + console.Error(), "");
-}
-
-TEST_F(SpeakerMixer, IsMutedByThisCommandLine) {
     EXPECT_TRUE(Speaker::SetMute(false));
-    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' mute\" 0"}));
+    EXPECT_EQ(board.Events(), (Texts{"system - \"amixer set -q 'Output Mixer HiFi' unmute\" 0",
+                                     "system - \"amixer set -q 'Output Mixer HiFi' mute\" 0"}));
+    EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Output Mixer HiFi][unmute]");
     EXPECT_EQ(tools.NextCall(), "[amixer][set][-q][Output Mixer HiFi][mute]");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(SpeakerMixer, TakesBothVolumesInOneCommandLine) {
@@ -45,7 +42,7 @@ TEST_F(SpeakerMixer, RunsNothingForAVolumeAboveAHundredPercent) {
     EXPECT_FALSE(Speaker::SetVolume(4294967295U, 4294967295U));
     EXPECT_EQ(board.Events(), Texts{});
     EXPECT_EQ(tools.OtherCalls(), "");
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(SpeakerMixer, IsNotAskedHowItEnded) {
@@ -69,14 +66,13 @@ TEST_F(SpeakerMixer, FailsOnlyWhenNoShellCanBeRun) {
     EXPECT_FALSE(Speaker::SetMute(false));
     EXPECT_FALSE(Speaker::SetVolume(50, 50));
     EXPECT_EQ(tools.OtherCalls(), "");
-    EXPECT_EQ(console.Output() + console.Error(), "");
+    EXPECT_EQ(Console(), kSilence);
 }
 
 /// The mixer tool itself, on a card without hardware.
-class RealMixerTool : public testing::Test {
+class RealMixerTool : public BoardTest {
   protected:
     TestCard card;
-    SimulatedBoard board;
 };
 
 TEST_F(RealMixerTool, SwitchesTheOutputOnAndOff) {
@@ -98,13 +94,11 @@ TEST_F(RealMixerTool, SetsTheVolumeOfEachChannel) {
 
 TEST_F(RealMixerTool, IsNotHeardWhenAnElementIsMissing) {
     card.SetMixer("");
-    CapturedConsole console;
     EXPECT_TRUE(Speaker::SetMute(true));
     EXPECT_TRUE(Speaker::SetVolume(50, 50));
     EXPECT_EQ(card.Mixer(), "");
     EXPECT_EQ(console.Output(), "");
-    EXPECT_NE(console.Error().find("Output Mixer HiFi"), std::string::npos);
-    EXPECT_NE(console.Error().find("Master"), std::string::npos);
+    EXPECT_THAT(console.Error(), AllOf(HasSubstr("Output Mixer HiFi"), HasSubstr("Master")));
 }
 
 } // namespace

@@ -1,16 +1,8 @@
 // What goes on in the child: the real player, and one that is not there.
 
-#include "devices/Speaker.h"
-#include "simulator/testing/SimulatedBoard.h"
+#include "tests/devices/sound/SpeakerTest.h"
 #include "tests/devices/sound/Sweep.h"
-#include "tests/support/Fifo.h"
-#include "tests/support/Offspring.h"
 #include "tests/support/TestCard.h"
-#include "tests/support/TestFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <unistd.h>
 
 #include <csignal>
 #include <fstream>
@@ -18,27 +10,6 @@
 
 namespace tavrelin {
 namespace {
-
-using sim::SimulatedBoard;
-
-/// Sends standard error into a pipe while it lives.
-class StandardErrorInto {
-  public:
-    explicit StandardErrorInto(const Fifo& fifo) : before_(::dup(STDERR_FILENO)) {
-        ::dup2(fifo.Descriptor(), STDERR_FILENO);
-    }
-    StandardErrorInto(const StandardErrorInto&) = delete;
-    StandardErrorInto& operator=(const StandardErrorInto&) = delete;
-    StandardErrorInto(StandardErrorInto&&) = delete;
-    StandardErrorInto& operator=(StandardErrorInto&&) = delete;
-    ~StandardErrorInto() {
-        ::dup2(before_, STDERR_FILENO);
-        ::close(before_);
-    }
-
-  private:
-    int before_;
-};
 
 /// A signal's handling, set while it lives.
 class IgnoredSignal {
@@ -73,19 +44,10 @@ void WriteSoundFile(const std::string& path, const std::string& samples) {
         << LittleEndian(size, 4) << samples;
 }
 
-class SpeakerPlayer : public testing::Test {
+class SpeakerPlayer : public OffspringTest {
   protected:
-    void SetUp() override { testing::internal::CaptureStdout(); }
-    void TearDown() override {
-        Offspring::End();
-        EXPECT_TRUE(Offspring::Children().empty());
-        testing::internal::GetCapturedStdout();
-    }
-
-    Offspring offspring;
     TestCard card;
     Fifo errors{card.Path("errors")};
-    SimulatedBoard board;
 };
 
 TEST_F(SpeakerPlayer, PlaysARealFileOverAndOverBitForBit) {
@@ -108,7 +70,7 @@ TEST_F(SpeakerPlayer, PlaysARealFileOverAndOverBitForBit) {
 TEST_F(SpeakerPlayer, ThatIsMissingIsToldByTheShellAndTriedAgain) {
     const TestFolder empty;
     const Environment path("PATH", empty.Path());
-    const StandardErrorInto pipe(errors);
+    const StreamInto pipe(STDERR_FILENO, errors);
     Speaker speaker;
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
     for (int repetition = 0; repetition < 3; ++repetition) {
@@ -118,7 +80,7 @@ TEST_F(SpeakerPlayer, ThatIsMissingIsToldByTheShellAndTriedAgain) {
 }
 
 TEST_F(SpeakerPlayer, TellsThatTheFileIsMissingAndIsTriedAgain) {
-    const StandardErrorInto pipe(errors);
+    const StreamInto pipe(STDERR_FILENO, errors);
     Speaker speaker;
     const std::string file = card.Path("missing.wav");
     EXPECT_TRUE(speaker.Play(file, 0));
@@ -133,7 +95,7 @@ TEST_F(SpeakerPlayer, ThatNoShellCanRunIsToldEachTime) {
     const TestFolder empty;
     const Environment path("PATH", empty.Path());
     const IgnoredSignal deaths(SIGCHLD);
-    const StandardErrorInto pipe(errors);
+    const StreamInto pipe(STDERR_FILENO, errors);
     Speaker speaker;
     EXPECT_TRUE(speaker.Play("alarm.wav", 0));
     for (int repetition = 0; repetition < 3; ++repetition) {

@@ -1,6 +1,6 @@
+#include "tests/devices/sound/ProcessCalls.h"
 #include "tests/devices/sound/SpeakerTest.h"
 
-#include <cerrno>
 #include <optional>
 #include <string>
 
@@ -9,17 +9,7 @@ namespace {
 
 using sim::Texts;
 
-constexpr const char* kAlarm = "[aplay][-q][alarm.wav]";
-constexpr pid_t kNobody = -1;
-
-class SpeakerStop : public SpeakerTest {
-  protected:
-    /// A speaker that plays.
-    void Begin(Speaker& speaker) const {
-        EXPECT_TRUE(speaker.Play("alarm.wav", 0));
-        EXPECT_EQ(tools.NextCall(), kAlarm);
-    }
-};
+using SpeakerStop = SpeakerTest;
 
 TEST_F(SpeakerStop, KillsTheChildAndLeavesNoZombie) {
     Speaker speaker;
@@ -40,6 +30,15 @@ TEST_F(SpeakerStop, WithNothingPlayingAnswersMinusOneAndSendsNoSignal) {
     EXPECT_EQ(speaker.Stop(), 0);
     EXPECT_EQ(speaker.Stop(), -1);
     EXPECT_EQ(board.Calls("kill"), 1U);
+}
+
+TEST_F(SpeakerStop, WaitsForTheChildsEndEvenWhenItIsInterrupted) {
+    Speaker speaker;
+    Begin(speaker);
+    const pid_t player = speaker.Player();
+    InterruptWaits(2);
+    EXPECT_EQ(speaker.Stop(), 0);
+    EXPECT_TRUE(Offspring::IsGone(player));
 }
 
 TEST_F(SpeakerStop, LetsThePlayerFinishTheRunItHasBegun) {

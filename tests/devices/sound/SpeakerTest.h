@@ -1,17 +1,36 @@
 #pragma once
 
 #include "devices/Speaker.h"
-#include "simulator/testing/SimulatedBoard.h"
-#include "tests/support/CapturedConsole.h"
+#include "tests/support/BoardTest.h"
 #include "tests/support/Offspring.h"
 #include "tests/support/StandInTools.h"
 
-#include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace tavrelin {
 
-/// A board whose sound tools are stand-ins. No process outlives a test.
-class SpeakerTest : public testing::Test {
+/// Sends a standard stream into a pipe while it lives.
+class StreamInto {
+  public:
+    StreamInto(int stream, const Fifo& fifo) : stream_(stream), before_(::dup(stream)) {
+        ::dup2(fifo.Descriptor(), stream_);
+    }
+    StreamInto(const StreamInto&) = delete;
+    StreamInto& operator=(const StreamInto&) = delete;
+    StreamInto(StreamInto&&) = delete;
+    StreamInto& operator=(StreamInto&&) = delete;
+    ~StreamInto() {
+        ::dup2(before_, stream_);
+        ::close(before_);
+    }
+
+  private:
+    int stream_;
+    int before_;
+};
+
+/// A board on which no process outlives a test.
+class OffspringTest : public BoardTest {
   protected:
     void TearDown() override {
         Offspring::End();
@@ -19,9 +38,21 @@ class SpeakerTest : public testing::Test {
     }
 
     Offspring offspring;
+};
+
+/// Its sound tools are stand-ins.
+class SpeakerTest : public OffspringTest {
+  protected:
+    static constexpr const char* kAlarm = "[aplay][-q][alarm.wav]";
+    static constexpr pid_t kNobody = -1;
+
+    /// A speaker that plays.
+    void Begin(Speaker& speaker) const {
+        EXPECT_TRUE(speaker.Play("alarm.wav", 0));
+        EXPECT_EQ(tools.NextCall(), kAlarm);
+    }
+
     StandInTools tools;
-    sim::SimulatedBoard board;
-    CapturedConsole console;
 };
 
 } // namespace tavrelin

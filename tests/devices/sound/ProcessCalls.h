@@ -7,4 +7,7 @@ namespace tavrelin {
 /// ever.
 void RecordPausesTo(int descriptor);
 
+/// This process's next waits for a child are interrupted by a signal, so many of them.
+void InterruptWaits(int count);
+
 } // namespace tavrelin
