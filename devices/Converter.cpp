@@ -59,7 +59,7 @@ float doRawConversion(std::uint8_t channel, const SpiDevice* device) {
     if (word == reference) {
         return kNoNewResult;
     }
-    // The method hands the 25 bits on as a float; what that costs is part of every reading so far.
+    // A float, which keeps 24 of the 25 bits: the reading below says what that makes of it.
     return static_cast<float>(word >> 5U & 0x1FFFFFFU);
 }
 

@@ -1,8 +1,9 @@
 #include "service/Diagnostics.h"
 
 #include "devices/RemoteIndicator.h"
-#include "tests/devices/FrontEnd.h"
 #include "tests/devices/IndicatorWrites.h"
+#include "tests/support/BoardTest.h"
+#include "tests/support/BoardWrites.h"
 
 #include <cerrno>
 
@@ -11,13 +12,13 @@ namespace {
 
 using sim::Texts;
 
-class IndicatorStart : public FrontEnd {};
+class IndicatorStart : public BoardTest {};
 
 TEST_F(IndicatorStart, WithoutAnIndicatorIsRefusedAndTouchesNothing) {
     EXPECT_FALSE(StartIndicator(nullptr));
     EXPECT_EQ(board.Events(), Texts{});
     EXPECT_EQ(board.Calls("open") + board.Calls("access"), 0U);
-    ExpectSilence();
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(IndicatorStart, SetsTheBoardsLinesUpAndShowsColour1) {
@@ -26,7 +27,7 @@ TEST_F(IndicatorStart, SetsTheBoardsLinesUpAndShowsColour1) {
     EXPECT_TRUE(indicator.Initialised());
     EXPECT_EQ(Writes(board),
               InOrder({IndicatorSetUpWrites(), ColourWrites("111111"), ColourWrites("010100")}));
-    ExpectSilence();
+    EXPECT_EQ(Console(), kSilence);
 }
 
 TEST_F(IndicatorStart, AnswersTrueThoughNothingCouldBeDone) {
@@ -39,7 +40,7 @@ TEST_F(IndicatorStart, AnswersTrueThoughNothingCouldBeDone) {
 }
 
 TEST_F(IndicatorStart, AnswersTrueThoughTheColourCannotBeShown) {
-    FailToOpen("D17", "value", 2);
+    FailToOpen("D17/value", 2);
     RemoteIndicator indicator;
     EXPECT_TRUE(StartIndicator(&indicator));
     EXPECT_EQ(console.Output(), "RemoteIndicator::SetLEDColors failed!\n");
