@@ -1,8 +1,8 @@
 // Calls on files that the simulated kernel does not model: on a board path or descriptor they stop
 // the run, elsewhere they go through.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cstdarg>
 #include <dirent.h>
@@ -19,19 +19,16 @@
 namespace {
 
 using sim::Gate;
-using sim::Kernel;
 
-void refuse(const char* call, const char* path) {
-    if (path != nullptr && Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            gate->kernel.unmodelled(std::string(call) + " of " + path);
-        }
+void Refuse(const char* call, const char* path) {
+    if (Gate gate(path); gate) {
+        gate->kernel.calls.Unmodelled(std::string(call) + " of " + path);
     }
 }
 
-void refuse(const char* call, int descriptor) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(descriptor));
+void Refuse(const char* call, int descriptor) {
+    if (Gate gate(descriptor); gate) {
+        gate->kernel.calls.Unmodelled(std::string(call) + " of " + gate->kernel.PathOf(descriptor));
     }
 }
 
@@ -44,7 +41,7 @@ mode_t ModeArgument(int flags, va_list arguments) {
 // Stands in for a call whose first argument is a path or a descriptor.
 #define SIM_REFUSE(result, function, shown, parameters, first, ...)                                \
     result function parameters noexcept(noexcept(::function(__VA_ARGS__))) {                       \
-        refuse(shown, first);                                                                      \
+        Refuse(shown, first);                                                                      \
         return SIM_REAL(function)(__VA_ARGS__);                                                    \
     }
 
@@ -116,20 +113,20 @@ SIM_REFUSE(ssize_t, readv, "readv", (int descriptor, const iovec* pieces, int co
            descriptor, pieces, count)
 
 int rename(const char* from, const char* to) noexcept {
-    refuse("rename", from);
-    refuse("rename", to);
+    Refuse("rename", from);
+    Refuse("rename", to);
     return SIM_REAL(rename)(from, to);
 }
 
 int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* mask) {
     for (nfds_t i = 0; i < count; ++i) {
-        refuse("ppoll", descriptors[i].fd);
+        Refuse("ppoll", descriptors[i].fd);
     }
     return SIM_REAL(ppoll)(descriptors, count, timeout, mask);
 }
 
 int openat(int folder, const char* path, int flags, ...) {
-    refuse("openat", path);
+    Refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeArgument(flags, arguments);
@@ -138,7 +135,7 @@ int openat(int folder, const char* path, int flags, ...) {
 }
 
 int openat64(int folder, const char* path, int flags, ...) {
-    refuse("openat", path);
+    Refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeArgument(flags, arguments);
@@ -147,7 +144,7 @@ int openat64(int folder, const char* path, int flags, ...) {
 }
 
 int fcntl(int descriptor, int command, ...) {
-    refuse("fcntl", descriptor);
+    Refuse("fcntl", descriptor);
     va_list arguments;
     va_start(arguments, command);
     void* argument = va_arg(arguments, void*);
@@ -156,7 +153,7 @@ int fcntl(int descriptor, int command, ...) {
 }
 
 int fcntl64(int descriptor, int command, ...) {
-    refuse("fcntl", descriptor);
+    Refuse("fcntl", descriptor);
     va_list arguments;
     va_start(arguments, command);
     void* argument = va_arg(arguments, void*);

@@ -1,8 +1,8 @@
 // The C library's own input and output on a stream would pass by the simulated kernel, because it
 // reads and writes inside the library: on a stream of a board file it stops the run.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -13,8 +13,9 @@ namespace {
 using sim::Gate;
 
 void RefuseStream(const char* call, FILE* stream) {
-    if (Gate gate; gate && gate->kernel.Owns(fileno(stream))) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(fileno(stream)));
+    if (Gate gate(fileno(stream)); gate) {
+        gate->kernel.calls.Unmodelled(std::string(call) + " of " +
+                                      gate->kernel.PathOf(fileno(stream)));
     }
 }
 

@@ -1,14 +1,11 @@
 #include "simulator/kernel/SysfsTree.h"
 
+#include "simulator/board/BoardPaths.h"
+
 #include <algorithm>
 
 namespace sim {
 namespace {
-
-constexpr std::string_view kGpioRoot = "/sys/class/gpio";
-constexpr std::string_view kPwmRoot = "/sys/class/pwm/pwmchip0";
-constexpr std::string_view kConverterRoot = "/sys/bus/iio/devices/iio:device0";
-constexpr std::string_view kCardRoot = "/sys/block/mmcblk0";
 
 SysfsNode Directory(bool link = false) {
     SysfsNode node;
@@ -60,43 +57,43 @@ std::pair<std::string_view, std::string_view> SplitAtSlash(std::string_view path
 
 SysfsNode SysfsTree::Find(std::string_view path) const {
     SysfsNode node = LookUp(path);
-    if (Taken(path)) {
-        const bool parentTaken = Taken(path.substr(0, path.rfind('/')));
+    if (TakenAway(path)) {
+        const bool parentTaken = TakenAway(path.substr(0, path.rfind('/')));
         return Missing(!parentTaken &&
                        (node.parentExists || node.kind != SysfsNode::Kind::Missing));
     }
-    if (replaced_.empty()) {
+    if (changes_.replaced.empty()) {
         return node;
     }
-    if (const auto found = replaced_.find(std::string(path)); found != replaced_.end()) {
+    if (const std::string* text = Replacement(std::string(path))) {
         node.kind = SysfsNode::Kind::Attribute;
-        node.show = [text = found->second] { return text; };
+        node.show = [text = *text] { return text; };
     }
     return node;
 }
 
-bool SysfsTree::Taken(std::string_view path) const {
-    return std::any_of(missing_.begin(), missing_.end(),
+bool SysfsTree::TakenAway(std::string_view path) const {
+    return std::any_of(changes_.missing.begin(), changes_.missing.end(),
                        [&](const std::string& folder) { return Below(path, folder).has_value(); });
 }
 
 SysfsNode SysfsTree::LookUp(std::string_view path) const {
-    if (!present_) {
+    if (!board_.present) {
         return Missing(false);
     }
     if (path.size() > 1 && path.back() == '/') {
         path.remove_suffix(1);
     }
-    if (const auto rest = Below(path, kGpioRoot)) {
+    if (const auto rest = Below(path, kGpio)) {
         return Gpio(*rest);
     }
-    if (const auto rest = Below(path, kPwmRoot)) {
+    if (const auto rest = Below(path, kPwmChip)) {
         return Pwm(*rest);
     }
-    if (const auto rest = Below(path, kConverterRoot)) {
+    if (const auto rest = Below(path, kAnalogDevice)) {
         return Converter(*rest);
     }
-    if (const auto rest = Below(path, kCardRoot)) {
+    if (const auto rest = Below(path, kCardBlock)) {
         if (!board_.card.Listed(board_.Now())) {
             return Missing(rest->empty());
         }

@@ -1,8 +1,5 @@
 #include "simulator/launcher/Options.h"
 
-#include "simulator/run/RunOptions.h"
-#include "simulator/scenario/ScenarioFile.h"
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>

@@ -7,7 +7,7 @@
 
 namespace sim::real {
 
-void* next(const char* symbol) {
+void* Next(const char* symbol) {
     void* address = dlsym(RTLD_NEXT, symbol);
     if (address == nullptr) {
         std::abort(); // the C library lacks what it has exported for decades

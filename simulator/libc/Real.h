@@ -9,7 +9,7 @@
 namespace sim::real {
 
 /// The next definition of a symbol after ours; ends the process when there is none.
-void* next(const char* symbol);
+void* Next(const char* symbol);
 
 int open(const char* path, int flags, mode_t mode = 0);
 int close(int descriptor);
@@ -35,7 +35,7 @@ long long MonotonicNanoseconds();
         static decltype(&::function) simRealFunction = nullptr;                                    \
         if (simRealFunction == nullptr) {                                                          \
             simRealFunction =                                                                      \
-                reinterpret_cast<decltype(&::function)>(::sim::real::next(#function));             \
+                reinterpret_cast<decltype(&::function)>(::sim::real::Next(#function));             \
         }                                                                                          \
         return simRealFunction;                                                                    \
     }())

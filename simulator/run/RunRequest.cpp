@@ -50,7 +50,7 @@ std::string Encode(const RunRequest& request) {
     };
     add("program", request.program);
     add("report", std::to_string(request.reportDescriptor));
-    add("scenario", std::to_string(request.scenarioDescriptor));
+    add("scenario", request.scenarioFile);
     add("seed", std::to_string(options.seed));
     add("start", std::to_string(options.startTime));
     add("root", options.root);
@@ -72,18 +72,17 @@ std::string Encode(const RunRequest& request) {
 std::optional<RunRequest> DecodeRunRequest(std::string_view text) {
     const Fields fields = Split(text);
     const auto report = NumberOf<int>(fields, "report");
-    const auto scenario = NumberOf<int>(fields, "scenario");
     const auto seed = NumberOf<std::uint64_t>(fields, "seed");
     const auto start = NumberOf<std::int64_t>(fields, "start");
     const auto pace = NumberOf<double>(fields, "pace");
     const auto boardTime = NumberOf<Nanoseconds>(fields, "board-time");
-    if (!report || !scenario || !seed || !start || !pace || !boardTime) {
+    if (!report || !seed || !start || !pace || !boardTime) {
         return std::nullopt;
     }
     RunRequest request;
     request.program = TextOf(fields, "program");
     request.reportDescriptor = *report;
-    request.scenarioDescriptor = *scenario;
+    request.scenarioFile = TextOf(fields, "scenario");
     request.options.seed = *seed;
     request.options.startTime = *start;
     request.options.root = TextOf(fields, "root");

@@ -1,7 +1,7 @@
 #include "simulator/scenario/FaultTable.h"
 
 #include "simulator/board/BoardPaths.h"
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <algorithm>
 #include <array>
@@ -93,7 +93,7 @@ void ReadFailure(TomlTable& table, Fault& fault) {
 
 } // namespace
 
-void ReadFault(TomlTable& table, Scenario& scenario) {
+void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     Fault fault;
     ReadCall(table, fault);
     table.ReadInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
@@ -104,7 +104,7 @@ void ReadFault(TomlTable& table, Scenario& scenario) {
         table.Fail("repeat", "takes \"once\" or \"forever\"");
     }
     fault.forever = repeat == "forever";
-    scenario.faults.push_back(fault);
+    faults.push_back(fault);
 }
 
 std::string FaultCallNames() {

@@ -103,14 +103,14 @@ Scheduler::Thread& Scheduler::Next() {
     for (;;) {
         WakeSleepers();
         if (!ready_.empty()) {
-            return Take();
+            return PickReady();
         }
         Nanoseconds earliest = kNever;
         for (const Thread* thread : waiting_) {
             earliest = std::min(earliest, thread->wakeAt);
         }
         if (earliest == kNever) {
-            deadlock(WhoWaitsForWhat());
+            end_(Ending::Deadlock, WhoWaitsForWhat());
         }
         advanceTo(earliest);
     }
@@ -132,7 +132,7 @@ void Scheduler::WakeSleepers() {
     ready_.insert(ready_.end(), due.begin(), due.end());
 }
 
-Scheduler::Thread& Scheduler::Take() {
+Scheduler::Thread& Scheduler::PickReady() {
     std::size_t index = 0;
     if (order_ == ThreadOrder::Seeded) {
         index = static_cast<std::size_t>(noise_.Below(ready_.size()));

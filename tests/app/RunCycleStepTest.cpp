@@ -152,7 +152,7 @@ TEST(RunCycleStep, LogsAMeasurementUnderTheDateOfItsEnd) {
 
 TEST(RunCycleStep, LosesTheRecordWithoutACardButNotTheResult) {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     Instrument instrument(scenario);
     instrument.TurnTo(17);
     instrument.SetReadings(20.0F, 3000000.0F, 2340000.0F);

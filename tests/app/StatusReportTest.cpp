@@ -65,21 +65,21 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(StatusReport, ShowsWhetherTheCardIsMountedAnewInEveryLine) {
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
-    board_.Card().MountAtStart();
+    board_.Card().mounted = true;
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,1,"), std::string::npos);
     board_.Card().Unmount("/mnt/sd-card", false);
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
 }
 
 TEST_F(StatusReport, ShowsAPulledCardThatIsStillListedAsMounted) {
-    board_.Card().MountAtStart();
+    board_.Card().mounted = true;
     board_.RemoveCard();
     board_.Elapse(sim::Seconds(1));
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,1,"), std::string::npos);
 }
 
 TEST_F(StatusReport, ShowsNoCardWithoutAMountTable) {
-    board_.Card().MountAtStart();
+    board_.Card().mounted = true;
     board_.TakeAway("/etc/mtab");
     EXPECT_NE(StatusLine(0.0F, "").find(",0.000,0,"), std::string::npos);
 }

@@ -19,7 +19,7 @@ class FreshProcessDeathTest : public testing::Test {
 
 bool ReadsZeroWithoutAnyResult() {
     sim::Scenario scenario;
-    scenario.converterWords = {kNothingNew};
+    scenario.board.converterWords = {kNothingNew};
     sim::SimulatedBoard board(scenario);
     const SpiDevice device;
     return doADCConversion(&device) == 0.0F;

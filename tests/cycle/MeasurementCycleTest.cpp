@@ -71,7 +71,7 @@ TEST(MeasurementCycle, GivesEachDeviceItsChannel) {
 
 TEST(MeasurementCycle, CountsDevicesAsCreatedEvenWithoutABoard) {
     Scenario scenario;
-    scenario.boardPresent = false;
+    scenario.board.present = false;
     SimulatedBoard board(scenario);
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();

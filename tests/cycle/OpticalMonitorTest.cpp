@@ -78,7 +78,7 @@ TEST(OpticalMonitor, DoesNothingWithoutRequestOrConverter) {
 
 TEST(OpticalMonitor, AddsEveryReadingToTheSamplesInItsOrder) {
     Scenario scenario;
-    scenario.converterWords = WordsFor({8, 6, -7, 4});
+    scenario.board.converterWords = WordsFor({8, 6, -7, 4});
     Monitor monitor(scenario);
     monitor.samples = {5.0F};
     monitor.Run(1000);
@@ -87,7 +87,7 @@ TEST(OpticalMonitor, AddsEveryReadingToTheSamplesInItsOrder) {
 
 TEST(OpticalMonitor, AddsTheLastReadingAgainWhenThereIsNoNewOne) {
     Scenario scenario;
-    scenario.converterWords = {WordsFor({8})[0], kNothingNew, WordsFor({-9})[0], kNothingNew};
+    scenario.board.converterWords = {WordsFor({8})[0], kNothingNew, WordsFor({-9})[0], kNothingNew};
     Monitor monitor(scenario);
     monitor.Run(1000);
     EXPECT_EQ(monitor.samples, (std::vector<float>{8.0F, 8.0F, -9.0F, -9.0F}));
@@ -99,7 +99,7 @@ TEST(OpticalMonitor, AddsTheLastReadingAgainWhenThereIsNoNewOne) {
 
 TEST(OpticalMonitor, SamplesAnHourMoreWhenTheClockIsSetBackByAnHour) {
     Scenario scenario;
-    scenario.events = {
+    scenario.board.events = {
         {.at = Milliseconds(600), .kind = WorldEvent::Kind::JumpClock, .value = -3600}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(1000));
@@ -112,7 +112,7 @@ TEST(OpticalMonitor, SamplesAnHourMoreWhenTheClockIsSetBackByAnHour) {
 
 TEST(OpticalMonitor, EndsAtOnceWhenTheClockIsSetForward) {
     Scenario scenario;
-    scenario.events = {
+    scenario.board.events = {
         {.at = Milliseconds(600), .kind = WorldEvent::Kind::JumpClock, .value = 3600}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(60000));
@@ -122,8 +122,8 @@ TEST(OpticalMonitor, EndsAtOnceWhenTheClockIsSetForward) {
 
 TEST(OpticalMonitor, ReadsOnUntilAMissingCardIsThere) {
     Scenario scenario;
-    scenario.cardPresent = false;
-    scenario.events = {{.at = Milliseconds(2100), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.present = false;
+    scenario.board.events = {{.at = Milliseconds(2100), .kind = WorldEvent::Kind::InsertCard}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(0));
     EXPECT_EQ(monitor.samples.size(), 9U);
@@ -136,9 +136,9 @@ TEST(OpticalMonitor, ReadsOnUntilAMissingCardIsThere) {
 
 TEST(OpticalMonitor, ReadsOnWhileACardThatWasPulledIsAway) {
     Scenario scenario;
-    scenario.cardMounted = true;
-    scenario.events = {{.at = Milliseconds(100), .kind = WorldEvent::Kind::RemoveCard},
-                       {.at = Milliseconds(5100), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.mounted = true;
+    scenario.board.events = {{.at = Milliseconds(100), .kind = WorldEvent::Kind::RemoveCard},
+                             {.at = Milliseconds(5100), .kind = WorldEvent::Kind::InsertCard}};
     Monitor monitor(scenario);
     EXPECT_TRUE(monitor.Run(1000));
     EXPECT_EQ(monitor.board.Now(), Milliseconds(5250));
@@ -150,7 +150,7 @@ TEST(OpticalMonitor, ReadsOnWhileACardThatWasPulledIsAway) {
 
 TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     Monitor monitor(scenario);
     const std::string log = "/mnt/sd-card/2026-03-07_logfile.csv";
     monitor.board.Fail("open", log, EACCES, 1);
@@ -164,8 +164,8 @@ TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
 
 TEST(OpticalMonitor, MakesItsStepWaitForTheCard) {
     Scenario scenario;
-    scenario.cardPresent = false;
-    scenario.events = {{.at = sim::Seconds(60), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.present = false;
+    scenario.board.events = {{.at = sim::Seconds(60), .kind = WorldEvent::Kind::InsertCard}};
     Instrument instrument(scenario);
     const StepOutcome outcome = instrument.Run(
         {.duration = 1000, .sampling = true, .description = "Dark Count Measurement"});

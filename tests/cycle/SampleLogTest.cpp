@@ -36,7 +36,7 @@ std::string LogOfAStepAt(const std::string& wallTime) {
 /// The log's text for these readings.
 std::string LogOf(const std::vector<std::int32_t>& readings) {
     Scenario scenario;
-    scenario.converterWords = WordsFor(readings);
+    scenario.board.converterWords = WordsFor(readings);
     Instrument instrument(scenario);
     for (std::size_t reading = 0; reading < readings.size(); ++reading) {
         Sample(instrument, 0, "R");
@@ -111,7 +111,7 @@ TEST(SampleLog, BelongsToTheNewDayAfterMidnight) {
 
 TEST(SampleLog, IsOpenedOnceForTheLinesOfEachStep) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     Instrument instrument(scenario);
     Sample(instrument, 1000, "A");
     Sample(instrument, 0, "B");

@@ -147,7 +147,7 @@ class OnFlag : public StartPosition {
 
     static Scenario StartingOnFlag() {
         Scenario scenario;
-        scenario.startOnFlag = true;
+        scenario.board.pump.onFlag = true;
         return scenario;
     }
 };
@@ -170,7 +170,7 @@ class WithoutFlag : public StartPosition {
 
     static Scenario FlagNeverSeen() {
         Scenario scenario;
-        scenario.flagSeen = false;
+        scenario.board.pump.flagSeen = false;
         return scenario;
     }
 };

@@ -17,7 +17,7 @@ constexpr const char* kReacted = "Reacted Sample Optical Measurement";
 
 Scenario Answering(const std::vector<std::int32_t>& readings) {
     Scenario scenario;
-    scenario.converterWords = WordsFor(readings);
+    scenario.board.converterWords = WordsFor(readings);
     return scenario;
 }
 

@@ -13,7 +13,7 @@ using sim::ThreadOrder;
 
 Scenario MountedCard() {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     return scenario;
 }
 

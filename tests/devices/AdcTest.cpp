@@ -100,7 +100,7 @@ TEST_F(BoardsConverterChannel, IsNeverCutOutOfTheAttributesName) {
 
 TEST(BoardWithoutConverter, RefusesEveryChannelThatThereCouldBe) {
     sim::Scenario scenario;
-    scenario.missing = {kDevice};
+    scenario.kernel.paths.missing = {kDevice};
     const sim::SimulatedBoard board(scenario);
     CapturedConsole console;
     ADC adc;

@@ -22,7 +22,7 @@ constexpr float kMarker = 4294967296.0F; // 2 to the 32nd
 
 Scenario Sending(const std::vector<std::uint32_t>& words) {
     Scenario scenario;
-    scenario.converterWords = words;
+    scenario.board.converterWords = words;
     return scenario;
 }
 

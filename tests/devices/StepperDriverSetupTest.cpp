@@ -164,7 +164,7 @@ TEST(StepperDriverSetup, AfterAFailureEveryOperationFailsAtOnceAndInSilence) {
 
 TEST(StepperDriverSetup, DoesNotLookAtWhatClaimingTheLineSaid) {
     Scenario leftBehind;
-    leftBehind.exportedLines = {"B15"};
+    leftBehind.board.lines.exported = {"B15"};
     const SimulatedBoard board(leftBehind);
     CapturedConsole console;
     const Stirrer stirrer;

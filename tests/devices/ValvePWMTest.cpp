@@ -155,7 +155,7 @@ TEST(Valve, NoticesOnlyWhenSwitchedThatItsChannelCouldNotBeClaimed) {
 
 TEST(Valve, SwitchesAChannelThatAnEarlierRunLeftBehind) {
     Scenario leftBehind;
-    leftBehind.exportedChannels = {3};
+    leftBehind.board.exportedChannels = {3};
     SimulatedBoard board(leftBehind);
     CapturedConsole console;
     ValvePWM valve(3, 1000);

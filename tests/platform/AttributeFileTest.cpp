@@ -126,7 +126,7 @@ TEST(WriteAttribute, AsksToCreateWhatIsMissing) {
 
 TEST(WriteAttribute, ReplacesWhatAFileHeld) {
     sim::Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     SimulatedBoard board(scenario);
     board.WriteFileOnCard("note", "a longer text");
     EXPECT_TRUE(WriteAttribute("/mnt/sd-card/note", "short"));

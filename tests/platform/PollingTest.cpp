@@ -56,7 +56,8 @@ TEST(PollingALine, ComesToItsTimeLimitWhenTheValueReadsOtherwise) {
 
 TEST(PollingALine, SeesWhatHappensAtTheVeryStart) {
     sim::Scenario scenario;
-    scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
+    scenario.board.events = {
+        {.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
     SimulatedBoard board(scenario);
     GpioPin pin(1, 7);
     EXPECT_EQ(pin.Read(), kLevelHigh);

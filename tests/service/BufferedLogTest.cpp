@@ -21,7 +21,7 @@ constexpr const char* kLogFile = "2026-03-07_logfile.csv";
 
 Scenario WithMountedCard() {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     return scenario;
 }
 
@@ -154,7 +154,7 @@ TEST_F(BufferedLog, RefusesMessagesWhileTheCardIsNotMounted) {
     EXPECT_FALSE(BufferedLogWrite(Message(kBatch)));
     EXPECT_EQ(BufferedLogPending(), kBatch - 1);
     EXPECT_EQ(board.Calls("mount"), 0U); // does not mount it
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     Write(kBatch, kBatch);
     EXPECT_EQ(BufferedLogPending(), 0U);
     EXPECT_EQ(Log(), Messages(1, kBatch));

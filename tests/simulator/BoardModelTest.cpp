@@ -11,15 +11,15 @@ namespace tavrelin {
 namespace {
 
 using sim::Board;
+using sim::BoardSetup;
 using sim::Milliseconds;
-using sim::Scenario;
 using sim::Seconds;
 using sim::WorldEvent;
 
 class BoardModel {
   public:
-    explicit BoardModel(const Scenario& scenario = {}, std::uint64_t seed = 1)
-        : board(scenario, seed, 0) {
+    explicit BoardModel(const BoardSetup& setup = {}, std::uint64_t seed = 1)
+        : board(setup, seed, 0) {
         board.onEvent = [this](const std::string& what, const std::string& data) {
             told.push_back(std::to_string(board.Now() / Milliseconds(1)) + " " + what + " " + data);
         };
@@ -41,10 +41,10 @@ class BoardModel {
 };
 
 TEST(Detector, SeesDarkAndReferenceCounts) {
-    Scenario scenario;
-    scenario.darkCount = 123;
-    scenario.referenceCount = 2'000'000;
-    BoardModel model(scenario);
+    BoardSetup setup;
+    setup.detector.dark = 123;
+    setup.detector.reference = 2'000'000;
+    BoardModel model(setup);
     EXPECT_EQ(model.Reading(), 123);
     model.LampOn();
     EXPECT_EQ(model.Reading(), 2'000'000);
@@ -55,10 +55,13 @@ TEST(Detector, SeesDarkAndReferenceCounts) {
 }
 
 TEST(Detector, SeesTheColourOfTheSample) {
-    Scenario scenario;
-    scenario.absorbances = {0.5};
-    BoardModel model(scenario);
+    BoardSetup setup;
+    setup.absorbances = {0.5};
+    BoardModel model(setup);
     model.LampOn();
+    model.Run(sim::kValveChannel, "1000000", "1000000");
+    model.Wait(1000);
+    model.Stop(sim::kValveChannel);
     model.Drive(sim::kStirrerEnableLine, "low");
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "625000", "312500");
@@ -67,14 +70,14 @@ TEST(Detector, SeesTheColourOfTheSample) {
     EXPECT_EQ(model.Reading(), 3'000'000);
     model.Run(sim::kStirrerChannel, "1000000", "500000");
     model.Wait(2000);
-    EXPECT_EQ(model.Reading(), std::lround(20'000 + 2'980'000 * std::pow(10.0, -0.5)));
+    EXPECT_EQ(model.Reading(), 962'359) << "20000 + 2980000 * 10^-0.5";
 }
 
 TEST(Detector, HasNoiseOfTheGivenDeviation) {
-    Scenario scenario;
-    scenario.noise = 50.0;
-    BoardModel model(scenario, 9);
-    BoardModel same(scenario, 9);
+    BoardSetup setup;
+    setup.detector.noise = 50.0;
+    BoardModel model(setup, 9);
+    BoardModel same(setup, 9);
     double squares = 0.0;
     for (int i = 0; i < 10'000; ++i) {
         const double off = model.Reading() - 20'000;
@@ -115,9 +118,9 @@ TEST(HomeSensor, FollowsTheFlag) {
 }
 
 TEST(HomeSensor, StartsOnTheFlagWhenAskedTo) {
-    Scenario scenario;
-    scenario.startOnFlag = true;
-    EXPECT_FALSE(BoardModel(scenario).board.lines.At(sim::kHomeSensorLine).level);
+    BoardSetup setup;
+    setup.pump.onFlag = true;
+    EXPECT_FALSE(BoardModel(setup).board.lines.At(sim::kHomeSensorLine).level);
     EXPECT_TRUE(BoardModel().board.lines.At(sim::kHomeSensorLine).level);
 }
 
@@ -141,13 +144,13 @@ TEST(Valve, IsOpenWhileItsChannelPulses) {
     EXPECT_FALSE(model.board.ValveOpen());
 }
 
-Scenario WithEvents() {
-    Scenario scenario;
-    scenario.events = {{Seconds(1), WorldEvent::Kind::RemoveCard, 0, 0},
-                       {Seconds(2), WorldEvent::Kind::InsertCard, 0, 0},
-                       {Seconds(3), WorldEvent::Kind::JumpClock, -3600, 0},
-                       {Seconds(4), WorldEvent::Kind::SetInput, 1, 7}};
-    return scenario;
+BoardSetup WithEvents() {
+    BoardSetup setup;
+    setup.events = {{Seconds(3), WorldEvent::Kind::JumpClock, -3600, 0},
+                    {Seconds(1), WorldEvent::Kind::RemoveCard, 0, 0},
+                    {Seconds(2), WorldEvent::Kind::InsertCard, 0, 0},
+                    {Seconds(4), WorldEvent::Kind::SetInput, 1, 7}};
+    return setup;
 }
 
 TEST(World, ActsAtItsTimes) {
@@ -177,12 +180,12 @@ TEST(World, NeverGoesBack) {
 }
 
 TEST(Start, ShowsWhatTheScenarioLeaves) {
-    Scenario scenario;
-    scenario.highInputs = {"C3"};
-    scenario.exportedLines = {"B15"};
-    scenario.exportedChannels = {3};
-    scenario.cardPresent = false;
-    const BoardModel model(scenario);
+    BoardSetup setup;
+    setup.lines.high = {"C3"};
+    setup.lines.exported = {"B15"};
+    setup.exportedChannels = {3};
+    setup.card.present = false;
+    const BoardModel model(setup);
     EXPECT_TRUE(model.board.lines.At(2 * 32 + 3).level);
     EXPECT_TRUE(model.board.lines.At(47).exported);
     EXPECT_TRUE(model.board.pwm.At(3).exported);

@@ -83,7 +83,7 @@ TEST(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
 
 TEST(Clocks, AJumpMovesTheWallClockAlone) {
     sim::Scenario scenario;
-    scenario.events = {{Seconds(1), sim::WorldEvent::Kind::JumpClock, -3600, 0}};
+    scenario.board.events = {{Seconds(1), sim::WorldEvent::Kind::JumpClock, -3600, 0}};
     SimulatedBoard board(scenario);
     ::sleep(2);
     EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_sec, 2);

@@ -55,8 +55,8 @@ TEST(MountTable, ListsTheCardWhileItIsMounted) {
 
 TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
     Scenario scenario;
-    scenario.mountTable = {"/dev/sdb1 /mnt/sd-card-old vfat rw 0 0"};
-    scenario.cardMounted = true;
+    scenario.kernel.mounts.lines = {"/dev/sdb1 /mnt/sd-card-old vfat rw 0 0"};
+    scenario.board.card.mounted = true;
     SimulatedBoard board(scenario);
     const Texts found = Entries();
     ASSERT_EQ(found.size(), 6U);
@@ -66,15 +66,15 @@ TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
 
 TEST(MountTable, MayBeLongAndHoldLongLines) {
     Scenario scenario;
-    scenario.mountTable.assign(10'000, "none /a tmpfs rw 0 0");
-    scenario.mountTable.push_back("none /" + std::string(5000, 'x') + " tmpfs rw 0 0");
+    scenario.kernel.mounts.lines.assign(10'000, "none /a tmpfs rw 0 0");
+    scenario.kernel.mounts.lines.push_back("none /" + std::string(5000, 'x') + " tmpfs rw 0 0");
     SimulatedBoard board(scenario);
     EXPECT_GE(Entries().size(), 10'004U);
 }
 
 TEST(MountTable, MayBeAbsent) {
     Scenario scenario;
-    scenario.mountTableExists = false;
+    scenario.kernel.mounts.tablePresent = false;
     SimulatedBoard board(scenario);
     EXPECT_EQ(Entries(), (Texts{"errno " + std::to_string(ENOENT)}));
 }

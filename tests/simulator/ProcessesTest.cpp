@@ -5,13 +5,12 @@
 
 #include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/Text.h"
 
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,8 +30,8 @@ TEST(Streams, KeepTheirOrderOnOneTerminal) {
     const std::string command =
         Binary("simulate") + " -- " + testProgram("troublemaker") + " speak 2>&1 </dev/null";
     const CommandResult run = RunCommand({"sh", "-c", command});
-    EXPECT_TRUE(Contains(run.output, "complaint\n"));
-    EXPECT_TRUE(Contains(run.output, "first, second\n"));
+    EXPECT_THAT(run.output, testing::HasSubstr("complaint\n"));
+    EXPECT_THAT(run.output, testing::HasSubstr("first, second\n"));
 }
 
 TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {

@@ -7,7 +7,7 @@
 
 #include "simulator/launcher/RunRoot.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace tavrelin {
 namespace {
@@ -111,13 +111,13 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
 TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
     Simulate({"--summary", File("summary"), "--measurements", "1"}, {Binary("tavrelin")});
     const std::string text = TextOf(File("summary"));
-    EXPECT_TRUE(Contains(text, "end = \"limit reached: measurements\"\n"
-                               "status = 0\n"
-                               "board_time_us = "));
-    EXPECT_TRUE(Contains(text, "steps = 17\nmeasurements = 1\n\n[calls]\naccess = "));
+    EXPECT_THAT(text, testing::HasSubstr("end = \"limit reached: measurements\"\n"
+                                         "status = 0\n"
+                                         "board_time_us = "));
+    EXPECT_THAT(text, testing::HasSubstr("steps = 17\nmeasurements = 1\n\n[calls]\naccess = "));
     for (const char* name : {"[at_step_200]", "[at_last]", "heap_bytes = ", "resident_bytes = ",
                              "board_handles = ", "host_descriptors = ", "threads = "}) {
-        EXPECT_TRUE(Contains(text, name)) << name;
+        EXPECT_THAT(text, testing::HasSubstr(name)) << name;
     }
 }
 

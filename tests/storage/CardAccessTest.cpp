@@ -39,7 +39,7 @@ Texts Changes(const SimulatedBoard& board) {
 
 Scenario WithMountTable(const char* line) {
     Scenario scenario;
-    scenario.mountTable = {line};
+    scenario.kernel.mounts.lines = {line};
     return scenario;
 }
 
@@ -57,7 +57,7 @@ TEST(CardPresence, IsTheDirectoryOfTheWholeCard) {
 
 TEST(CardPresence, DoesNotAskForThePartition) {
     Scenario scenario;
-    scenario.cardPartitioned = false;
+    scenario.board.card.partitioned = false;
     const SimulatedBoard board(scenario);
     EXPECT_TRUE(IsCardPresent());
 }
@@ -65,7 +65,7 @@ TEST(CardPresence, DoesNotAskForThePartition) {
 TEST(CardMounted, IsWhatTheMountTableSays) {
     SimulatedBoard board;
     EXPECT_FALSE(IsCardMounted());
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     EXPECT_TRUE(IsCardMounted());
     board.RemoveCard();
     board.Elapse(sim::Seconds(1));
@@ -87,7 +87,7 @@ TEST(CardMounted, IsFalseForADeviceOfThatName) {
 
 TEST(CardMounted, IsFalseWithoutAMountTable) {
     SimulatedBoard board;
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     board.TakeAway("/etc/mtab");
     EXPECT_FALSE(IsCardMounted());
 }
@@ -101,14 +101,14 @@ TEST(MountCard, MountsThePartitionWithSynchronousWrites) {
 
 TEST(MountCard, LeavesAMountedCardAlone) {
     SimulatedBoard board;
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     EXPECT_TRUE(MountCard());
     EXPECT_EQ(Changes(board), Texts{});
 }
 
 TEST(MountCard, TouchesNothingWithoutACard) {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(MountCard());
     EXPECT_EQ(Changes(board), Texts{});
@@ -116,7 +116,7 @@ TEST(MountCard, TouchesNothingWithoutACard) {
 
 TEST(MountCard, AsksForTheCardFirstEvenWhenItIsStillListed) {
     SimulatedBoard board;
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     board.RemoveCard();
     board.Elapse(sim::Seconds(1));
     EXPECT_FALSE(MountCard());
@@ -124,7 +124,7 @@ TEST(MountCard, AsksForTheCardFirstEvenWhenItIsStillListed) {
 
 TEST(MountCard, NeverMakesTheMountPoint) {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(MountCard());
     EXPECT_EQ(Changes(board), (Texts{"mount /mnt/sd-card /dev/mmcblk0p1 vfat 16 \"\" ENOENT"}));
@@ -143,18 +143,18 @@ TEST(MountCard, LeavesNoTrace) {
 
 TEST(UnmountCard, LeavesAListedCardAlone) {
     SimulatedBoard board;
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     EXPECT_FALSE(UnmountCard());
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
     EXPECT_EQ(Changes(board), Texts{});
 }
 
 TEST(UnmountCard, UnmountsWhatIsNotListed) {
     SimulatedBoard board;
-    board.Card().MountAtStart();
+    board.Card().mounted = true;
     board.TakeAway("/etc/mtab");
     EXPECT_TRUE(UnmountCard());
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(board.Card().mounted);
     EXPECT_EQ(Changes(board), (Texts{"umount /mnt/sd-card ok"}));
 }
 

@@ -30,7 +30,7 @@ inline sim::Texts InOrder(std::initializer_list<sim::Texts> parts) {
 /// A board whose card is mounted.
 inline sim::Scenario WithMountedCard() {
     sim::Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     return scenario;
 }
 

@@ -32,7 +32,7 @@ TEST(CardPresence, IsTheCardsDirectoryInSysfs) {
 
 TEST(CardPresence, DoesNotLookAtThePartition) {
     Scenario scenario;
-    scenario.cardPartitioned = false;
+    scenario.board.card.partitioned = false;
     const SimulatedBoard board(scenario);
     EXPECT_TRUE(DataLog::is_sd_card_present());
 }
@@ -64,12 +64,12 @@ TEST(MountingTheCard, MountsItsFirstPartitionWithSynchronousWrites) {
     SimulatedBoard board;
     EXPECT_TRUE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Events(), InOrder({kCardThere, kNotListed, kMountPointThere, kMounted}));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
 }
 
 TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     SimulatedBoard board(scenario);
     EXPECT_TRUE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Events(), InOrder({kCardThere,
@@ -78,7 +78,7 @@ TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
                                        {"mkdir /mnt/sd-card 0700 ok"},
                                        kMounted}));
     struct stat status {};
-    ASSERT_EQ(stat(board.Kernel().MountPointFolder().c_str(), &status), 0);
+    ASSERT_EQ(stat(board.Kernel().folders.MountPoint().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
 }
 
@@ -90,7 +90,7 @@ TEST(MountingTheCard, MountsNothingTwice) {
 
 TEST(MountingTheCard, TakesADirectoryOfASimilarNameForTheCard) {
     Scenario scenario;
-    scenario.mountTable = {"/dev/sda1 /mnt/sd-card-old vfat rw 0 0"};
+    scenario.kernel.mounts.lines = {"/dev/sda1 /mnt/sd-card-old vfat rw 0 0"};
     const SimulatedBoard board(scenario);
     EXPECT_TRUE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Calls("mount"), 0U);
@@ -101,12 +101,12 @@ TEST(MountingTheCard, TouchesNothingWithoutACard) {
     PullCard(board);
     EXPECT_FALSE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Events(), kCardGone);
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
 }
 
 TEST(MountingTheCard, TriesOnEvenIfTheMountPointCannotBeCreated) {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     SimulatedBoard board(scenario);
     board.Fail("mkdir", "/mnt/sd-card", EROFS);
     EXPECT_FALSE(DataLog::mount_sd_card());
@@ -119,9 +119,9 @@ TEST(MountingTheCard, TriesOnEvenIfTheMountPointCannotBeCreated) {
 
 TEST(MountingTheCard, FailsOnAMountPointThatIsAFile) {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     SimulatedBoard board(scenario);
-    std::ofstream(board.Kernel().MountPointFolder()) << "no directory";
+    std::ofstream(board.Kernel().folders.MountPoint()) << "no directory";
     EXPECT_FALSE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Calls("mkdir"), 1U);
     EXPECT_EQ(board.Calls("mount"), 1U);
@@ -147,7 +147,7 @@ TEST(MountingTheCard, FailsAndIsTriedAnewAtTheNextCall) {
 
 TEST(MountingTheCard, IsTriedWhenTheMountTableIsMissing) {
     Scenario scenario = WithMountedCard();
-    scenario.mountTableExists = false;
+    scenario.kernel.mounts.tablePresent = false;
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(DataLog::is_sd_card_mounted());
     EXPECT_FALSE(DataLog::mount_sd_card());
@@ -158,7 +158,7 @@ TEST(UnmountingTheCard, UnmountsWhatIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
     EXPECT_EQ(board.Events(), InOrder({kListed, kUnmounted}));
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(board.Card().mounted);
 }
 
 TEST(UnmountingTheCard, DoesNothingWhenItIsNotListed) {
@@ -181,7 +181,7 @@ TEST(UnmountingTheCard, UnmountsThePathItIsGivenIfTheCardIsListed) {
     SimulatedBoard board(WithMountedCard());
     EXPECT_FALSE(DataLog::umount_sd_card("/mnt/stick"));
     EXPECT_EQ(board.Events(), InOrder({kListed, {"umount /mnt/stick EINVAL"}}));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
 }
 
 } // namespace

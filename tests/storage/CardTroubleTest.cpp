@@ -44,7 +44,7 @@ TEST(PulledCard, StaysMountedWhileTheLogIsOpen) {
     EXPECT_EQ(card.board.Events().back(), "umount /mnt/sd-card EBUSY");
     card.log.close();
     EXPECT_TRUE(card.log.write("lost\n"));
-    EXPECT_FALSE(card.board.Card().Mounted());
+    EXPECT_FALSE(card.board.Card().mounted);
     EXPECT_FALSE(card.log.write("lost\n"));
 }
 
@@ -84,7 +84,7 @@ TEST(PulledCard, StillShowsTheDaysLogWhichOpensAndTakesNothing) {
     EXPECT_TRUE(card.log.open());
     EXPECT_FALSE(card.log.write("lost\n"));
     card.log.close();
-    EXPECT_TRUE(card.board.Card().Mounted());
+    EXPECT_TRUE(card.board.Card().mounted);
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
@@ -128,7 +128,7 @@ TEST(CardPutBackWhileMounted, TakesNoNewLog) {
 
 TEST(FullCard, TakesNoNewLog) {
     Scenario scenario = WithMountedCard();
-    scenario.cardFreeBytes = 0;
+    scenario.board.card.freeBytes = 0;
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
@@ -187,7 +187,7 @@ TEST(ReadOnlyCard, TakesNeitherNewNorOldLog) {
 
 TEST(WriteProtectedCard, CannotBeMountedAndTakesNothing) {
     Scenario scenario;
-    scenario.cardWriteProtected = true;
+    scenario.board.card.writeProtected = true;
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());

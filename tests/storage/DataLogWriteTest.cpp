@@ -118,7 +118,7 @@ TEST(WritingARecord, ToALogThatIsNotOpenFails) {
 
 TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
@@ -140,7 +140,7 @@ TEST(WritingARecord, MountsACardThatCameLaterAndOpensTheLog) {
 
 TEST(WritingARecord, FailsOnceTheCardCannotBeMounted) {
     Scenario scenario;
-    scenario.cardPartitioned = false;
+    scenario.board.card.partitioned = false;
     SimulatedBoard board(scenario);
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
@@ -157,19 +157,19 @@ TEST(WritingARecord, FailsWhenTheLogCannotBeOpenedAfterMounting) {
     board.FailForever("open", kLog, EIO);
     DataLog log(kLog);
     EXPECT_FALSE(log.write("lost\n"));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
 }
 
 // A file of the day's name that lies below the mount point hides the missing mount from open; the
 // write mounts the card, opens the open log once more, and that swallows the record.
 TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
     SimulatedBoard board;
-    std::ofstream(board.Kernel().MountPointFolder() + "/" + kFile) << "stray\n";
+    std::ofstream(board.Kernel().folders.MountPoint() + "/" + kFile) << "stray\n";
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
-    EXPECT_FALSE(board.Card().Mounted());
+    EXPECT_FALSE(board.Card().mounted);
     EXPECT_TRUE(log.write("swallowed\n"));
-    EXPECT_TRUE(board.Card().Mounted());
+    EXPECT_TRUE(board.Card().mounted);
     EXPECT_TRUE(log.failed());
     log.close();
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "stray\n");

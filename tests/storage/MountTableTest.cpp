@@ -22,7 +22,7 @@ constexpr const char* kMountPoint = "/mnt/sd-card";
 
 Scenario WithTable(const std::vector<std::string>& lines) {
     Scenario scenario;
-    scenario.mountTable = lines;
+    scenario.kernel.mounts.lines = lines;
     return scenario;
 }
 
@@ -109,7 +109,7 @@ TEST(MountTable, BearsRubbish) {
 
 TEST(MountTable, ThatIsEmptyListsNothing) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     SimulatedBoard board(scenario);
     board.ReplaceText("/etc/mtab", "");
     EXPECT_FALSE(Listed(kMountPoint));
@@ -118,8 +118,8 @@ TEST(MountTable, ThatIsEmptyListsNothing) {
 
 TEST(MountTable, ThatIsMissingListsNothing) {
     Scenario scenario;
-    scenario.cardMounted = true;
-    scenario.mountTableExists = false;
+    scenario.board.card.mounted = true;
+    scenario.kernel.mounts.tablePresent = false;
     const SimulatedBoard board(scenario);
     EXPECT_FALSE(Listed(kMountPoint));
     EXPECT_EQ(board.Calls("endmntent"), 0U);
@@ -127,7 +127,7 @@ TEST(MountTable, ThatIsMissingListsNothing) {
 
 TEST(MountTable, IsClosedAfterEveryScan) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     SimulatedBoard board(scenario);
     EXPECT_TRUE(Listed(kMountPoint));
     EXPECT_FALSE(Listed("/mnt/stick"));
@@ -138,7 +138,7 @@ TEST(MountTable, IsClosedAfterEveryScan) {
 
 TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     const SimulatedBoard board(scenario);
     const mntent nowhere{};
     const mntent* entry = nullptr;
@@ -151,7 +151,7 @@ TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
 
 TEST(MountQuery, AsksAboutItsMountPoint) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     const SimulatedBoard board(scenario);
     MountQuery query;
     EXPECT_EQ(query.entry(), nullptr);

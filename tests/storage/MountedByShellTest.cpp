@@ -23,7 +23,7 @@ using sim::Texts;
 
 Scenario WithCard(bool mounted) {
     Scenario scenario;
-    scenario.cardMounted = mounted;
+    scenario.board.card.mounted = mounted;
     return scenario;
 }
 
@@ -58,8 +58,8 @@ TEST(MountedByShell, PrintsTheCountAfterWhatWasPrintedBefore) {
 
 TEST(MountedByShell, CountsEveryLineThatNamesThePartition) {
     Scenario scenario = WithCard(true);
-    scenario.mountTable = {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0",
-                           "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"};
+    scenario.kernel.mounts.lines = {"/dev/mmcblk0p1 /mnt/twin vfat rw 0 0",
+                                    "/dev/mmcblk0p2 /mnt/other ext4 rw 0 0"};
     const SimulatedBoard board(scenario);
     CapturedConsole console;
     EXPECT_FALSE(is_mmc_partition_mounted_by_shell());

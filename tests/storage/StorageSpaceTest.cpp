@@ -29,9 +29,9 @@ struct BoardWithTable {
 
     static Scenario FileSystems() {
         Scenario scenario;
-        scenario.fileSystems = {{"/mnt/a", 4096, 1000, 500, 400},
-                                {"/mnt/b", 1024, 2000, 0, 0},
-                                {"/mnt/c", 512, 3000, 3000, 2999}};
+        scenario.kernel.mounts.fileSystems = {{"/mnt/a", 4096, 1000, 500, 400},
+                                              {"/mnt/b", 1024, 2000, 0, 0},
+                                              {"/mnt/c", 512, 3000, 3000, 2999}};
         return scenario;
     }
 
@@ -49,7 +49,7 @@ std::string Listing() {
 
 std::string ListingOf(const FileSystem& system) {
     Scenario scenario;
-    scenario.fileSystems = {system};
+    scenario.kernel.mounts.fileSystems = {system};
     SimulatedBoard board(scenario);
     board.ReplaceText("/etc/mtab", "/dev/x " + system.directory + " ext4 rw 0 0\n");
     return Listing();
@@ -86,7 +86,7 @@ TEST(StorageSpace, LeavesOutTheFirstAndTheLastAsWell) {
 
 TEST(StorageSpace, OfTheCardIsItsUsualLine) {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     const SimulatedBoard board(scenario);
     const std::string listing = Listing();
     const std::string card =
@@ -114,7 +114,7 @@ TEST(StorageSpace, TakesANegativeBlockSizeAsItIs) {
 
 TEST(StorageSpace, KnowsDirectoriesWithSpaces) {
     Scenario scenario;
-    scenario.fileSystems = {{"/my stick", 1, 7, 6, 5}};
+    scenario.kernel.mounts.fileSystems = {{"/my stick", 1, 7, 6, 5}};
     SimulatedBoard board(scenario);
     board.ReplaceText("/etc/mtab", "my\\040device /my\\040stick ext4 rw 0 0\n");
     EXPECT_EQ(Listing(), "my device /my stick size=7 free=6 avail=5\n");
@@ -148,7 +148,7 @@ TEST(StorageSpace, TurnsTheConsoleBadAtAnEntryWithoutADevice) {
 
 TEST(StorageSpace, OfNoTableIsNothing) {
     Scenario scenario;
-    scenario.mountTableExists = false;
+    scenario.kernel.mounts.tablePresent = false;
     const SimulatedBoard board(scenario);
     EXPECT_EQ(Listing(), "");
     EXPECT_EQ(board.Calls("statfs"), 0U);
@@ -202,7 +202,7 @@ TEST(CanOpenMountTable, IsTrueWithTheTable) {
 
 TEST(CanOpenMountTable, IsTrueWithoutTheTable) {
     Scenario scenario;
-    scenario.mountTableExists = false;
+    scenario.kernel.mounts.tablePresent = false;
     const SimulatedBoard board(scenario);
     EXPECT_TRUE(can_open_mount_table("", ""));
     EXPECT_TRUE(can_open_mount_table("", "r"));

@@ -64,13 +64,13 @@ void Mount() {
 
 Scenario WithoutCard() {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     return scenario;
 }
 
 Scenario WithoutMountPoint() {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     return scenario;
 }
 

@@ -1,4 +1,4 @@
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <array>
 #include <cerrno>
@@ -51,6 +51,10 @@ std::string ErrnoName(int error) {
         }
     }
     return std::to_string(error);
+}
+
+std::string Outcome(long result) {
+    return result >= 0 ? "ok" : ErrnoName(static_cast<int>(-result));
 }
 
 std::optional<int> ErrnoNumber(std::string_view name) {
