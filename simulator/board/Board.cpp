@@ -10,7 +10,7 @@ namespace sim {
 Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime)
     : present(setup.present), lines(setup.lines), pwm(setup.exportedChannels), card(setup.card),
       clock(startTime), shaft(setup.pump), cell(setup.absorbances), analog(setup.analog, lines),
-      noise_(seed), detector_(setup.detector) {
+      flagShown_(shaft.OnFlag(0)), noise_(seed), detector_(setup.detector) {
     lines.onOutputChange = [this] { OutputsChanged(); };
     pwm.onChange = [this] { OutputsChanged(); };
     converter.detector = [this](Nanoseconds) { return DetectorReading(); };
@@ -20,7 +20,6 @@ Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime
     for (const WorldEvent& event : setup.events) {
         At(event.at, [this, event] { Happen(event); });
     }
-    flagShown_ = shaft.OnFlag(0);
     lines.SetInput(kHomeSensorLine, !flagShown_);
 }
 

@@ -104,7 +104,7 @@ class Board {
     Nanoseconds now_ = 0;
     std::multimap<Nanoseconds, std::function<void()>> agenda_;
     bool homeHeld_ = false;
-    bool flagShown_ = false;
+    bool flagShown_;
     Noise noise_;
     DetectorSetup detector_;
 };

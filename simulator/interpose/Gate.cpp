@@ -1,7 +1,6 @@
 #include "simulator/interpose/Gate.h"
 
 #include "simulator/board/BoardPaths.h"
-#include "simulator/time/ThreadSelf.h"
 
 namespace sim {
 namespace {

@@ -141,7 +141,7 @@ int lstat64(const char* path, struct stat64* result) noexcept {
     if (Gate gate(path); gate) {
         return AsResult(gate->kernel.paths.Status(path, false, result));
     }
-    return sim::real::lstat(path, result);
+    return SIM_REAL(lstat64)(path, result);
 }
 
 int fstat64(int descriptor, struct stat64* result) noexcept {

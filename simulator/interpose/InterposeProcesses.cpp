@@ -96,7 +96,9 @@ int system(const char* command) {
         return AsResult(error);
     }
     gate->events.Flush();
-    const BoardTools tools(gate->kernel.mounts.WriteTools());
+    const std::string folder = gate->kernel.paths.ToolFolder();
+    gate->kernel.mounts.WriteTools(folder);
+    const BoardTools tools(folder);
     const int status = SIM_REAL(system)(command);
     gate->events.Add("system", "-", sim::EventLog::Quoted(command) + " " + std::to_string(status));
     return status;

@@ -3,7 +3,6 @@
 
 #include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/time/ThreadSelf.h"
 
 #include <cerrno>
 #include <map>

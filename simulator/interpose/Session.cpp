@@ -95,7 +95,7 @@ class Session {
 
     [[noreturn]] void EndEarly(Ending ending, const std::string& text) {
         simulation_.ShowHeld(stdout);
-        real::fflush(stdout);
+        SIM_REAL(fflush)(stdout);
         Finish(ending, text);
         // A program built for coverage writes its counts only at an orderly exit.
         if (auto* dump = reinterpret_cast<void (*)()>(dlsym(RTLD_DEFAULT, "__gcov_dump"))) {

@@ -14,16 +14,27 @@
 
 namespace sim {
 
-/// The door that every call of the program passes on its way to the board.
-class Calls {
+/// What a call of this name costs in board time when I/O is not free: round figures in the order of
+/// what a 400 MHz ARM core and a slow card need, set by hand, not measured on an instrument.
+Nanoseconds CallCost(std::string_view call);
+
+/// What the kernel of a run works on.
+struct Machine {
+    Board& board;
+    EventLog& events;
+    Timeline& timeline;
+    Scheduler& scheduler;
+    const RunEnd& end;
+};
+
+/// The door that every call of the program passes on its way to the board, and what lies behind it.
+class Calls : public Machine {
   public:
     using Counts = std::map<std::string, std::uint64_t, std::less<>>;
 
-    /// costs: calls take board time (CallCosts.h).
-    Calls(const std::vector<Fault>& setup, bool costs, Board& board, EventLog& events,
-          Timeline& timeline, Scheduler& scheduler, const RunEnd& end)
-        : faults(setup), costs_(costs), board_(board), events_(events), timeline_(timeline),
-          scheduler_(scheduler), end_(end) {}
+    /// costs: calls take board time.
+    Calls(const std::vector<Fault>& setup, bool costs, const Machine& machine)
+        : Machine(machine), faults(setup), costs_(costs) {}
 
     Faults faults;
 
@@ -41,7 +52,7 @@ class Calls {
     /// Lets board time pass for work of this name, where calls take time.
     void Spend(std::string_view call);
     /// Ends the run: it met what the board does not model.
-    [[noreturn]] void Unmodelled(const std::string& text) const { end_(Ending::Unmodelled, text); }
+    [[noreturn]] void Unmodelled(const std::string& text) const { end(Ending::Unmodelled, text); }
 
     const Counts& Made() const { return counts_; }
 
@@ -49,11 +60,6 @@ class Calls {
     void Count(std::string_view call);
 
     bool costs_;
-    Board& board_;
-    EventLog& events_;
-    Timeline& timeline_;
-    Scheduler& scheduler_;
-    const RunEnd& end_;
     Counts counts_;
     std::optional<std::uint64_t> cut_; ///< bytes that the read or write under way may move
 };

@@ -1,56 +1,32 @@
 #include "simulator/kernel/ErrnoNames.h"
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <utility>
+#include <cstring>
 
 namespace sim {
 namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::array kNames{
-    std::pair{"EPERM"sv, EPERM},
-    std::pair{"ENOENT"sv, ENOENT},
-    std::pair{"EINTR"sv, EINTR},
-    std::pair{"EIO"sv, EIO},
-    std::pair{"ENXIO"sv, ENXIO},
-    std::pair{"EBADF"sv, EBADF},
-    std::pair{"EAGAIN"sv, EAGAIN},
-    std::pair{"ENOMEM"sv, ENOMEM},
-    std::pair{"EACCES"sv, EACCES},
-    std::pair{"EBUSY"sv, EBUSY},
-    std::pair{"EEXIST"sv, EEXIST},
-    std::pair{"ENODEV"sv, ENODEV},
-    std::pair{"ENOTDIR"sv, ENOTDIR},
-    std::pair{"EISDIR"sv, EISDIR},
-    std::pair{"EINVAL"sv, EINVAL},
-    std::pair{"ENFILE"sv, ENFILE},
-    std::pair{"EMFILE"sv, EMFILE},
-    std::pair{"ENOTTY"sv, ENOTTY},
-    std::pair{"EFBIG"sv, EFBIG},
-    std::pair{"ENOSPC"sv, ENOSPC},
-    std::pair{"EROFS"sv, EROFS},
-    std::pair{"EPIPE"sv, EPIPE},
-    std::pair{"ERANGE"sv, ERANGE},
-    std::pair{"EDEADLK"sv, EDEADLK},
-    std::pair{"ENAMETOOLONG"sv, ENAMETOOLONG},
-    std::pair{"ENOSYS"sv, ENOSYS},
-    std::pair{"EMSGSIZE"sv, EMSGSIZE},
-    std::pair{"ETIMEDOUT"sv, ETIMEDOUT},
-    std::pair{"ESRCH"sv, ESRCH},
-    std::pair{"ECHILD"sv, ECHILD},
-};
+constexpr std::array kNames{"EPERM"sv,  "ENOENT"sv,   "EINTR"sv,     "EIO"sv,     "ENXIO"sv,
+                            "EBADF"sv,  "EAGAIN"sv,   "ENOMEM"sv,    "EACCES"sv,  "EBUSY"sv,
+                            "EEXIST"sv, "ENODEV"sv,   "ENOTDIR"sv,   "EISDIR"sv,  "EINVAL"sv,
+                            "ENFILE"sv, "EMFILE"sv,   "ENOTTY"sv,    "EFBIG"sv,   "ENOSPC"sv,
+                            "EROFS"sv,  "EPIPE"sv,    "ERANGE"sv,    "EDEADLK"sv, "ENAMETOOLONG"sv,
+                            "ENOSYS"sv, "EMSGSIZE"sv, "ETIMEDOUT"sv, "ESRCH"sv,   "ECHILD"sv};
+
+std::string_view KnownName(int error) {
+    const char* name = strerrorname_np(error);
+    const auto* known = std::find(kNames.begin(), kNames.end(), name != nullptr ? name : "");
+    return known != kNames.end() ? *known : "";
+}
 
 } // namespace
 
 std::string ErrnoName(int error) {
-    for (const auto& [name, number] : kNames) {
-        if (number == error) {
-            return std::string(name);
-        }
-    }
-    return std::to_string(error);
+    const std::string_view name = KnownName(error);
+    return name.empty() ? std::to_string(error) : std::string(name);
 }
 
 std::string Outcome(long result) {
@@ -58,9 +34,10 @@ std::string Outcome(long result) {
 }
 
 std::optional<int> ErrnoNumber(std::string_view name) {
-    for (const auto& [known, number] : kNames) {
-        if (known == name) {
-            return number;
+    constexpr int largest = 133; // EHWPOISON
+    for (int error = 1; error <= largest; ++error) {
+        if (!name.empty() && KnownName(error) == name) {
+            return error;
         }
     }
     return std::nullopt;

@@ -16,8 +16,8 @@ bool Matches(const std::string& pattern, std::string_view path) {
 
 } // namespace
 
-std::optional<Faults::Hit> Faults::Meet(std::string_view call, std::string_view path) {
-    std::optional<Hit> hit;
+const Fault* Faults::Meet(std::string_view call, std::string_view path) {
+    const Fault* hit = nullptr;
     for (Fault& fault : armed_) {
         if (fault.call != call || !Matches(fault.path, path)) {
             continue;
@@ -25,8 +25,8 @@ std::optional<Faults::Hit> Faults::Meet(std::string_view call, std::string_view 
         ++fault.met;
         const bool due =
             fault.met == fault.occurrence || (fault.forever && fault.met > fault.occurrence);
-        if (due && !hit) {
-            hit = Hit{fault.error, fault.bytes};
+        if (due && hit == nullptr) {
+            hit = &fault;
         }
     }
     return hit;

@@ -22,17 +22,12 @@ struct Fault {
 /// Calls that are made to fail, each at the occurrence that was asked for.
 class Faults {
   public:
-    struct Hit {
-        int error = 0;                      ///< errno, or 0 when the call is only cut short
-        std::optional<std::uint64_t> bytes; ///< how much of a read or write goes through
-    };
-
     explicit Faults(std::vector<Fault> faults) : armed_(std::move(faults)) {}
 
     void Add(const Fault& fault) { armed_.push_back(fault); }
     void Clear() { armed_.clear(); }
-    /// Counts one call, and tells how it fails if it is to fail.
-    std::optional<Hit> Meet(std::string_view call, std::string_view path);
+    /// Counts one call, and gives the fault by which it fails; null when it does not fail.
+    const Fault* Meet(std::string_view call, std::string_view path);
 
   private:
     std::vector<Fault> armed_;

@@ -21,25 +21,21 @@ int FlagsOf(std::string_view mode) {
 
 } // namespace
 
-Kernel::Kernel(const KernelSetup& setup, const std::string& root, bool costs, Board& board,
-               EventLog& events, Timeline& timeline, Scheduler& scheduler, const RunEnd& end)
-    : folders(root, board.card),
-      calls(setup.faults, costs, board, events, timeline, scheduler, end), tree(board, setup.paths),
-      mounts(setup.mounts, board, events, calls, tree, files_, folders),
-      mappings(board.registers, events, calls), paths(board, events, calls, tree, folders, mounts),
-      board_(board), events_(events), timeline_(timeline),
-      opener_(board, events, calls, tree, folders),
-      edges_(board, events, calls, timeline, scheduler) {}
+Kernel::Kernel(const KernelSetup& setup, const std::string& root, bool costs,
+               const Machine& machine)
+    : calls(setup.faults, costs, machine), tree(machine.board, setup.paths),
+      mounts(setup.mounts, calls, tree, files_), mappings(calls), paths(root, calls, tree, mounts),
+      edges_(calls) {}
 
 long Kernel::Open(const char* path, int flags, unsigned mode) {
     std::unique_ptr<OpenFile> file;
     long error = calls.Admit("open", path);
     if (error == 0) {
-        error = opener_.Open(path, flags, file);
+        error = paths.Open(path, flags, file);
     }
     if (auto* card = dynamic_cast<CardFile*>(file.get()); card != nullptr) {
         error = card->OpenHost(flags, mode);
-        events_.Add("open", path, Outcome(error));
+        calls.events.Add("open", path, Outcome(error));
     }
     return error != 0 ? error : files_.Add(std::move(file));
 }
@@ -48,7 +44,7 @@ FILE* Kernel::OpenStream(const char* path, const char* mode) {
     std::unique_ptr<OpenFile> file;
     long error = calls.Admit("open", path);
     if (error == 0) {
-        error = opener_.Open(path, FlagsOf(mode), file);
+        error = paths.Open(path, FlagsOf(mode), file);
     }
     if (error != 0) {
         errno = static_cast<int>(-error);
@@ -57,7 +53,7 @@ FILE* Kernel::OpenStream(const char* path, const char* mode) {
     auto* card = dynamic_cast<CardFile*>(file.get());
     FILE* stream = real::fopen(card != nullptr ? card->HostPath().c_str() : "/dev/null", mode);
     if (card != nullptr) {
-        events_.Add("open", path, stream == nullptr ? ErrnoName(errno) : "ok");
+        calls.events.Add("open", path, stream == nullptr ? ErrnoName(errno) : "ok");
     }
     if (stream != nullptr) {
         if (card != nullptr) {
@@ -72,7 +68,7 @@ long Kernel::Close(int descriptor) {
     const OpenFile* file = files_.Find(descriptor);
     const long error = calls.Admit("close", file->Path());
     if (file->OfCard() && error == 0) {
-        events_.Add("close", file->Path(), "ok");
+        calls.events.Add("close", file->Path(), "ok");
     }
     files_.Remove(descriptor);
     return error;
@@ -94,13 +90,14 @@ long Kernel::Read(int descriptor, void* buffer, std::size_t size) {
     size = calls.Allowed(size);
     TextFile* level = file->AsLevel();
     if (level != nullptr) {
-        timeline_.PollsLine(*level->Line());
+        calls.timeline.PollsLine(*level->Line());
     }
     const bool anew = level != nullptr && level->AtStart();
     const long count = file->Read(buffer, size);
     if (anew && count >= 0) {
-        timeline_.LineRead(*level->Line(), count > 0 && static_cast<const char*>(buffer)[0] == '1');
-        level->SawEdges(board_.lines.At(*level->Line()).edges);
+        calls.timeline.LineRead(*level->Line(),
+                                count > 0 && static_cast<const char*>(buffer)[0] == '1');
+        level->SawEdges(calls.board.lines.At(*level->Line()).edges);
     }
     return count;
 }
@@ -113,7 +110,7 @@ long Kernel::Write(int descriptor, const void* data, std::size_t size) {
     if (!file->Writable()) {
         return -EBADF;
     }
-    timeline_.Busy();
+    calls.timeline.Busy();
     size = calls.Allowed(size);
     if (file->OfCard()) {
         calls.Spend("card write");
@@ -134,7 +131,7 @@ long Kernel::Control(int descriptor, unsigned long request, void* argument) {
     if (const long error = calls.Admit("ioctl", file->Path()); error != 0) {
         return error;
     }
-    timeline_.Busy();
+    calls.timeline.Busy();
     return file->Control(request, argument);
 }
 

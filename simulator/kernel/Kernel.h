@@ -3,11 +3,9 @@
 #include "simulator/kernel/Calls.h"
 #include "simulator/kernel/EdgeWait.h"
 #include "simulator/kernel/FileTable.h"
-#include "simulator/kernel/HostFolders.h"
 #include "simulator/kernel/Mappings.h"
 #include "simulator/kernel/MountTable.h"
-#include "simulator/kernel/Opener.h"
-#include "simulator/kernel/PathCalls.h"
+#include "simulator/kernel/Paths.h"
 #include "simulator/kernel/SysfsTree.h"
 
 #include <cstdio>
@@ -29,8 +27,7 @@ struct KernelSetup {
 class Kernel {
   public:
     /// root: the run's folder on this machine. costs: calls take board time.
-    Kernel(const KernelSetup& setup, const std::string& root, bool costs, Board& board,
-           EventLog& events, Timeline& timeline, Scheduler& scheduler, const RunEnd& end);
+    Kernel(const KernelSetup& setup, const std::string& root, bool costs, const Machine& machine);
 
     /// True for a descriptor that belongs to the board; the calls below take no other.
     bool Owns(int descriptor) const { return files_.Find(descriptor) != nullptr; }
@@ -60,19 +57,14 @@ class Kernel {
     /// Descriptors, mappings and mount tables that the program holds.
     std::size_t Held() const { return files_.Size() + mappings.Count() + mounts.OpenCount(); }
 
-    HostFolders folders;
     Calls calls;
     SysfsTree tree;
     MountTable mounts;
     Mappings mappings;
-    PathCalls paths;
+    Paths paths;
 
   private:
-    Board& board_;
-    EventLog& events_;
-    Timeline& timeline_;
     FileTable files_;
-    Opener opener_;
     EdgeWait edges_;
 };
 

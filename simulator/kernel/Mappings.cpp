@@ -28,9 +28,10 @@ long Mappings::Map(const OpenFile& file, std::size_t length, bool shared, std::i
     if (page == MAP_FAILED) {
         return -errno;
     }
-    registers_.Load({static_cast<std::uint32_t*>(page), length / sizeof(std::uint32_t)});
+    calls_.board.registers.Load(
+        {static_cast<std::uint32_t*>(page), length / sizeof(std::uint32_t)});
     pages_[page] = {length, shared};
-    events_.Add("mmap", file.Path(), file.Synchronous() ? "0xfffff000" : "0xfffff000 cached");
+    calls_.events.Add("mmap", file.Path(), file.Synchronous() ? "0xfffff000" : "0xfffff000 cached");
     *address = page;
     return 0;
 }
@@ -40,8 +41,8 @@ long Mappings::Unmap(void* address) {
     if (shared) {
         const std::span<const std::uint32_t> page{static_cast<const std::uint32_t*>(address),
                                                   length / sizeof(std::uint32_t)};
-        for (const std::string& store : registers_.Store(page)) {
-            events_.Add("write", kMemoryDevice, store);
+        for (const std::string& store : calls_.board.registers.Store(page)) {
+            calls_.events.Add("write", kMemoryDevice, store);
         }
     }
     pages_.erase(address);

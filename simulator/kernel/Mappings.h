@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/board/RegisterPage.h"
 #include "simulator/kernel/Calls.h"
 #include "simulator/kernel/OpenFile.h"
 
@@ -12,8 +11,7 @@ namespace sim {
 /// negated errno.
 class Mappings {
   public:
-    Mappings(RegisterPage& registers, EventLog& events, Calls& calls)
-        : registers_(registers), events_(events), calls_(calls) {}
+    explicit Mappings(Calls& calls) : calls_(calls) {}
 
     /// shared: stores reach the device, else they stay in the program's own copy.
     long Map(const OpenFile& file, std::size_t length, bool shared, std::int64_t offset,
@@ -28,8 +26,6 @@ class Mappings {
         bool shared = false;
     };
 
-    RegisterPage& registers_;
-    EventLog& events_;
     Calls& calls_;
     std::map<const void*, Page> pages_;
 };

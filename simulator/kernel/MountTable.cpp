@@ -16,19 +16,19 @@ long MountTable::Mount(const char* source, const char* target, const char* type,
     if (error != 0) {
         return error;
     }
-    error = -board_.card.Mount(source, target, type);
-    events_.Add("mount", target,
-                std::string(source) + " " + type + " " + std::to_string(flags) + " " +
-                    EventLog::Quoted(data != nullptr ? static_cast<const char*>(data) : "") + " " +
-                    Outcome(error));
+    error = -calls_.board.card.Mount(source, target, type);
+    calls_.events.Add("mount", target,
+                      std::string(source) + " " + type + " " + std::to_string(flags) + " " +
+                          EventLog::Quoted(data != nullptr ? static_cast<const char*>(data) : "") +
+                          " " + Outcome(error));
     return error;
 }
 
 long MountTable::Unmount(const char* target) {
     long error = calls_.Admit("umount", target);
     if (error == 0) {
-        error = -board_.card.Unmount(target, files_.CardFileOpen());
-        events_.Add("umount", target, Outcome(error));
+        error = -calls_.board.card.Unmount(target, files_.CardFileOpen());
+        calls_.events.Add("umount", target, Outcome(error));
     }
     return error;
 }
@@ -42,7 +42,7 @@ long MountTable::FileSystemStatus(const char* path, struct statfs64* result) {
     known.push_back({"/proc", 4096, 0, 0, 0});
     known.push_back({"/sys", 4096, 0, 0, 0});
     known.push_back({"/run", 4096, 14'336, 14'300, 14'300});
-    if (board_.card.mounted) {
+    if (calls_.board.card.mounted) {
         known.push_back({std::string(kMountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
     }
     for (const FileSystem& system : known) {
@@ -52,11 +52,11 @@ long MountTable::FileSystemStatus(const char* path, struct statfs64* result) {
             result->f_blocks = system.blocks;
             result->f_bfree = system.freeBlocks;
             result->f_bavail = system.availableBlocks;
-            events_.Add("statfs", path, "ok");
+            calls_.events.Add("statfs", path, "ok");
             return 0;
         }
     }
-    events_.Add("statfs", path, "ENOENT");
+    calls_.events.Add("statfs", path, "ENOENT");
     return -ENOENT;
 }
 
@@ -71,15 +71,14 @@ std::string MountTable::Text() const {
     for (const std::string& line : setup_.lines) {
         text += line + "\n";
     }
-    if (board_.card.mounted) {
+    if (calls_.board.card.mounted) {
         text += std::string(kCardPartition) + " " + std::string(kMountPoint) +
                 " vfat rw,sync,relatime,fmask=0022,dmask=0022 0 0\n";
     }
     return text;
 }
 
-std::string MountTable::WriteTools() const {
-    std::string folder = folders_.Tools();
+void MountTable::WriteTools(const std::string& folder) const {
     const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + Text() + "TABLE\n";
     real::mkdir(folder.c_str(), 0755);
     const int file = real::open((folder + "/mount").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0755);
@@ -87,7 +86,6 @@ std::string MountTable::WriteTools() const {
         static_cast<void>(real::write(file, script.data(), script.size()) == 0);
         real::close(file);
     }
-    return folder;
 }
 
 FILE* MountTable::Open(const char* path) {
@@ -95,7 +93,7 @@ FILE* MountTable::Open(const char* path) {
     if (fault != 0 || !setup_.tablePresent || tree_.TakenAway(path)) {
         errno = fault != 0 ? static_cast<int>(-fault) : ENOENT;
         if (fault == 0) {
-            events_.Add("setmntent", path, "ENOENT");
+            calls_.events.Add("setmntent", path, "ENOENT");
         }
         return nullptr;
     }
@@ -104,7 +102,8 @@ FILE* MountTable::Open(const char* path) {
     if (table != nullptr) {
         real::fwrite(text.data(), 1, text.size(), table);
         rewind(table);
-        events_.Add("setmntent", path, board_.card.mounted ? "card listed" : "card not listed");
+        calls_.events.Add("setmntent", path,
+                          calls_.board.card.mounted ? "card listed" : "card not listed");
         open_.insert(table);
     }
     return table;

@@ -2,7 +2,6 @@
 
 #include "simulator/kernel/Calls.h"
 #include "simulator/kernel/FileTable.h"
-#include "simulator/kernel/HostFolders.h"
 #include "simulator/kernel/SysfsTree.h"
 
 #include <cstdio>
@@ -34,10 +33,8 @@ struct MountSetup {
 /// otherwise.
 class MountTable {
   public:
-    MountTable(MountSetup setup, Board& board, EventLog& events, Calls& calls,
-               const SysfsTree& tree, const FileTable& files, const HostFolders& folders)
-        : setup_(std::move(setup)), board_(board), events_(events), calls_(calls), tree_(tree),
-          files_(files), folders_(folders) {}
+    MountTable(MountSetup setup, Calls& calls, const SysfsTree& tree, const FileTable& files)
+        : setup_(std::move(setup)), calls_(calls), tree_(tree), files_(files) {}
 
     long Mount(const char* source, const char* target, const char* type, unsigned long flags,
                const void* data);
@@ -53,17 +50,14 @@ class MountTable {
     void Close(FILE* table);
     std::size_t OpenCount() const { return open_.size(); }
     std::string Text() const;
-    /// Puts the board's own shell tools into a folder of the run, and gives its path.
-    std::string WriteTools() const;
+    /// Makes a folder with a shell's `mount` that shows the table.
+    void WriteTools(const std::string& folder) const;
 
   private:
     MountSetup setup_;
-    Board& board_;
-    EventLog& events_;
     Calls& calls_;
     const SysfsTree& tree_;
     const FileTable& files_;
-    const HostFolders& folders_;
     std::set<const FILE*> open_;
 };
 

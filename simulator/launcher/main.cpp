@@ -3,10 +3,10 @@
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
 #include "simulator/launcher/ProgramFile.h"
-#include "simulator/launcher/RunRoot.h"
 #include "simulator/launcher/Summary.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
+#include "simulator/run/RunRoot.h"
 
 #include <cstdlib>
 #include <fcntl.h>

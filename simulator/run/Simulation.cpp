@@ -1,7 +1,6 @@
 #include "simulator/run/Simulation.h"
 
 #include "simulator/libc/Real.h"
-#include "simulator/time/ThreadSelf.h"
 
 #include <cstdlib>
 
@@ -16,8 +15,8 @@ Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
     : board(options.scenario.board, options.seed, options.startTime),
       scheduler(options.scenario.threadOrder, options.seed ^ 0x5EEDULL, end),
       timeline(board, scheduler, options.limits.boardTime, options.pace, end),
-      kernel(options.scenario.kernel, options.root, options.ioCosts, board, events, timeline,
-             scheduler, end),
+      kernel(options.scenario.kernel, options.root, options.ioCosts,
+             {board, events, timeline, scheduler, end}),
       console(options.limits.steps, options.limits.measurements) {
     events.now = [this] { return board.Now(); };
     events.thread = [this] { return scheduler.Current(); };
@@ -56,7 +55,7 @@ void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
     const ConsoleWatch::Verdict verdict = console.Read({static_cast<const char*>(data), size});
     real::fwrite(verdict.show.data(), 1, verdict.show.size(), stream);
     if (verdict.limit) {
-        real::fflush(stream);
+        SIM_REAL(fflush)(stream);
         end(Ending::LimitReached, std::string(*verdict.limit));
     }
 }

@@ -45,14 +45,25 @@ void TomlTable::Require(std::string_view key) {
     }
 }
 
-void TomlTable::Read(std::string_view key, bool& value) {
-    if (const toml::node* node = Node(key)) {
-        if (const auto given = node->value_exact<bool>()) {
-            value = *given;
-        } else {
-            Fail(key, "takes true or false");
-        }
+template <typename Value>
+void TomlTable::ReadExactly(std::string_view key, Value& value, std::string_view takes) {
+    const toml::node* node = Node(key);
+    if (node == nullptr) {
+        return;
     }
+    if (const auto given = node->value_exact<Value>()) {
+        value = *given;
+    } else {
+        Fail(key, takes);
+    }
+}
+
+void TomlTable::Read(std::string_view key, bool& value) {
+    ReadExactly(key, value, "takes true or false");
+}
+
+void TomlTable::Read(std::string_view key, std::string& value) {
+    ReadExactly(key, value, "takes a text in quotes");
 }
 
 std::optional<double> TomlTable::NumberOf(const toml::node& node, std::string_view key,
@@ -97,16 +108,6 @@ void TomlTable::ReadSeconds(std::string_view key, Nanoseconds& value, double lea
     if (Has(key)) {
         Read(key, given, least, most);
         value = static_cast<Nanoseconds>(given * 1e6 + (given < 0 ? -0.5 : 0.5)) * 1'000;
-    }
-}
-
-void TomlTable::Read(std::string_view key, std::string& value) {
-    if (const toml::node* node = Node(key)) {
-        if (const auto given = node->value_exact<std::string>()) {
-            value = *given;
-        } else {
-            Fail(key, "takes a text in quotes");
-        }
     }
 }
 

@@ -72,6 +72,8 @@ class TomlTable {
 
   private:
     const toml::node* Node(std::string_view key);
+    template <typename Value>
+    void ReadExactly(std::string_view key, Value& value, std::string_view takes);
     std::optional<std::int64_t> WholeNumber(std::string_view key, std::int64_t least,
                                             std::int64_t most);
     std::optional<std::int64_t> IntegerOf(const toml::node& node, std::string_view key,

@@ -5,27 +5,19 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <unistd.h>
 
 namespace sim {
 namespace {
 
-std::string TemporaryFolder() {
-    std::string pattern =
-        std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/tavrelin-test-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-        std::perror("temporary folder for a simulated board");
+RunOptions In(const RunRoot& root, RunOptions options, const Scenario& scenario) {
+    if (!root.Problem().empty()) {
+        std::fprintf(stderr, "simulated board: %s\n", root.Problem().c_str());
         std::abort();
     }
-    return pattern;
-}
-
-RunOptions In(const std::string& root, RunOptions options, const Scenario& scenario) {
     options.scenario = scenario;
-    options.root = root;
+    options.root = root.Path();
     return options;
 }
 
@@ -62,7 +54,7 @@ std::string PathOf(std::string_view device) {
 } // namespace
 
 SimulatedBoard::SimulatedBoard(const Scenario& scenario, const RunOptions& options)
-    : root_(TemporaryFolder()), simulation_(In(root_, options, scenario)) {
+    : simulation_(In(root_, options, scenario)) {
     simulation_.events.Keep();
     simulation_.end.how = [](Ending ending, const std::string& text) {
         const char* what = ending == Ending::Deadlock       ? "deadlock"
@@ -71,11 +63,6 @@ SimulatedBoard::SimulatedBoard(const Scenario& scenario, const RunOptions& optio
         std::fprintf(stderr, "simulated board: %s: %s\n", what, text.c_str());
         std::abort();
     };
-}
-
-SimulatedBoard::~SimulatedBoard() {
-    std::error_code ignored;
-    std::filesystem::remove_all(root_, ignored);
 }
 
 sim::Line& SimulatedBoard::Line(std::string_view name) {
@@ -136,17 +123,17 @@ std::uint64_t SimulatedBoard::Calls(std::string_view name) const {
 
 void SimulatedBoard::Fail(const std::string& call, const std::string& path, int error,
                           std::uint64_t occurrence) {
-    simulation_.kernel.calls.faults.Add({call, path, occurrence, error, std::nullopt, false});
+    Kernel().calls.faults.Add({call, path, occurrence, error, std::nullopt, false});
 }
 
 void SimulatedBoard::FailForever(const std::string& call, const std::string& path, int error,
                                  std::uint64_t occurrence) {
-    simulation_.kernel.calls.faults.Add({call, path, occurrence, error, std::nullopt, true});
+    Kernel().calls.faults.Add({call, path, occurrence, error, std::nullopt, true});
 }
 
 void SimulatedBoard::CutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
                               std::uint64_t occurrence) {
-    simulation_.kernel.calls.faults.Add({call, path, occurrence, 0, bytes, false});
+    Kernel().calls.faults.Add({call, path, occurrence, 0, bytes, false});
 }
 
 void SimulatedBoard::ReplaceText(const std::string& path, const std::string& text) {
@@ -154,15 +141,15 @@ void SimulatedBoard::ReplaceText(const std::string& path, const std::string& tex
 }
 
 std::string SimulatedBoard::FileOnCard(const std::string& name) const {
-    return Contents(simulation_.kernel.folders.Card() + "/" + name);
+    return Contents(simulation_.kernel.paths.CardFolder() + "/" + name);
 }
 
 std::string SimulatedBoard::FileBelowMountPoint(const std::string& name) const {
-    return Contents(simulation_.kernel.folders.MountPoint() + "/" + name);
+    return Contents(simulation_.kernel.paths.MountPointFolder() + "/" + name);
 }
 
 void SimulatedBoard::WriteFileOnCard(const std::string& name, const std::string& text) const {
-    std::ofstream(simulation_.kernel.folders.Card() + "/" + name, std::ios::binary) << text;
+    std::ofstream(simulation_.kernel.paths.CardFolder() + "/" + name, std::ios::binary) << text;
 }
 
 } // namespace sim

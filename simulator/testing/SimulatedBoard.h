@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/run/RunRoot.h"
 #include "simulator/run/Simulation.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ class SimulatedBoard {
     explicit SimulatedBoard(const Scenario& scenario, const RunOptions& options = {});
     SimulatedBoard(const SimulatedBoard&) = delete;
     SimulatedBoard& operator=(const SimulatedBoard&) = delete;
-    ~SimulatedBoard();
+    ~SimulatedBoard() = default;
 
     /// A line by its name: port letter and bit.
     sim::Line& Line(std::string_view name);
@@ -82,10 +83,10 @@ class SimulatedBoard {
 
     /// Folder on this machine that holds the card's files and the mount point; goes with this
     /// object.
-    const std::string& Root() const { return root_; }
+    const std::string& Root() const { return root_.Path(); }
 
   private:
-    std::string root_;
+    RunRoot root_{""};
     Simulation simulation_;
 };
 

@@ -21,6 +21,8 @@ void GiveGo(std::atomic<std::uint32_t>& word) {
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
+thread_local Scheduler::Thread* ofThisThread = nullptr;
+
 /// One chance in so many that the seed takes the processor away at an operation.
 constexpr std::uint64_t kChanceOneIn = 4;
 
@@ -149,6 +151,13 @@ std::string Scheduler::WhoWaitsForWhat() const {
                 std::to_string(thread->number) + " waits for " + thread->waitReason;
     }
     return text.empty() ? "no thread is left" : text;
+}
+
+Scheduler::Thread* ThreadSelf() {
+    return ofThisThread;
+}
+void SetThreadSelf(Scheduler::Thread* thread) {
+    ofThisThread = thread;
 }
 
 } // namespace sim

@@ -69,7 +69,6 @@ class Scheduler {
     unsigned Current() const { return current_ != nullptr ? current_->number : 0; }
     /// Threads that have not been joined, the main thread included.
     std::size_t Alive() const { return threads_.size(); }
-    unsigned Created() const { return created_; }
 
   private:
     void HandOver(Thread& self);
@@ -88,5 +87,10 @@ class Scheduler {
     std::deque<Thread*> ready_;
     std::vector<Thread*> waiting_; ///< asleep or waiting, in order of arrival
 };
+
+/// The calling thread as the scheduler knows it; null for a thread that does not take part in a
+/// simulation.
+Scheduler::Thread* ThreadSelf();
+void SetThreadSelf(Scheduler::Thread* thread);
 
 } // namespace sim

@@ -1,7 +1,6 @@
 #include "simulator/time/Timeline.h"
 
 #include "simulator/libc/Real.h"
-#include "simulator/time/ThreadSelf.h"
 
 #include <algorithm>
 

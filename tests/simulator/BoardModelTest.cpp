@@ -14,7 +14,7 @@ using sim::Board;
 using sim::BoardSetup;
 using sim::Milliseconds;
 using sim::Seconds;
-using sim::WorldEvent;
+using Kind = sim::WorldEvent::Kind;
 
 class BoardModel {
   public:
@@ -32,6 +32,8 @@ class BoardModel {
     }
     void Stop(unsigned channel) { board.pwm.SetEnable(channel, "0"); }
     void Wait(int ms) { board.AdvanceTo(board.Now() + Milliseconds(ms)); }
+    std::int64_t Steps() const { return board.shaft.StepsTurned(board.Now()); }
+    bool HomeSensor() const { return board.lines.At(sim::kHomeSensorLine).level; }
     /// A reading as the converter sends it.
     std::int32_t Reading() { return board.converter.detector(board.Now()); }
     void LampOn() { Run(sim::kLampChannel, "1000000", "300000"); }
@@ -91,16 +93,16 @@ TEST(Pump, TurnsWhileItsDriverIsEnabledAndPulsed) {
     BoardModel model;
     model.Run(sim::kPumpChannel, "625000", "312500");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "not enabled: an input";
+    EXPECT_EQ(model.Steps(), 0) << "not enabled: an input";
     model.Drive(sim::kPumpEnableLine, "high");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "high disables the driver";
+    EXPECT_EQ(model.Steps(), 0) << "high disables the driver";
     model.Drive(sim::kPumpEnableLine, "low");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160);
+    EXPECT_EQ(model.Steps(), 160);
     model.board.pwm.SetDuty(sim::kPumpChannel, "0");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160) << "no pulses";
+    EXPECT_EQ(model.Steps(), 160) << "no pulses";
 }
 
 TEST(HomeSensor, FollowsTheFlag) {
@@ -108,11 +110,11 @@ TEST(HomeSensor, FollowsTheFlag) {
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "1000000", "500000");
     model.Wait(1199);
-    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_TRUE(model.HomeSensor());
     model.Wait(1);
-    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_FALSE(model.HomeSensor());
     model.Wait(67);
-    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_TRUE(model.HomeSensor());
     EXPECT_EQ(model.told, (std::vector<std::string>{"1200 flag enters the sensor",
                                                     "1267 flag leaves the sensor"}));
 }
@@ -120,8 +122,8 @@ TEST(HomeSensor, FollowsTheFlag) {
 TEST(HomeSensor, StartsOnTheFlagWhenAskedTo) {
     BoardSetup setup;
     setup.pump.onFlag = true;
-    EXPECT_FALSE(BoardModel(setup).board.lines.At(sim::kHomeSensorLine).level);
-    EXPECT_TRUE(BoardModel().board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_FALSE(BoardModel(setup).HomeSensor());
+    EXPECT_TRUE(BoardModel().HomeSensor());
 }
 
 TEST(HomeSensor, StaysAsItIsHeld) {
@@ -130,7 +132,7 @@ TEST(HomeSensor, StaysAsItIsHeld) {
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "1000000", "500000");
     model.Wait(1300);
-    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_FALSE(model.HomeSensor());
     EXPECT_TRUE(model.told.empty());
 }
 
@@ -144,17 +146,13 @@ TEST(Valve, IsOpenWhileItsChannelPulses) {
     EXPECT_FALSE(model.board.ValveOpen());
 }
 
-BoardSetup WithEvents() {
-    BoardSetup setup;
-    setup.events = {{Seconds(3), WorldEvent::Kind::JumpClock, -3600, 0},
-                    {Seconds(1), WorldEvent::Kind::RemoveCard, 0, 0},
-                    {Seconds(2), WorldEvent::Kind::InsertCard, 0, 0},
-                    {Seconds(4), WorldEvent::Kind::SetInput, 1, 7}};
-    return setup;
-}
-
 TEST(World, ActsAtItsTimes) {
-    BoardModel model(WithEvents());
+    BoardSetup setup;
+    setup.events = {{Seconds(3), Kind::JumpClock, -3600, 0},
+                    {Seconds(1), Kind::RemoveCard, 0, 0},
+                    {Seconds(2), Kind::InsertCard, 0, 0},
+                    {Seconds(4), Kind::SetInput, 1, 7}};
+    BoardModel model(setup);
     EXPECT_EQ(model.board.NextEvent(), Seconds(1));
     model.Wait(1000);
     EXPECT_FALSE(model.board.card.present);

@@ -5,7 +5,6 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <cctype>
 #include <gmock/gmock.h>
 
 namespace tavrelin {
@@ -30,17 +29,6 @@ TEST_P(ExitStatus, ComesWithOneLine) {
     EXPECT_EQ(run.status, trouble.status);
     EXPECT_EQ(run.error, "simulate: " + trouble.line + "\n");
     EXPECT_EQ(run.output, "");
-}
-
-/// A trouble's words as the name of its test.
-std::string NameOf(const testing::TestParamInfo<Trouble>& trouble) {
-    std::string name;
-    for (const std::string& word : trouble.param.words) {
-        name += (name.empty() ? "" : "_") + word;
-    }
-    std::replace_if(
-        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-    return name;
 }
 
 const std::string kAtTheStart = "before the first step, at 0.000 s of board time";
@@ -82,8 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
         NotModelled({"leave-a-thread"},
                     "pthread_detach, because the board schedules threads that are joined, and "
                     "waits on mutexes and joins only"),
-        Trouble{{"status", "3"}, 4, "the program ended with status 3 " + kAtTheStart}),
-    NameOf);
+        Trouble{{"status", "3"}, 4, "the program ended with status 3 " + kAtTheStart}));
 
 TEST(ExitStatusOfARun, IsZeroWhenTheProgramEndsWell) {
     const CommandResult run = SimulateTrouble({"status", "0"});

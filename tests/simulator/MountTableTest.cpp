@@ -2,6 +2,7 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
+#include <array>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <mntent.h>
@@ -15,15 +16,15 @@ using sim::SimulatedBoard;
 using sim::Texts;
 
 /// "device directory type options" of each entry.
-Texts Entries(int bufferSize = 4096) {
+Texts Entries() {
     Texts found;
     FILE* table = setmntent("/etc/mtab", "r");
     if (table == nullptr) {
         return {"errno " + std::to_string(errno)};
     }
     mntent entry{};
-    std::string buffer(static_cast<std::size_t>(bufferSize), '\0');
-    while (getmntent_r(table, &entry, buffer.data(), bufferSize) != nullptr) {
+    std::array<char, 4096> buffer{};
+    while (getmntent_r(table, &entry, buffer.data(), buffer.size()) != nullptr) {
         found.push_back(std::string(entry.mnt_fsname) + " " + entry.mnt_dir + " " + entry.mnt_type +
                         " " + entry.mnt_opts);
     }

@@ -78,7 +78,7 @@ TEST(MountingTheCard, CreatesAMissingMountPointForItsOwnerOnly) {
                                        {"mkdir /mnt/sd-card 0700 ok"},
                                        kMounted}));
     struct stat status {};
-    ASSERT_EQ(stat(board.Kernel().folders.MountPoint().c_str(), &status), 0);
+    ASSERT_EQ(stat(board.Kernel().paths.MountPointFolder().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
 }
 
@@ -121,7 +121,7 @@ TEST(MountingTheCard, FailsOnAMountPointThatIsAFile) {
     Scenario scenario;
     scenario.board.card.mountPointExists = false;
     SimulatedBoard board(scenario);
-    std::ofstream(board.Kernel().folders.MountPoint()) << "no directory";
+    std::ofstream(board.Kernel().paths.MountPointFolder()) << "no directory";
     EXPECT_FALSE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Calls("mkdir"), 1U);
     EXPECT_EQ(board.Calls("mount"), 1U);

@@ -1,4 +1,4 @@
-#include "simulator/launcher/RunRoot.h"
+#include "simulator/run/RunRoot.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "simulator/kernel/Opener.h"
+#include "simulator/kernel/Paths.h"
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/CardFile.h"
@@ -28,40 +28,40 @@ class MemoryFile : public OpenFile {
 
 } // namespace
 
-long Opener::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     long error = 0;
     if (Within(path, kSysfs)) {
-        error = Attribute(path, flags, file);
+        error = OpenAttribute(path, flags, file);
     } else if (tree_.TakenAway(path)) {
         error = -ENOENT;
     } else if (Within(path, kMountPoint)) {
-        error = FileOfCard(path, flags, file);
+        error = OpenCardFile(path, flags, file);
     } else if (path == kSpiDevice || path == kMemoryDevice) {
-        error = Device(path, file);
+        error = OpenDevice(path, file);
     } else {
         calls_.Unmodelled("open of " + path);
     }
     if (error == 0) {
         file->OpenedWith(flags);
     } else {
-        events_.Add("open", path, Outcome(error));
+        calls_.events.Add("open", path, Outcome(error));
     }
     return error;
 }
 
-long Opener::Device(const std::string& path, std::unique_ptr<OpenFile>& file) {
-    if (!board_.present) {
+long Paths::OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file) {
+    if (!calls_.board.present) {
         return -ENOENT;
     }
     if (path == kSpiDevice) {
-        file = std::make_unique<SpiFile>(path, board_, spi_, events_);
+        file = std::make_unique<SpiFile>(path, calls_.board, spi_, calls_.events);
     } else {
         file = std::make_unique<MemoryFile>(path);
     }
     return 0;
 }
 
-long Opener::Attribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+long Paths::OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     SysfsNode node = tree_.Find(path);
     switch (node.kind) {
     case SysfsNode::Kind::Missing:
@@ -78,22 +78,23 @@ long Opener::Attribute(const std::string& path, int flags, std::unique_ptr<OpenF
     if ((Writes(flags) && !node.store) || (Reads(flags) && !node.show)) {
         return -EACCES;
     }
-    file = std::make_unique<TextFile>(path, std::move(node), tree_, events_);
+    file = std::make_unique<TextFile>(path, std::move(node), tree_, calls_.events);
     return 0;
 }
 
-long Opener::FileOfCard(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
-    const std::string host = folders_.Of(path);
-    const bool onCard = board_.card.mounted;
+long Paths::OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    const std::string host = HostPath(path);
+    const bool onCard = calls_.board.card.mounted;
     struct stat64 status {};
     const bool exists = real::stat(host.c_str(), &status) == 0;
     if (onCard && Writes(flags)) {
-        const int error = exists ? board_.card.OpenForWriting() : board_.card.CreateFile();
+        const int error =
+            exists ? calls_.board.card.OpenForWriting() : calls_.board.card.CreateFile();
         if (error != 0 && (exists || (flags & O_CREAT) != 0)) {
             return -error;
         }
     }
-    file = std::make_unique<CardFile>(path, host, onCard, board_.card, events_);
+    file = std::make_unique<CardFile>(path, host, onCard, calls_.board.card, calls_.events);
     return 0;
 }
 

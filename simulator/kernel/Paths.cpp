@@ -1,4 +1,4 @@
-#include "simulator/kernel/PathCalls.h"
+#include "simulator/kernel/Paths.h"
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/ErrnoNames.h"
@@ -25,7 +25,26 @@ long AsOnVfat(struct stat64* status) {
 
 } // namespace
 
-long PathCalls::Access(const char* path) {
+Paths::Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts)
+    : root_(root), calls_(calls), tree_(tree), mounts_(mounts) {
+    for (const std::string& folder : {root + "/rootfs", root + "/rootfs/mnt", CardFolder()}) {
+        real::mkdir(folder.c_str(), 0755);
+    }
+    if (calls.board.card.mountPointExists) {
+        real::mkdir(MountPointFolder().c_str(), 0755);
+    }
+}
+
+std::string Paths::MountPointFolder() const {
+    return root_ + "/rootfs" + std::string(kMountPoint);
+}
+
+std::string Paths::HostPath(const std::string& path) const {
+    return (calls_.board.card.mounted ? CardFolder() : MountPointFolder()) +
+           path.substr(kMountPoint.size());
+}
+
+long Paths::Access(const char* path) {
     long error = calls_.Admit("access", path);
     if (error == 0) {
         struct stat64 ignored {};
@@ -35,13 +54,13 @@ long PathCalls::Access(const char* path) {
             error = StatusOutsideSysfs(path, &ignored);
         }
         if (error != 0) {
-            events_.Add("access", path, Outcome(error));
+            calls_.events.Add("access", path, Outcome(error));
         }
     }
     return error;
 }
 
-long PathCalls::Status(const char* path, bool followLinks, struct stat64* result) {
+long Paths::Status(const char* path, bool followLinks, struct stat64* result) {
     const char* call = followLinks ? "stat" : "lstat";
     long error = calls_.Admit(call, path);
     if (error != 0) {
@@ -56,33 +75,33 @@ long PathCalls::Status(const char* path, bool followLinks, struct stat64* result
     } else {
         Fill(result, node.kind == SysfsNode::Kind::Directory ? S_IFDIR | 0755U : S_IFREG | 0644U);
     }
-    events_.Add(call, path, Outcome(error));
+    calls_.events.Add(call, path, Outcome(error));
     return error;
 }
 
-long PathCalls::StatusOutsideSysfs(const std::string& path, struct stat64* result) const {
+long Paths::StatusOutsideSysfs(const std::string& path, struct stat64* result) const {
     if (tree_.TakenAway(path)) {
         return -ENOENT;
     }
     if (path == kCardPartition || path == kCardDevice) {
         Fill(result, S_IFBLK | 0660U);
-        return board_.card.Listed(board_.Now()) ? 0 : -ENOENT;
+        return calls_.board.card.Listed(calls_.board.Now()) ? 0 : -ENOENT;
     }
     if (Within(path, kDevices)) {
         Fill(result, S_IFCHR | 0600U);
-        return board_.present ? 0 : -ENOENT;
+        return calls_.board.present ? 0 : -ENOENT;
     }
     if (path == kMountTable) {
         Fill(result, S_IFREG | 0444U);
-        return table_.Present() ? 0 : -ENOENT;
+        return mounts_.Present() ? 0 : -ENOENT;
     }
-    if (real::stat(folders_.Of(path).c_str(), result) != 0) {
+    if (real::stat(HostPath(path).c_str(), result) != 0) {
         return -errno;
     }
-    return board_.card.mounted ? AsOnVfat(result) : 0;
+    return calls_.board.card.mounted ? AsOnVfat(result) : 0;
 }
 
-long PathCalls::StatusOf(const OpenFile& file, struct stat64* result) {
+long Paths::StatusOf(const OpenFile& file, struct stat64* result) {
     if (const long error = calls_.Admit("fstat", file.Path()); error != 0) {
         return error;
     }
@@ -95,7 +114,7 @@ long PathCalls::StatusOf(const OpenFile& file, struct stat64* result) {
     return file.OnCard() ? AsOnVfat(result) : 0;
 }
 
-long PathCalls::MakeDirectory(const char* path, unsigned mode) {
+long Paths::MakeDirectory(const char* path, unsigned mode) {
     long error = calls_.Admit("mkdir", path);
     if (error != 0) {
         return error;
@@ -103,16 +122,16 @@ long PathCalls::MakeDirectory(const char* path, unsigned mode) {
     if (!Within(path, kMountPoint)) {
         calls_.Unmodelled(std::string("mkdir of ") + path);
     }
-    error = board_.card.mounted ? -board_.card.CreateFile() : 0;
+    error = calls_.board.card.mounted ? -calls_.board.card.CreateFile() : 0;
     if (error == 0) {
-        error = real::mkdir(folders_.Of(path).c_str(), mode) == 0 ? 0 : -errno;
+        error = real::mkdir(HostPath(path).c_str(), mode) == 0 ? 0 : -errno;
     }
     if (error == 0 && path == kMountPoint) {
-        board_.card.mountPointExists = true;
+        calls_.board.card.mountPointExists = true;
     }
     char octal[8];
     std::snprintf(octal, sizeof octal, "%04o ", mode);
-    events_.Add("mkdir", path, octal + Outcome(error));
+    calls_.events.Add("mkdir", path, octal + Outcome(error));
     return error;
 }
 
