@@ -55,10 +55,10 @@ class Bench {
 
     void Count(const std::string& operation, const std::function<void()>& action,
                std::uint64_t atMost = kNoLimit) {
-        const Counts before = board_.Kernel().CallCounts();
+        const Counts before = board_.Kernel().calls.Made();
         action();
         Row row{operation, atMost, {}};
-        for (const auto& [name, count] : board_.Kernel().CallCounts()) {
+        for (const auto& [name, count] : board_.Kernel().calls.Made()) {
             const auto earlier = before.find(name);
             const std::uint64_t added = count - (earlier == before.end() ? 0 : earlier->second);
             if (added != 0 && EntersTheKernel(name)) {

@@ -7,45 +7,19 @@
 
 namespace sim {
 
-Board::Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTime)
-    : clock(startTime),
-      shaft(scenario.startOnFlag ? PumpShaft::kFlagFirstStep + 1 : 0, scenario.flagSeen),
-      cell(scenario.absorbances), noise_(seed), dark_(scenario.darkCount),
-      reference_(scenario.referenceCount), deviation_(scenario.noise) {
+Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime)
+    : present(setup.present), lines(setup.lines), pwm(setup.exportedChannels), card(setup.card),
+      clock(startTime), shaft(setup.pump), cell(setup.absorbances), analog(setup.analog, lines),
+      flagShown_(shaft.OnFlag(0)), noise_(seed), detector_(setup.detector) {
     lines.onOutputChange = [this] { OutputsChanged(); };
     pwm.onChange = [this] { OutputsChanged(); };
     converter.detector = [this](Nanoseconds) { return DetectorReading(); };
-    converter.AnswerWith({scenario.converterWords.begin(), scenario.converterWords.end()});
-
-    card.present = scenario.cardPresent && scenario.boardPresent;
-    analog.cableLength = scenario.cableLength;
-    analog.lampVoltage = scenario.lampVoltage;
-    analog.scale = scenario.adcScale;
-    for (const auto& [input, volts] : scenario.adcInputs) {
-        analog.direct.at(static_cast<std::size_t>(input)) = volts;
+    converter.AnswerWith(setup.converterWords);
+    card.present = card.present && present;
+    card.mounted = card.mounted && card.present;
+    for (const WorldEvent& event : setup.events) {
+        At(event.at, [this, event] { Happen(event); });
     }
-    card.partitioned = scenario.cardPartitioned;
-    card.fat = scenario.cardFat;
-    card.writeProtected = scenario.cardWriteProtected;
-    card.readOnly = scenario.cardReadOnly;
-    card.mountPointExists = scenario.mountPointExists;
-    card.freeBytes = scenario.cardFreeBytes;
-    if (scenario.cardMounted) {
-        card.MountAtStart();
-    }
-    for (const std::string& name : scenario.highInputs) {
-        lines.SetInput(Lines::Number(name).value_or(0), true);
-    }
-    for (const std::string& name : scenario.exportedLines) {
-        lines.At(Lines::Number(name).value_or(0)).exported = true;
-    }
-    for (const unsigned channel : scenario.exportedChannels) {
-        pwm.At(channel).exported = true;
-    }
-    for (const WorldEvent& event : scenario.events) {
-        At(event.at, [this, event] { Take(event); });
-    }
-    flagShown_ = shaft.OnFlag(0);
     lines.SetInput(kHomeSensorLine, !flagShown_);
 }
 
@@ -77,7 +51,7 @@ void Board::AdvanceTo(Nanoseconds moment) {
     now_ = std::max(now_, moment);
 }
 
-void Board::Take(const WorldEvent& event) {
+void Board::Happen(const WorldEvent& event) {
     const auto tell = [this](const char* what, const std::string& data) {
         if (onEvent) {
             onEvent(what, data);
@@ -89,7 +63,7 @@ void Board::Take(const WorldEvent& event) {
         tell("card", "removed");
         break;
     case WorldEvent::Kind::InsertCard:
-        card.Insert(now_);
+        card.Insert();
         tell("card", "inserted");
         break;
     case WorldEvent::Kind::JumpClock:
@@ -147,9 +121,10 @@ double Board::Lamp() const {
 
 std::int32_t Board::DetectorReading() {
     const double light = Lamp() * std::pow(10.0, -cell.Absorbance(now_, shaft.StepsTurned(now_)));
-    double counts = dark_ + (static_cast<double>(reference_) - dark_) * light;
-    if (deviation_ > 0.0) {
-        counts += deviation_ * noise_.Normal();
+    double counts =
+        detector_.dark + (static_cast<double>(detector_.reference) - detector_.dark) * light;
+    if (detector_.noise > 0.0) {
+        counts += detector_.noise * noise_.Normal();
     }
     const double most = Converter::kLargestReading;
     return static_cast<std::int32_t>(std::lround(std::clamp(counts, -most - 1, most)));

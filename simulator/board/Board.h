@@ -11,19 +11,50 @@
 #include "simulator/board/RegisterPage.h"
 #include "simulator/board/SampleCell.h"
 #include "simulator/board/WallClock.h"
-#include "simulator/scenario/Scenario.h"
 
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace sim {
+
+/// Something that happens to the board from outside at a moment of board time.
+struct WorldEvent {
+    enum class Kind { RemoveCard, InsertCard, JumpClock, SetInput };
+
+    Nanoseconds at = 0;
+    Kind kind = Kind::RemoveCard;
+    std::int64_t value = 0; ///< JumpClock: seconds; SetInput: level
+    unsigned line = 0;      ///< SetInput: kernel line number
+};
+
+/// What the detector reads, in counts.
+struct DetectorSetup {
+    std::int32_t dark = 20'000;         ///< without light
+    std::int32_t reference = 3'000'000; ///< with light through a clear sample
+    double noise = 0.0;                 ///< standard deviation of a reading
+};
+
+/// The board at the start, and what befalls it.
+struct BoardSetup {
+    bool present = true; ///< false: no line, channel, converter or card slot at all
+    std::vector<double> absorbances{0.25};
+    DetectorSetup detector;
+    std::vector<std::uint32_t> converterWords;
+    PumpSetup pump;
+    LinesSetup lines;
+    std::vector<unsigned> exportedChannels;
+    CardState card;
+    AnalogState analog;
+    std::vector<WorldEvent> events;
+};
 
 /// The instrument's board: lines and channels wired to pump, stirrer, valve, lamp, measuring cell
 /// and converter, the card slot and the clock. Knows board time, nothing of files or threads.
 class Board {
   public:
-    Board(const Scenario& scenario, std::uint64_t seed, std::int64_t startTime);
+    Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime);
     Board(const Board&) = delete;
     Board& operator=(const Board&) = delete;
     ~Board() = default;
@@ -47,6 +78,7 @@ class Board {
     /// Seconds and nanoseconds of the clock on the wall, as one number of nanoseconds since 1970.
     Nanoseconds WallTime() const { return clock.At(now_); }
 
+    const bool present;
     Lines lines;
     PwmChip pwm;
     Converter converter;
@@ -55,7 +87,7 @@ class Board {
     RegisterPage registers{lines};
     PumpShaft shaft;
     SampleCell cell;
-    AnalogFrontEnd analog{lines};
+    AnalogFrontEnd analog;
 
     /// True while driver chip and pulses of the stirrer are on.
     bool Stirring() const;
@@ -64,7 +96,7 @@ class Board {
     double Lamp() const;
 
   private:
-    void Take(const WorldEvent& event);
+    void Happen(const WorldEvent& event);
     void OutputsChanged();
     void FollowFlag();
     std::int32_t DetectorReading();
@@ -72,11 +104,9 @@ class Board {
     Nanoseconds now_ = 0;
     std::multimap<Nanoseconds, std::function<void()>> agenda_;
     bool homeHeld_ = false;
-    bool flagShown_ = false;
+    bool flagShown_;
     Noise noise_;
-    std::int32_t dark_;
-    std::int32_t reference_;
-    double deviation_;
+    DetectorSetup detector_;
 };
 
 } // namespace sim

@@ -7,9 +7,9 @@
 namespace sim {
 namespace {
 
-constexpr std::array<std::string_view, 10> kFolders{
-    "/sys/class/gpio",    "/sys/class/pwm", "/sys/bus/iio",   "/sys/block/mmcblk0", "/dev/mem",
-    "/dev/spidev32765.1", "/dev/mmcblk0",   "/dev/mmcblk0p1", "/mnt/sd-card",       "/etc/mtab",
+constexpr std::array kFolders{
+    kGpio,      kPwm,        kAnalog,        kCardBlock,  kMemoryDevice,
+    kSpiDevice, kCardDevice, kCardPartition, kMountPoint, kMountTable,
 };
 
 } // namespace

@@ -1,12 +1,10 @@
 #include "simulator/board/CardSlot.h"
 
+#include "simulator/board/BoardPaths.h"
+
 #include <cerrno>
 
 namespace sim {
-
-void CardSlot::Insert(Nanoseconds /*now*/) {
-    present = true;
-}
 
 void CardSlot::Remove(Nanoseconds now) {
     if (!present) {
@@ -14,7 +12,7 @@ void CardSlot::Remove(Nanoseconds now) {
     }
     present = false;
     removedAt_ = now;
-    stale_ = mounted_;
+    stale_ = mounted;
 }
 
 bool CardSlot::Listed(Nanoseconds now) const {
@@ -22,16 +20,16 @@ bool CardSlot::Listed(Nanoseconds now) const {
 }
 
 int CardSlot::Mount(std::string_view source, std::string_view target, std::string_view type) {
-    if (source != "/dev/mmcblk0p1" || !present || !partitioned) {
+    if (source != kCardPartition || !present || !partitioned) {
         return ENOENT;
     }
-    if (target != "/mnt/sd-card" || !mountPointExists) {
+    if (target != kMountPoint || !mountPointExists) {
         return ENOENT;
     }
     if (type != "vfat" || !vfatSupported) {
         return ENODEV;
     }
-    if (mounted_) {
+    if (mounted) {
         return EBUSY;
     }
     if (writeProtected) {
@@ -40,19 +38,19 @@ int CardSlot::Mount(std::string_view source, std::string_view target, std::strin
     if (!fat) {
         return EINVAL;
     }
-    mounted_ = true;
+    mounted = true;
     stale_ = false;
     return 0;
 }
 
 int CardSlot::Unmount(std::string_view target, bool filesOpen) {
-    if (target != "/mnt/sd-card" || !mounted_) {
+    if (target != kMountPoint || !mounted) {
         return EINVAL;
     }
     if (filesOpen) {
         return EBUSY;
     }
-    mounted_ = false;
+    mounted = false;
     stale_ = false;
     return 0;
 }

@@ -7,14 +7,10 @@
 
 namespace sim {
 
-/// The SD card slot: a card or none, and what the kernel makes of it. Results are 0 or an errno, as
-/// the kernel gives them with a card that was pulled, put back, filled or locked.
-class CardSlot {
-  public:
-    /// How long the kernel lists a card that has been pulled.
-    static constexpr Nanoseconds kRemovalNoticed = Milliseconds(700);
-
+/// The card and its slot, as a scenario sets them and as they stand from then on.
+struct CardState {
     bool present = true;         ///< a card is in the slot
+    bool mounted = false;        ///< at the mount point, even when it was pulled since
     bool partitioned = true;     ///< it has a first partition
     bool fat = true;             ///< with a FAT file system
     bool writeProtected = false; ///< the lock slider: the block device is read-only
@@ -22,20 +18,27 @@ class CardSlot {
     bool vfatSupported = true;   ///< the kernel has vfat
     bool mountPointExists = true;
     std::int64_t freeBytes = -1; ///< space left; negative: no limit
+};
 
-    void Insert(Nanoseconds now);
+/// The SD card slot: a card or none, and what the kernel makes of it. Results are 0 or an errno, as
+/// the kernel gives them with a card that was pulled, put back, filled or locked.
+class CardSlot : public CardState {
+  public:
+    /// How long the kernel lists a card that has been pulled.
+    static constexpr Nanoseconds kRemovalNoticed = Milliseconds(700);
+
+    explicit CardSlot(const CardState& start) : CardState(start) {}
+
+    void Insert() { present = true; }
     void Remove(Nanoseconds now);
 
     /// True while "/sys/block/mmcblk0" is there.
     bool Listed(Nanoseconds now) const;
-    bool Mounted() const { return mounted_; }
     /// Mounted, and the card of that mount was never pulled since.
-    bool Healthy() const { return mounted_ && present && !stale_; }
+    bool Healthy() const { return mounted && present && !stale_; }
 
     int Mount(std::string_view source, std::string_view target, std::string_view type);
     int Unmount(std::string_view target, bool filesOpen);
-    /// For a card that is mounted when the program starts.
-    void MountAtStart() { mounted_ = present; }
 
     /// 0 or the errno of creating a file on the mounted card.
     int CreateFile() const;
@@ -46,7 +49,6 @@ class CardSlot {
     int Write(std::int64_t bytes);
 
   private:
-    bool mounted_ = false;
     bool stale_ = false; ///< the card was pulled while it was mounted
     Nanoseconds removedAt_ = -kRemovalNoticed;
 };

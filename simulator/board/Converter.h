@@ -24,7 +24,9 @@ class Converter {
     std::function<std::int32_t(Nanoseconds now)> detector;
 
     /// Result words to answer with instead of measured ones, one per read, in order.
-    void AnswerWith(std::deque<std::uint32_t> words) { words_ = std::move(words); }
+    void AnswerWith(const std::vector<std::uint32_t>& words) {
+        words_ = {words.begin(), words.end()};
+    }
 
     void Receive(Nanoseconds now, std::span<const std::uint8_t> wire);
     void Send(Nanoseconds now, std::span<std::uint8_t> wire);

@@ -22,6 +22,15 @@ bool Watches(Edge edge, bool level) {
 
 } // namespace
 
+Lines::Lines(const LinesSetup& setup) {
+    for (const std::string& name : setup.high) {
+        SetInput(Number(name).value(), true);
+    }
+    for (const std::string& name : setup.exported) {
+        At(Number(name).value()).exported = true;
+    }
+}
+
 int Lines::ExportLine(std::string_view number) {
     const auto wanted = LineNumber(number);
     if (!wanted) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sim {
 
@@ -21,11 +22,19 @@ struct Line {
     unsigned exports = 0; ///< how often it was exported
 };
 
+/// What the lines are like at the start, by their names: "B18".
+struct LinesSetup {
+    std::vector<std::string> exported; ///< left behind by an earlier run
+    std::vector<std::string> high;     ///< inputs whose pin is pulled high
+};
+
 /// The controller's 128 lines: ports A to D of 32 lines, kernel number port * 32 + bit.
 /// Every operation returns 0 or the errno that the kernel's sysfs store gives.
 class Lines {
   public:
     static constexpr unsigned kCount = 128;
+
+    explicit Lines(const LinesSetup& setup);
 
     /// Called after the level at an output's pin may have changed.
     std::function<void()> onOutputChange;

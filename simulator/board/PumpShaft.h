@@ -4,6 +4,12 @@
 
 namespace sim {
 
+/// The pump as it stands at the start.
+struct PumpSetup {
+    bool flagSeen = true; ///< false: the sensor never sees the flag, wherever the shaft stands
+    bool onFlag = false;  ///< the flag stands in the sensor
+};
+
 /// The reagent pump's shaft: 1600 steps a turn, one step per pulse while the driver chip is
 /// enabled. A flag some 15 degrees wide interrupts the home sensor once a turn. Step counts are
 /// whole numbers, so that every edge falls on the same nanosecond in every run.
@@ -13,9 +19,9 @@ class PumpShaft {
     static constexpr std::int64_t kFlagFirstStep = 1200; ///< leading edge, from the shaft's zero
     static constexpr std::int64_t kFlagSteps = 67;       ///< 15 degrees
 
-    /// flagSeen false: the sensor never sees the flag, wherever the shaft stands.
-    explicit PumpShaft(std::int64_t startStep = 0, bool flagSeen = true)
-        : startStep_(startStep), position_(startStep), flagSeen_(flagSeen) {}
+    explicit PumpShaft(const PumpSetup& setup)
+        : startStep_(setup.onFlag ? kFlagFirstStep + 1 : 0), position_(startStep_),
+          flagSeen_(setup.flagSeen) {}
 
     /// The pulses' period from now on; 0 stops the shaft.
     void SetPulsePeriod(Nanoseconds now, Nanoseconds period);
@@ -24,7 +30,7 @@ class PumpShaft {
     bool Turning() const { return period_ != 0; }
     /// True while the flag stands in the sensor.
     bool OnFlag(Nanoseconds now) const;
-    /// When the sensor's view changes next if nothing else does; `never` for a standing shaft.
+    /// When the sensor's view changes next if nothing else does; kNever for a standing shaft.
     Nanoseconds NextFlagChange(Nanoseconds now) const;
 
   private:

@@ -23,6 +23,12 @@ int ParseUnsigned(std::string_view text, std::uint32_t& value) {
 
 } // namespace
 
+PwmChip::PwmChip(const std::vector<unsigned>& exported) {
+    for (const unsigned channel : exported) {
+        At(channel).exported = true;
+    }
+}
+
 int PwmChip::ExportChannel(std::string_view number) {
     std::uint32_t channel = 0;
     if (const int error = ParseUnsigned(number, channel); error != 0) {

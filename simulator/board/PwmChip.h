@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sim {
 
@@ -24,6 +25,9 @@ struct PwmOutput {
 class PwmChip {
   public:
     static constexpr unsigned kCount = 4;
+
+    /// exported: channels that an earlier run left behind.
+    explicit PwmChip(const std::vector<unsigned>& exported);
 
     /// Called after a channel's output may have changed.
     std::function<void()> onChange;

@@ -1,5 +1,6 @@
 #include "simulator/interpose/Bridge32.h"
 
+#include "simulator/board/BoardPaths.h"
 #include "simulator/run/Simulation.h"
 
 #include <ctime>
@@ -31,7 +32,7 @@ bool SleepFor(std::int64_t nanoseconds, std::int64_t& rest, int& result) {
 }
 
 bool Status(const char* path, bool followLinks, unsigned& mode, int& result) {
-    if (!Kernel::Owns(path) || Simulation::OfThisThread() == nullptr) {
+    if (!IsBoardPath(path) || Simulation::OfThisThread() == nullptr) {
         return false;
     }
     struct stat64 found {};

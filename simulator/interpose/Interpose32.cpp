@@ -14,7 +14,7 @@
 namespace {
 
 template <typename Function>
-Function next(const char* symbol) {
+Function Next(const char* symbol) {
     void* address = dlsym(RTLD_NEXT, symbol);
     if (address == nullptr) {
         std::abort();
@@ -22,14 +22,14 @@ Function next(const char* symbol) {
     return reinterpret_cast<Function>(address);
 }
 
-timespec asTimespec(std::int64_t nanoseconds) {
+timespec AsTimespec(std::int64_t nanoseconds) {
     timespec time{};
     time.tv_sec = nanoseconds / 1'000'000'000;
     time.tv_nsec = static_cast<long>(nanoseconds % 1'000'000'000);
     return time;
 }
 
-int fill(struct stat* result, unsigned mode, int outcome) {
+int Fill(struct stat* result, unsigned mode, int outcome) {
     if (outcome == 0) {
         *result = {};
         result->st_mode = mode;
@@ -46,10 +46,10 @@ int clock_gettime(clockid_t clock, timespec* time) noexcept {
     std::int64_t nanoseconds = 0;
     int result = 0;
     if (sim::bridge::WallOrBoardTime(clock, nanoseconds, result)) {
-        *time = asTimespec(nanoseconds);
+        *time = AsTimespec(nanoseconds);
         return result;
     }
-    return next<decltype(&clock_gettime)>("__clock_gettime64")(clock, time);
+    return Next<decltype(&clock_gettime)>("__clock_gettime64")(clock, time);
 }
 
 time_t time(time_t* result) noexcept {
@@ -66,29 +66,29 @@ int nanosleep(const timespec* span, timespec* rest) {
     int result = 0;
     if (sim::bridge::SleepFor(span->tv_sec * 1'000'000'000 + span->tv_nsec, left, result)) {
         if (result != 0 && rest != nullptr) {
-            *rest = asTimespec(left);
+            *rest = AsTimespec(left);
         }
         return result;
     }
-    return next<decltype(&nanosleep)>("__nanosleep64")(span, rest);
+    return Next<decltype(&nanosleep)>("__nanosleep64")(span, rest);
 }
 
 int stat(const char* path, struct stat* found) noexcept {
     unsigned mode = 0;
     int result = 0;
     if (sim::bridge::Status(path, true, mode, result)) {
-        return fill(found, mode, result);
+        return Fill(found, mode, result);
     }
-    return next<decltype(&stat)>("__stat64_time64")(path, found);
+    return Next<decltype(&stat)>("__stat64_time64")(path, found);
 }
 
 int lstat(const char* path, struct stat* found) noexcept {
     unsigned mode = 0;
     int result = 0;
     if (sim::bridge::Status(path, false, mode, result)) {
-        return fill(found, mode, result);
+        return Fill(found, mode, result);
     }
-    return next<decltype(&lstat)>("__lstat64_time64")(path, found);
+    return Next<decltype(&lstat)>("__lstat64_time64")(path, found);
 }
 
 int ioctl(int descriptor, unsigned long request, ...) noexcept {
@@ -100,7 +100,7 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
     if (sim::bridge::Control(descriptor, request, argument, result)) {
         return result;
     }
-    return next<decltype(&ioctl)>("__ioctl_time64")(descriptor, request, argument);
+    return Next<decltype(&ioctl)>("__ioctl_time64")(descriptor, request, argument);
 }
 
 } // extern "C"

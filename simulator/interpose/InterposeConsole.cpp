@@ -1,7 +1,7 @@
 // Reads along what the program shows on standard output; nothing in it is changed.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <unistd.h>
 

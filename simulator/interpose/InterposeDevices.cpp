@@ -1,7 +1,7 @@
 // Stands in for the C library's calls on devices and mounts.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,7 +15,6 @@
 
 using sim::AsResult;
 using sim::Gate;
-using sim::Kernel;
 
 namespace {
 
@@ -32,15 +31,15 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return static_cast<int>(AsResult(gate->kernel.Control(descriptor, request, argument)));
+    if (Gate gate(descriptor); gate) {
+        return AsResult(gate->kernel.Control(descriptor, request, argument));
     }
     return SIM_REAL(ioctl)(descriptor, request, argument);
 }
 
 void* mmap64(void* hint, size_t length, int protection, int flags, int descriptor,
              off64_t offset) noexcept {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+    if (Gate gate(descriptor); gate) {
         void* address = nullptr;
         const bool shared = (flags & MAP_SHARED) != 0;
         const long result = gate->kernel.Map(descriptor, length, shared, offset, &address);
@@ -55,8 +54,8 @@ void* mmap(void* hint, size_t length, int protection, int flags, int descriptor,
 }
 
 int munmap(void* address, size_t length) noexcept {
-    if (Gate gate; gate && gate->kernel.OwnsMapping(address)) {
-        return static_cast<int>(AsResult(gate->kernel.Unmap(address)));
+    if (Gate gate; gate && gate->kernel.mappings.Owns(address)) {
+        return AsResult(gate->kernel.mappings.Unmap(address));
     }
     return SIM_REAL(munmap)(address, length);
 }
@@ -65,7 +64,7 @@ int poll(pollfd* descriptors, nfds_t count, int timeout) {
     if (Gate gate; gate && std::any_of(descriptors, descriptors + count, [&](const pollfd& one) {
                        return gate->kernel.Owns(one.fd);
                    })) {
-        return static_cast<int>(AsResult(gate->kernel.Poll(descriptors, count, timeout)));
+        return AsResult(gate->kernel.Poll(descriptors, count, timeout));
     }
     if (Gate gate; gate && count == 0) {
         gate->events.Add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
@@ -84,24 +83,22 @@ int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) 
 int mount(const char* source, const char* target, const char* type, unsigned long flags,
           const void* data) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(AsResult(
-            gate->kernel.Mount(OrEmpty(source), OrEmpty(target), OrEmpty(type), flags, data)));
+        return AsResult(gate->kernel.mounts.Mount(OrEmpty(source), OrEmpty(target), OrEmpty(type),
+                                                  flags, data));
     }
     return SIM_REAL(mount)(source, target, type, flags, data);
 }
 
 int umount(const char* target) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(AsResult(gate->kernel.Unmount(target)));
+        return AsResult(gate->kernel.mounts.Unmount(target));
     }
     return SIM_REAL(umount)(target);
 }
 
 FILE* setmntent(const char* path, const char* mode) {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return gate->kernel.OpenMountTable(path);
-        }
+    if (Gate gate(path); gate) {
+        return gate->kernel.mounts.Open(path);
     }
     return SIM_REAL(setmntent)(path, mode);
 }
@@ -109,7 +106,7 @@ FILE* setmntent(const char* path, const char* mode) {
 // A field "(missing)" of the simulated table stands for one that the C library gives no text for.
 mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept {
     mntent* found = SIM_REAL(getmntent_r)(table, entry, buffer, size);
-    if (Gate gate; gate && found != nullptr && gate->kernel.OwnsMountTable(table)) {
+    if (Gate gate; gate && found != nullptr && gate->kernel.mounts.Owns(table)) {
         for (char** field : {&found->mnt_fsname, &found->mnt_dir}) {
             if (std::string_view(*field) == "(missing)") {
                 *field = nullptr;
@@ -121,7 +118,7 @@ mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept
 
 int statfs64(const char* path, struct statfs64* result) noexcept {
     if (Gate gate; gate) {
-        return static_cast<int>(AsResult(gate->kernel.FileSystemStatus(path, result)));
+        return AsResult(gate->kernel.mounts.FileSystemStatus(path, result));
     }
     return SIM_REAL(statfs64)(path, result);
 }
@@ -134,7 +131,7 @@ int statfs(const char* path, struct statfs* result) noexcept {
 
 int endmntent(FILE* table) {
     if (Gate gate; gate) {
-        gate->kernel.CloseMountTable(table);
+        gate->kernel.mounts.Close(table);
     }
     return SIM_REAL(endmntent)(table);
 }

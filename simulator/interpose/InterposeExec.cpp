@@ -1,28 +1,20 @@
-// A program that puts another in its own place would take that one off the simulated board and onto
-// this machine: it stops the run. A process that the program forked off may become what it likes.
+// Putting another program in the own one's place.
 
+#include "simulator/interpose/Refuse.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
+#include <bit>
 #include <cstdarg>
-#include <string>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-using sim::Gate;
-
-void refuse(const char* call, const char* program) {
-    if (Gate gate; gate) {
-        gate->kernel.unmodelled(std::string(call) + " of " + program +
-                                ", which would not run on the board; name the program itself");
-    }
-}
+using sim::Becoming;
 
 /// The arguments of a call that lists them one by one, up to and with the null at the end.
-std::vector<char*> listed(const char* first, va_list arguments) {
-    std::vector<char*> list{const_cast<char*>(first)};
+std::vector<char*> Listed(const char* first, va_list arguments) {
+    std::vector<char*> list{std::bit_cast<char*>(first)};
     while (list.back() != nullptr) {
         list.push_back(va_arg(arguments, char*));
     }
@@ -33,49 +25,40 @@ std::vector<char*> listed(const char* first, va_list arguments) {
 
 extern "C" {
 
-int execve(const char* path, char* const arguments[], char* const environment[]) noexcept {
-    refuse("execve", path);
-    return SIM_REAL(execve)(path, arguments, environment);
-}
-
-int execv(const char* path, char* const arguments[]) noexcept {
-    refuse("execv", path);
-    return SIM_REAL(execv)(path, arguments);
-}
-
-int execvp(const char* name, char* const arguments[]) noexcept {
-    refuse("execvp", name);
-    return SIM_REAL(execvp)(name, arguments);
-}
-
-int execvpe(const char* name, char* const arguments[], char* const environment[]) noexcept {
-    refuse("execvpe", name);
-    return SIM_REAL(execvpe)(name, arguments, environment);
-}
+SIM_REFUSE(int, execve, "execve",
+           (const char* path, char* const arguments[], char* const environment[]), Becoming{path},
+           path, arguments, environment)
+SIM_REFUSE(int, execv, "execv", (const char* path, char* const arguments[]), Becoming{path}, path,
+           arguments)
+SIM_REFUSE(int, execvp, "execvp", (const char* name, char* const arguments[]), Becoming{name}, name,
+           arguments)
+SIM_REFUSE(int, execvpe, "execvpe",
+           (const char* name, char* const arguments[], char* const environment[]), Becoming{name},
+           name, arguments, environment)
 
 int execl(const char* path, const char* first, ...) noexcept {
-    refuse("execl", path);
+    sim::Refuse("execl", Becoming{path});
     va_list arguments;
     va_start(arguments, first);
-    const std::vector<char*> list = listed(first, arguments);
+    const std::vector<char*> list = Listed(first, arguments);
     va_end(arguments);
     return SIM_REAL(execv)(path, list.data());
 }
 
 int execlp(const char* name, const char* first, ...) noexcept {
-    refuse("execlp", name);
+    sim::Refuse("execlp", Becoming{name});
     va_list arguments;
     va_start(arguments, first);
-    const std::vector<char*> list = listed(first, arguments);
+    const std::vector<char*> list = Listed(first, arguments);
     va_end(arguments);
     return SIM_REAL(execvp)(name, list.data());
 }
 
 int execle(const char* path, const char* first, ...) noexcept {
-    refuse("execle", path);
+    sim::Refuse("execle", Becoming{path});
     va_list arguments;
     va_start(arguments, first);
-    const std::vector<char*> list = listed(first, arguments);
+    const std::vector<char*> list = Listed(first, arguments);
     char* const* environment = va_arg(arguments, char* const*);
     va_end(arguments);
     return SIM_REAL(execve)(path, list.data(), environment);

@@ -1,8 +1,8 @@
 // Stands in for the C library's calls on files: those on board paths and descriptors are answered
 // by the simulated kernel, all others go through.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -14,26 +14,21 @@ namespace {
 
 using sim::AsResult;
 using sim::Gate;
-using sim::Kernel;
 
 mode_t ModeArgument(int flags, va_list arguments) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 int OpenPath(const char* path, int flags, mode_t mode) {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return static_cast<int>(AsResult(gate->kernel.Open(path, flags, mode)));
-        }
+    if (Gate gate(path); gate) {
+        return AsResult(gate->kernel.Open(path, flags, mode));
     }
     return sim::real::open(path, flags, mode);
 }
 
 FILE* OpenStream(const char* path, const char* mode) {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return gate->kernel.OpenStream(path, mode);
-        }
+    if (Gate gate(path); gate) {
+        return gate->kernel.OpenStream(path, mode);
     }
     return sim::real::fopen(path, mode);
 }
@@ -73,8 +68,8 @@ FILE* fopen64(const char* path, const char* mode) {
 }
 
 int close(int descriptor) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return static_cast<int>(AsResult(gate->kernel.Close(descriptor)));
+    if (Gate gate(descriptor); gate) {
+        return AsResult(gate->kernel.Close(descriptor));
     }
     return sim::real::close(descriptor);
 }
@@ -83,14 +78,14 @@ int fclose(FILE* stream) {
     if (Gate gate; gate) {
         const long error = gate->kernel.CloseStream(stream);
         const int result = SIM_REAL(fclose)(stream);
-        return error != 0 ? static_cast<int>(AsResult(error)) : result;
+        return error != 0 ? AsResult(error) : result;
     }
     return SIM_REAL(fclose)(stream);
 }
 
 ssize_t read(int descriptor, void* buffer, size_t size) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return AsResult(gate->kernel.Read(descriptor, buffer, size));
+    if (Gate gate(descriptor); gate) {
+        return AsResult<ssize_t>(gate->kernel.Read(descriptor, buffer, size));
     }
     return sim::real::read(descriptor, buffer, size);
 }
@@ -100,26 +95,26 @@ ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t /*bufferSiz
 }
 
 ssize_t write(int descriptor, const void* data, size_t size) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return AsResult(gate->kernel.Write(descriptor, data, size));
+    if (Gate gate(descriptor); gate) {
+        return AsResult<ssize_t>(gate->kernel.Write(descriptor, data, size));
     }
     return sim::real::write(descriptor, data, size);
 }
 
 ssize_t writev(int descriptor, const iovec* pieces, int count) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
+    if (Gate gate(descriptor); gate) {
         std::string whole;
         for (int i = 0; i < count; ++i) {
             whole.append(static_cast<const char*>(pieces[i].iov_base), pieces[i].iov_len);
         }
-        return AsResult(gate->kernel.Write(descriptor, whole.data(), whole.size()));
+        return AsResult<ssize_t>(gate->kernel.Write(descriptor, whole.data(), whole.size()));
     }
     return SIM_REAL(writev)(descriptor, pieces, count);
 }
 
 off64_t lseek64(int descriptor, off64_t offset, int whence) noexcept {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return AsResult(gate->kernel.Seek(descriptor, offset, whence));
+    if (Gate gate(descriptor); gate) {
+        return AsResult<off64_t>(gate->kernel.Seek(descriptor, offset, whence));
     }
     return SIM_REAL(lseek64)(descriptor, offset, whence);
 }
@@ -129,35 +124,29 @@ off_t lseek(int descriptor, off_t offset, int whence) noexcept {
 }
 
 int access(const char* path, int wanted) noexcept {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return static_cast<int>(AsResult(gate->kernel.Access(path, wanted)));
-        }
+    if (Gate gate(path); gate) {
+        return AsResult(gate->kernel.paths.Access(path));
     }
     return SIM_REAL(access)(path, wanted);
 }
 
 int stat64(const char* path, struct stat64* result) noexcept {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return static_cast<int>(AsResult(gate->kernel.Status(path, true, result)));
-        }
+    if (Gate gate(path); gate) {
+        return AsResult(gate->kernel.paths.Status(path, true, result));
     }
     return sim::real::stat(path, result);
 }
 
 int lstat64(const char* path, struct stat64* result) noexcept {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return static_cast<int>(AsResult(gate->kernel.Status(path, false, result)));
-        }
+    if (Gate gate(path); gate) {
+        return AsResult(gate->kernel.paths.Status(path, false, result));
     }
-    return sim::real::lstat(path, result);
+    return SIM_REAL(lstat64)(path, result);
 }
 
 int fstat64(int descriptor, struct stat64* result) noexcept {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        return static_cast<int>(AsResult(gate->kernel.DescriptorStatus(descriptor, result)));
+    if (Gate gate(descriptor); gate) {
+        return AsResult(gate->kernel.DescriptorStatus(descriptor, result));
     }
     return SIM_REAL(fstat64)(descriptor, result);
 }
@@ -175,10 +164,8 @@ int fstat(int descriptor, struct stat* result) noexcept {
 #endif
 
 int mkdir(const char* path, mode_t mode) noexcept {
-    if (Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            return static_cast<int>(AsResult(gate->kernel.MakeDirectory(path, mode)));
-        }
+    if (Gate gate(path); gate) {
+        return AsResult(gate->kernel.paths.MakeDirectory(path, mode));
     }
     return sim::real::mkdir(path, mode);
 }

@@ -2,8 +2,8 @@
 // machine, in real time, without a simulated board; only the shell's `mount` shows the board's
 // mount table.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cerrno>
 #include <csignal>
@@ -92,11 +92,13 @@ int system(const char* command) {
         HeadStart::Over();
         return SIM_REAL(system)(command);
     }
-    if (const long error = gate->kernel.Enter("system", ""); error != 0) {
-        return static_cast<int>(AsResult(error));
+    if (const long error = gate->kernel.calls.Admit("system", ""); error != 0) {
+        return AsResult(error);
     }
     gate->events.Flush();
-    const BoardTools tools(gate->kernel.WriteTools());
+    const std::string folder = gate->kernel.paths.ToolFolder();
+    gate->kernel.mounts.WriteTools(folder);
+    const BoardTools tools(folder);
     const int status = SIM_REAL(system)(command);
     gate->events.Add("system", "-", sim::EventLog::Quoted(command) + " " + std::to_string(status));
     return status;
@@ -107,8 +109,8 @@ pid_t fork() noexcept {
     if (!gate) {
         return SIM_REAL(fork)();
     }
-    if (const long error = gate->kernel.Enter("fork", ""); error != 0) {
-        return static_cast<pid_t>(AsResult(error));
+    if (const long error = gate->kernel.calls.Admit("fork", ""); error != 0) {
+        return AsResult(error);
     }
     gate->events.Flush();
     HeadStart headStart;
@@ -127,8 +129,8 @@ pid_t fork() noexcept {
 
 int kill(pid_t process, int signal) noexcept {
     if (Gate gate; gate) {
-        if (const long error = gate->kernel.Enter("kill", ""); error != 0) {
-            return static_cast<int>(AsResult(error));
+        if (const long error = gate->kernel.calls.Admit("kill", ""); error != 0) {
+            return AsResult(error);
         }
         gate->events.Add("kill", "-", "signal " + std::to_string(signal));
     }

@@ -1,14 +1,13 @@
 // Calls on files that the simulated kernel does not model: on a board path or descriptor they stop
 // the run, elsewhere they go through.
 
+#include "simulator/interpose/Refuse.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cstdarg>
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <string>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -18,35 +17,11 @@
 
 namespace {
 
-using sim::Gate;
-using sim::Kernel;
-
-void refuse(const char* call, const char* path) {
-    if (path != nullptr && Kernel::Owns(path)) {
-        if (Gate gate; gate) {
-            gate->kernel.unmodelled(std::string(call) + " of " + path);
-        }
-    }
-}
-
-void refuse(const char* call, int descriptor) {
-    if (Gate gate; gate && gate->kernel.Owns(descriptor)) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(descriptor));
-    }
-}
-
 mode_t ModeArgument(int flags, va_list arguments) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 } // namespace
-
-// Stands in for a call whose first argument is a path or a descriptor.
-#define SIM_REFUSE(result, function, shown, parameters, first, ...)                                \
-    result function parameters noexcept(noexcept(::function(__VA_ARGS__))) {                       \
-        refuse(shown, first);                                                                      \
-        return SIM_REAL(function)(__VA_ARGS__);                                                    \
-    }
 
 extern "C" {
 
@@ -116,20 +91,20 @@ SIM_REFUSE(ssize_t, readv, "readv", (int descriptor, const iovec* pieces, int co
            descriptor, pieces, count)
 
 int rename(const char* from, const char* to) noexcept {
-    refuse("rename", from);
-    refuse("rename", to);
+    sim::Refuse("rename", from);
+    sim::Refuse("rename", to);
     return SIM_REAL(rename)(from, to);
 }
 
 int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* mask) {
     for (nfds_t i = 0; i < count; ++i) {
-        refuse("ppoll", descriptors[i].fd);
+        sim::Refuse("ppoll", descriptors[i].fd);
     }
     return SIM_REAL(ppoll)(descriptors, count, timeout, mask);
 }
 
 int openat(int folder, const char* path, int flags, ...) {
-    refuse("openat", path);
+    sim::Refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeArgument(flags, arguments);
@@ -138,7 +113,7 @@ int openat(int folder, const char* path, int flags, ...) {
 }
 
 int openat64(int folder, const char* path, int flags, ...) {
-    refuse("openat", path);
+    sim::Refuse("openat", path);
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeArgument(flags, arguments);
@@ -147,7 +122,7 @@ int openat64(int folder, const char* path, int flags, ...) {
 }
 
 int fcntl(int descriptor, int command, ...) {
-    refuse("fcntl", descriptor);
+    sim::Refuse("fcntl", descriptor);
     va_list arguments;
     va_start(arguments, command);
     void* argument = va_arg(arguments, void*);
@@ -156,7 +131,7 @@ int fcntl(int descriptor, int command, ...) {
 }
 
 int fcntl64(int descriptor, int command, ...) {
-    refuse("fcntl", descriptor);
+    sim::Refuse("fcntl", descriptor);
     va_list arguments;
     va_start(arguments, command);
     void* argument = va_arg(arguments, void*);

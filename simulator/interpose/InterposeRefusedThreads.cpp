@@ -1,85 +1,39 @@
-// What the scheduler does not know how to wait for, and threads that nobody joins: in a simulated
-// program such a call stops the run.
+// Threads and waits that the scheduler does not know: in a simulated program such a call stops the
+// run.
 
+#include "simulator/interpose/Refuse.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <pthread.h>
 #include <semaphore.h>
-#include <string>
 
-namespace {
-
-using sim::Gate;
-
-void refuse(const char* call) {
-    if (Gate gate; gate) {
-        gate->kernel.unmodelled(std::string(call) +
-                                ", because the board schedules threads that are joined, and waits "
-                                "on mutexes and joins only");
-    }
-}
-
-} // namespace
+constexpr sim::NotScheduled kWait;
 
 extern "C" {
 
-int pthread_detach(pthread_t thread) noexcept {
-    refuse("pthread_detach");
-    return SIM_REAL(pthread_detach)(thread);
-}
-
-int pthread_cancel(pthread_t thread) {
-    refuse("pthread_cancel");
-    return SIM_REAL(pthread_cancel)(thread);
-}
-
-int pthread_timedjoin_np(pthread_t thread, void** result, const timespec* deadline) {
-    refuse("pthread_timedjoin_np");
-    return SIM_REAL(pthread_timedjoin_np)(thread, result, deadline);
-}
-
-int pthread_mutex_timedlock(pthread_mutex_t* mutex, const timespec* deadline) noexcept {
-    refuse("pthread_mutex_timedlock");
-    return SIM_REAL(pthread_mutex_timedlock)(mutex, deadline);
-}
-
-int pthread_mutex_clocklock(pthread_mutex_t* mutex, clockid_t clock,
-                            const timespec* deadline) noexcept {
-    refuse("pthread_mutex_clocklock");
-    return SIM_REAL(pthread_mutex_clocklock)(mutex, clock, deadline);
-}
-
-int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    refuse("pthread_cond_wait");
-    return SIM_REAL(pthread_cond_wait)(condition, mutex);
-}
-
-int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
-                           const timespec* deadline) {
-    refuse("pthread_cond_timedwait");
-    return SIM_REAL(pthread_cond_timedwait)(condition, mutex, deadline);
-}
-
-int pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock,
-                           const timespec* deadline) {
-    refuse("pthread_cond_clockwait");
-    return SIM_REAL(pthread_cond_clockwait)(condition, mutex, clock, deadline);
-}
-
-int pthread_barrier_wait(pthread_barrier_t* barrier) noexcept {
-    refuse("pthread_barrier_wait");
-    return SIM_REAL(pthread_barrier_wait)(barrier);
-}
-
-int sem_wait(sem_t* semaphore) {
-    refuse("sem_wait");
-    return SIM_REAL(sem_wait)(semaphore);
-}
-
-int sem_timedwait(sem_t* semaphore, const timespec* deadline) {
-    refuse("sem_timedwait");
-    return SIM_REAL(sem_timedwait)(semaphore, deadline);
-}
+SIM_REFUSE(int, pthread_detach, "pthread_detach", (pthread_t thread), kWait, thread)
+SIM_REFUSE(int, pthread_cancel, "pthread_cancel", (pthread_t thread), kWait, thread)
+SIM_REFUSE(int, pthread_timedjoin_np, "pthread_timedjoin_np",
+           (pthread_t thread, void** result, const timespec* deadline), kWait, thread, result,
+           deadline)
+SIM_REFUSE(int, pthread_mutex_timedlock, "pthread_mutex_timedlock",
+           (pthread_mutex_t * mutex, const timespec* deadline), kWait, mutex, deadline)
+SIM_REFUSE(int, pthread_mutex_clocklock, "pthread_mutex_clocklock",
+           (pthread_mutex_t * mutex, clockid_t clock, const timespec* deadline), kWait, mutex,
+           clock, deadline)
+SIM_REFUSE(int, pthread_cond_wait, "pthread_cond_wait",
+           (pthread_cond_t * condition, pthread_mutex_t* mutex), kWait, condition, mutex)
+SIM_REFUSE(int, pthread_cond_timedwait, "pthread_cond_timedwait",
+           (pthread_cond_t * condition, pthread_mutex_t* mutex, const timespec* deadline), kWait,
+           condition, mutex, deadline)
+SIM_REFUSE(int, pthread_cond_clockwait, "pthread_cond_clockwait",
+           (pthread_cond_t * condition, pthread_mutex_t* mutex, clockid_t clock,
+            const timespec* deadline),
+           kWait, condition, mutex, clock, deadline)
+SIM_REFUSE(int, pthread_barrier_wait, "pthread_barrier_wait", (pthread_barrier_t * barrier), kWait,
+           barrier)
+SIM_REFUSE(int, sem_wait, "sem_wait", (sem_t * semaphore), kWait, semaphore)
+SIM_REFUSE(int, sem_timedwait, "sem_timedwait", (sem_t * semaphore, const timespec* deadline),
+           kWait, semaphore, deadline)
 
 } // extern "C"

@@ -1,56 +1,30 @@
-// The C library's own input and output on a stream would pass by the simulated kernel, because it
-// reads and writes inside the library: on a stream of a board file it stops the run.
+// The C library's own input and output on a stream: on one of a board file it stops the run.
 
+#include "simulator/interpose/Refuse.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
 
 #include <cstdarg>
 #include <cstdio>
-#include <string>
 
-namespace {
-
-using sim::Gate;
-
-void RefuseStream(const char* call, FILE* stream) {
-    if (Gate gate; gate && gate->kernel.Owns(fileno(stream))) {
-        gate->kernel.unmodelled(std::string(call) + " of " + gate->kernel.PathOf(fileno(stream)));
-    }
-}
-
-} // namespace
+#undef getc
 
 extern "C" {
 
-size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {
-    RefuseStream("fread", stream);
-    return SIM_REAL(fread)(buffer, size, count, stream);
-}
-
-char* fgets(char* buffer, int size, FILE* stream) {
-    RefuseStream("fgets", stream);
-    return SIM_REAL(fgets)(buffer, size, stream);
-}
-
-int fgetc(FILE* stream) {
-    RefuseStream("fgetc", stream);
-    return SIM_REAL(fgetc)(stream);
-}
-
-#undef getc
-int getc(FILE* stream) {
-    RefuseStream("getc", stream);
-    return SIM_REAL(fgetc)(stream);
-}
+SIM_REFUSE(size_t, fread, "fread", (void* buffer, size_t size, size_t count, FILE* stream), stream,
+           buffer, size, count, stream)
+SIM_REFUSE(char*, fgets, "fgets", (char* buffer, int size, FILE* stream), stream, buffer, size,
+           stream)
+SIM_REFUSE(int, fgetc, "fgetc", (FILE * stream), stream, stream)
+SIM_REFUSE(int, getc, "getc", (FILE * stream), stream, stream)
+SIM_REFUSE(int, vfscanf, "fscanf", (FILE * stream, const char* format, va_list arguments), stream,
+           stream, format, arguments)
+SIM_REFUSE(int, fputs, "fputs", (const char* text, FILE* stream), stream, text, stream)
+SIM_REFUSE(int, vfprintf, "fprintf", (FILE * stream, const char* format, va_list arguments), stream,
+           stream, format, arguments)
 
 ssize_t getline(char** line, size_t* size, FILE* stream) {
-    RefuseStream("getline", stream);
+    sim::Refuse("getline", stream);
     return SIM_REAL(getline)(line, size, stream);
-}
-
-int vfscanf(FILE* stream, const char* format, va_list arguments) {
-    RefuseStream("fscanf", stream);
-    return SIM_REAL(vfscanf)(stream, format, arguments);
 }
 
 int __isoc99_fscanf(FILE* stream, const char* format, ...) {
@@ -59,16 +33,6 @@ int __isoc99_fscanf(FILE* stream, const char* format, ...) {
     const int result = vfscanf(stream, format, arguments);
     va_end(arguments);
     return result;
-}
-
-int fputs(const char* text, FILE* stream) {
-    RefuseStream("fputs", stream);
-    return SIM_REAL(fputs)(text, stream);
-}
-
-int vfprintf(FILE* stream, const char* format, va_list arguments) {
-    RefuseStream("fprintf", stream);
-    return SIM_REAL(vfprintf)(stream, format, arguments);
 }
 
 int fprintf(FILE* stream, const char* format, ...) {

@@ -1,9 +1,8 @@
 // Stands in for the C library's threads and mutexes: one thread runs at a time, in the scheduler's
 // order.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
-#include "simulator/time/ThreadSelf.h"
 
 #include <cerrno>
 #include <map>
@@ -25,7 +24,7 @@ struct Beginning {
     void* argument;
 };
 
-std::map<pthread_t, Scheduler::Thread*>& threads() {
+std::map<pthread_t, Scheduler::Thread*>& Threads() {
     static std::map<pthread_t, Scheduler::Thread*> known;
     return known;
 }
@@ -48,7 +47,7 @@ pthread_key_t EndKey() {
     return key;
 }
 
-void* trampoline(void* data) {
+void* Trampoline(void* data) {
     const std::unique_ptr<Beginning> beginning(static_cast<Beginning*>(data));
     const Beginning begin = *beginning;
     begin.simulation->scheduler.Begin(*begin.thread);
@@ -58,14 +57,14 @@ void* trampoline(void* data) {
 }
 
 /// Who locked each mutex that is held, to name them in a deadlock.
-std::map<const pthread_mutex_t*, unsigned>& lockers() {
+std::map<const pthread_mutex_t*, unsigned>& Lockers() {
     static std::map<const pthread_mutex_t*, unsigned> known;
     return known;
 }
 
 std::string HeldMutex(const pthread_mutex_t* mutex) {
-    const auto locker = lockers().find(mutex);
-    return locker == lockers().end()
+    const auto locker = Lockers().find(mutex);
+    return locker == Lockers().end()
                ? std::string("a mutex that is held")
                : "a mutex that thread " + std::to_string(locker->second) + " locked";
 }
@@ -75,7 +74,7 @@ int LockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
     for (;;) {
         const int result = SIM_REAL(pthread_mutex_trylock)(mutex);
         if (result != EBUSY) {
-            lockers()[mutex] = gate.Self().number;
+            Lockers()[mutex] = gate.Self().number;
             return result;
         }
         gate->scheduler.WaitFor(gate.Self(), mutex, HeldMutex(mutex));
@@ -99,33 +98,33 @@ int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*
         return SIM_REAL(pthread_create)(result, attributes, body, argument);
     }
     if (IsDetached(attributes)) {
-        gate->kernel.unmodelled("pthread_create of a thread that nobody joins");
+        gate->kernel.calls.Unmodelled("pthread_create of a thread that nobody joins");
     }
-    if (const long error = gate->kernel.Enter("pthread_create", ""); error != 0) {
+    if (const long error = gate->kernel.calls.Admit("pthread_create", ""); error != 0) {
         return static_cast<int>(-error);
     }
     EndKey();
     Scheduler::Thread& thread = gate->scheduler.Create();
     auto beginning =
         std::make_unique<Beginning>(Beginning{Simulation::OfThisThread(), &thread, body, argument});
-    const int error = SIM_REAL(pthread_create)(result, attributes, trampoline, beginning.get());
+    const int error = SIM_REAL(pthread_create)(result, attributes, Trampoline, beginning.get());
     if (error != 0) {
         gate->scheduler.Forget(thread);
         return error;
     }
     static_cast<void>(beginning.release()); // the new thread's now
-    threads()[*result] = &thread;
+    Threads()[*result] = &thread;
     gate->events.Add("thread-start", "-", std::to_string(thread.number));
     return 0;
 }
 
 int pthread_join(pthread_t joined, void** result) {
     Gate gate;
-    const auto found = gate ? threads().find(joined) : threads().end();
-    if (!gate || found == threads().end()) {
+    const auto found = gate ? Threads().find(joined) : Threads().end();
+    if (!gate || found == Threads().end()) {
         return SIM_REAL(pthread_join)(joined, result);
     }
-    if (const long error = gate->kernel.Enter("pthread_join", ""); error != 0) {
+    if (const long error = gate->kernel.calls.Admit("pthread_join", ""); error != 0) {
         return static_cast<int>(-error);
     }
     Scheduler::Thread* thread = found->second;
@@ -138,24 +137,24 @@ int pthread_join(pthread_t joined, void** result) {
     }
     const int error = SIM_REAL(pthread_join)(joined, result);
     gate->events.Add("join", "-", std::to_string(thread->number));
-    threads().erase(found);
+    Threads().erase(found);
     gate->scheduler.Forget(*thread);
     return error;
 }
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
     if (Gate gate; gate) {
-        if (const long error = gate->kernel.Enter("pthread_mutex_init", ""); error != 0) {
+        if (const long error = gate->kernel.calls.Admit("pthread_mutex_init", ""); error != 0) {
             return static_cast<int>(-error);
         }
-        lockers().erase(mutex);
+        Lockers().erase(mutex);
     }
     return SIM_REAL(pthread_mutex_init)(mutex, attributes);
 }
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
-        const long error = gate->kernel.Enter("pthread_mutex_lock", "");
+        const long error = gate->kernel.calls.Admit("pthread_mutex_lock", "");
         return error != 0 ? static_cast<int>(-error) : LockOnBoard(gate, mutex);
     }
     return SIM_REAL(pthread_mutex_lock)(mutex);
@@ -163,9 +162,9 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
-        const long error = gate->kernel.Enter("pthread_mutex_unlock", "");
+        const long error = gate->kernel.calls.Admit("pthread_mutex_unlock", "");
         const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
-        lockers().erase(mutex);
+        Lockers().erase(mutex);
         gate->scheduler.Wake(mutex);
         return error != 0 ? static_cast<int>(-error) : result;
     }

@@ -1,8 +1,7 @@
 // Stands in for the C library's clocks and sleeps: they run on board time.
 
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
-#include "simulator/run/Simulation.h"
-#include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>
 #include <ctime>
@@ -31,7 +30,7 @@ bool IsSpan(const timespec& span) {
 
 /// Sleeps on the board; a fault cuts the sleep in half and tells the rest, as a signal does.
 int SleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
-    const long error = gate->kernel.Enter("nanosleep", "");
+    const long error = gate->kernel.calls.Admit("nanosleep", "");
     const Nanoseconds slept = error != 0 ? span / 2 : span;
     gate->events.Add("sleep", "-", std::to_string(slept / 1'000) + " us");
     gate->timeline.SleepUntil(gate->timeline.Now() + slept, "the end of its sleep");
@@ -48,11 +47,8 @@ extern "C" {
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
     if (clock != CLOCK_PROCESS_CPUTIME_ID && clock != CLOCK_THREAD_CPUTIME_ID) {
         if (Gate gate; gate) {
-            if (const int error =
-                    gate->faults.Meet("clock_gettime", "").value_or(sim::Faults::Hit{}).error;
-                error != 0) {
-                gate->events.Add("clock_gettime", "-", sim::ErrnoName(error));
-                return static_cast<int>(AsResult(-error));
+            if (const long error = gate->kernel.calls.Strike("clock_gettime", ""); error != 0) {
+                return AsResult(error);
             }
             gate->timeline.LooksAtClock();
             *time = AsTimespec(clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE
@@ -97,10 +93,9 @@ clock_t clock() noexcept {
 int nanosleep(const timespec* span, timespec* rest) {
     if (Gate gate; gate) {
         if (!IsSpan(*span)) {
-            return static_cast<int>(AsResult(-EINVAL));
+            return AsResult(-EINVAL);
         }
-        const int error = SleepOnBoard(gate, AsNanoseconds(*span), rest);
-        return static_cast<int>(AsResult(-error));
+        return AsResult(-SleepOnBoard(gate, AsNanoseconds(*span), rest));
     }
     return SIM_REAL(nanosleep)(span, rest);
 }
@@ -121,7 +116,7 @@ int clock_nanosleep(clockid_t clock, int flags, const timespec* span, timespec* 
 
 int usleep(useconds_t span) {
     if (Gate gate; gate) {
-        return static_cast<int>(AsResult(-SleepOnBoard(gate, sim::Microseconds(span), nullptr)));
+        return AsResult(-SleepOnBoard(gate, sim::Microseconds(span), nullptr));
     }
     return SIM_REAL(usleep)(span);
 }

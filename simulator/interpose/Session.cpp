@@ -13,7 +13,6 @@
 #include <dlfcn.h>
 #include <malloc.h>
 #include <memory>
-#include <optional>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -46,12 +45,11 @@ class Session {
   public:
     Session(const RunOptions& options, RunReport& report)
         : report_(report), simulation_(options, &report.events) {
-        simulation_.end = [this](Ending ending, const std::string& text) {
+        simulation_.end.how = [this](Ending ending, const std::string& text) {
             EndEarly(ending, text);
         };
-        simulation_.onStep = [this](std::uint64_t step) { NoteStep(step); };
+        simulation_.console.onStep = [this](std::uint64_t step) { NoteStep(step); };
         simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
-        report_.armed = 1;
     }
 
     void ProgramExits() {
@@ -64,21 +62,21 @@ class Session {
         report_.steps = step;
         report_.measurements = simulation_.console.Measurements();
         if (step % RunReport::kFootprintEvery == RunReport::kFootprintStep) {
-            report_.late = TakeFootprint();
+            report_.late = MeasureFootprint();
             if (step == RunReport::kFootprintStep) {
                 report_.early = report_.late;
             }
         }
     }
 
-    Footprint TakeFootprint() const {
-        Footprint taken;
-        taken.heapBytes = mallinfo2().uordblks;
-        taken.residentBytes = ProcessStatus("VmRSS:") * 1024;
-        taken.threads = static_cast<std::uint32_t>(ProcessStatus("Threads:"));
-        taken.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.Held());
-        taken.hostDescriptors = OpenDescriptors();
-        return taken;
+    Footprint MeasureFootprint() const {
+        Footprint measured;
+        measured.heapBytes = mallinfo2().uordblks;
+        measured.residentBytes = ProcessStatus("VmRSS:") * 1024;
+        measured.threads = static_cast<std::uint32_t>(ProcessStatus("Threads:"));
+        measured.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.Held());
+        measured.hostDescriptors = OpenDescriptors();
+        return measured;
     }
 
     void Finish(Ending ending, const std::string& text) {
@@ -88,16 +86,16 @@ class Session {
         report_.measurements = simulation_.console.Measurements();
         std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
         std::string calls;
-        for (const auto& [name, count] : simulation_.kernel.CallCounts()) {
+        for (const auto& [name, count] : simulation_.kernel.calls.Made()) {
             calls += name + " " + std::to_string(count) + "\n";
         }
         std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
-        report_.ending = static_cast<std::uint32_t>(ending);
+        report_.ending = ending;
     }
 
     [[noreturn]] void EndEarly(Ending ending, const std::string& text) {
         simulation_.ShowHeld(stdout);
-        real::fflush(stdout);
+        SIM_REAL(fflush)(stdout);
         Finish(ending, text);
         // A program built for coverage writes its counts only at an orderly exit.
         if (auto* dump = reinterpret_cast<void (*)()>(dlsym(RTLD_DEFAULT, "__gcov_dump"))) {
@@ -126,21 +124,11 @@ RunReport* MapReport(int descriptor) {
     return page == MAP_FAILED ? nullptr : static_cast<RunReport*>(page);
 }
 
-/// The scenario that the launcher has checked already.
-std::optional<Scenario> ScenarioFrom(int descriptor) {
-    if (descriptor < 0) {
-        return Scenario{};
-    }
-    std::string text;
-    char piece[4096];
-    for (ssize_t count = real::read(descriptor, piece, sizeof piece); count > 0;
-         count = real::read(descriptor, piece, sizeof piece)) {
-        text.append(piece, static_cast<std::size_t>(count));
-    }
-    real::close(descriptor);
-    auto read = ParseScenario(text, "scenario");
-    auto* scenario = std::get_if<Scenario>(&read);
-    return scenario != nullptr ? std::optional<Scenario>(std::move(*scenario)) : std::nullopt;
+/// Ends the program before it begins: there is no board that it could run on.
+[[noreturn]] void Refuse(RunReport& report, const ScenarioError& error) {
+    std::snprintf(report.text, sizeof report.text, "%s", error.text.c_str());
+    report.ending = Ending::BadScenario;
+    _exit(EXIT_FAILURE);
 }
 
 __attribute__((constructor)) void ArmInTheNamedProgram() {
@@ -156,11 +144,17 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
     unsetenv(kRunVariable);
     unsetenv("LD_PRELOAD");
     RunReport* report = MapReport(request->reportDescriptor);
-    auto scenario = ScenarioFrom(request->scenarioDescriptor);
-    if (report == nullptr || !scenario) {
+    if (report == nullptr) {
         _exit(EXIT_FAILURE); // rather than touch this machine's own devices
     }
-    request->options.scenario = std::move(*scenario);
+    report->armed = 1;
+    if (!request->scenarioFile.empty()) {
+        auto read = ReadScenarioFile(request->scenarioFile);
+        if (const auto* error = std::get_if<ScenarioError>(&read)) {
+            Refuse(*report, *error);
+        }
+        request->options.scenario = std::move(std::get<Scenario>(read));
+    }
     session = new Session(request->options, *report);
 }
 

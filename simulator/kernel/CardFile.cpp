@@ -1,7 +1,7 @@
 #include "simulator/kernel/CardFile.h"
 
+#include "simulator/kernel/ErrnoNames.h"
 #include "simulator/libc/Real.h"
-#include "simulator/scenario/ErrnoNames.h"
 
 #include <cerrno>
 #include <unistd.h>

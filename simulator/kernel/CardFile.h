@@ -29,7 +29,8 @@ class CardFile : public OpenFile {
     long Write(const void* data, std::size_t size) override;
     long Seek(std::int64_t offset, int whence) override;
     int HostDescriptor() const override { return host_; }
-    bool OnCard() const { return onCard_; }
+    bool OfCard() const override { return true; }
+    bool OnCard() const override { return onCard_; }
     const std::string& HostPath() const { return hostPath_; }
 
   private:

@@ -16,24 +16,17 @@ bool Matches(const std::string& pattern, std::string_view path) {
 
 } // namespace
 
-Faults::Faults(const std::vector<Fault>& faults) {
-    for (const Fault& fault : faults) {
-        Add(fault);
-    }
-}
-
-std::optional<Faults::Hit> Faults::Meet(std::string_view call, std::string_view path) {
-    std::optional<Hit> hit;
-    for (Armed& armed : armed_) {
-        const Fault& fault = armed.fault;
+const Fault* Faults::Meet(std::string_view call, std::string_view path) {
+    const Fault* hit = nullptr;
+    for (Fault& fault : armed_) {
         if (fault.call != call || !Matches(fault.path, path)) {
             continue;
         }
-        ++armed.met;
+        ++fault.met;
         const bool due =
-            armed.met == fault.occurrence || (fault.forever && armed.met > fault.occurrence);
-        if (due && !hit) {
-            hit = Hit{fault.error, fault.bytes};
+            fault.met == fault.occurrence || (fault.forever && fault.met > fault.occurrence);
+        if (due && hit == nullptr) {
+            hit = &fault;
         }
     }
     return hit;

@@ -30,6 +30,11 @@ OpenFile* FileTable::Find(int descriptor) const {
     return found != streams_.end() ? found->second.get() : nullptr;
 }
 
+bool FileTable::CardFileOpen() const {
+    return std::ranges::any_of(files_, [](const auto& file) { return file && file->OnCard(); }) ||
+           std::ranges::any_of(streams_, [](const auto& entry) { return entry.second->OnCard(); });
+}
+
 std::unique_ptr<OpenFile> FileTable::Remove(int descriptor) {
     std::unique_ptr<OpenFile> file;
     if (descriptor >= kFirstNumber) {

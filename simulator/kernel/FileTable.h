@@ -2,7 +2,6 @@
 
 #include "simulator/kernel/OpenFile.h"
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -22,13 +21,8 @@ class FileTable {
     std::unique_ptr<OpenFile> Remove(int descriptor);
     std::size_t Size() const { return count_ + streams_.size(); }
 
-    template <typename Predicate>
-    bool Any(Predicate predicate) const {
-        return std::ranges::any_of(files_,
-                                   [&](const auto& file) { return file && predicate(*file); }) ||
-               std::ranges::any_of(streams_,
-                                   [&](const auto& entry) { return predicate(*entry.second); });
-    }
+    /// True while a file of the mounted card is open.
+    bool CardFileOpen() const;
 
   private:
     std::vector<std::unique_ptr<OpenFile>> files_;

@@ -8,6 +8,8 @@
 
 namespace sim {
 
+class TextFile;
+
 /// What stands behind a descriptor that the program holds on a board path. Results: 0 or more, or a
 /// negated errno, as a system call gives them inside the kernel.
 class OpenFile {
@@ -32,6 +34,11 @@ class OpenFile {
     virtual long Control(unsigned long request, void* argument);
     /// The descriptor of the file on this machine that it stands for; negative: none.
     virtual int HostDescriptor() const { return -1; }
+    /// Below the mount point, and there on the mounted card.
+    virtual bool OfCard() const { return false; }
+    virtual bool OnCard() const { return false; }
+    /// The file as a line's value; null when it is none.
+    virtual TextFile* AsLevel() { return nullptr; }
     /// Type and permissions as fstat tells them.
     virtual unsigned Mode() const { return S_IFREG | 0644U; }
 

@@ -1,6 +1,6 @@
 #include "simulator/kernel/SpiFile.h"
 
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <bit>
 #include <cerrno>
@@ -52,7 +52,7 @@ long SpiFile::CheckLength(std::size_t size, unsigned bits) {
 
 long SpiFile::Read(void* buffer, std::size_t size) {
     if (const long error = CheckLength(size, settings_.bitsPerWord); error != 0) {
-        events_.Add("read", Path(), ErrnoName(static_cast<int>(-error)));
+        events_.Add("read", Path(), Outcome(error));
         return error;
     }
     std::vector<std::uint8_t> wire(size);
@@ -65,7 +65,7 @@ long SpiFile::Read(void* buffer, std::size_t size) {
 
 long SpiFile::Write(const void* data, std::size_t size) {
     if (const long error = CheckLength(size, settings_.bitsPerWord); error != 0) {
-        events_.Add("write", Path(), ErrnoName(static_cast<int>(-error)));
+        events_.Add("write", Path(), Outcome(error));
         return error;
     }
     std::vector<std::uint8_t> wire = CopyOf(data, size);
@@ -98,7 +98,7 @@ long SpiFile::Message(std::size_t recordBytes, spi_ioc_transfer* records) {
         const long error =
             rounded > kLargestTransfer ? -EMSGSIZE : CheckLength(records[i].len, bits);
         if (error != 0) {
-            events_.Add("ioctl", Path(), "SPI_IOC_MESSAGE " + ErrnoName(static_cast<int>(-error)));
+            events_.Add("ioctl", Path(), "SPI_IOC_MESSAGE " + Outcome(error));
             return error;
         }
     }

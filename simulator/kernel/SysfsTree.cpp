@@ -1,14 +1,11 @@
 #include "simulator/kernel/SysfsTree.h"
 
+#include "simulator/board/BoardPaths.h"
+
 #include <algorithm>
 
 namespace sim {
 namespace {
-
-constexpr std::string_view kGpioRoot = "/sys/class/gpio";
-constexpr std::string_view kPwmRoot = "/sys/class/pwm/pwmchip0";
-constexpr std::string_view kConverterRoot = "/sys/bus/iio/devices/iio:device0";
-constexpr std::string_view kCardRoot = "/sys/block/mmcblk0";
 
 SysfsNode Directory(bool link = false) {
     SysfsNode node;
@@ -29,6 +26,19 @@ SysfsNode Attribute(std::function<std::string()> show, std::function<int(std::st
     node.show = std::move(show);
     node.store = std::move(store);
     return node;
+}
+
+template <auto kText, auto kSet>
+SysfsNode LineAttribute(Lines& lines, unsigned line) {
+    return Attribute([&lines, line] { return (lines.*kText)(line); },
+                     [&lines, line](std::string_view text) { return (lines.*kSet)(line, text); });
+}
+
+template <auto kNumber, auto kSet>
+SysfsNode ChannelAttribute(PwmChip& chip, unsigned channel) {
+    return Attribute(
+        [&chip, channel] { return std::to_string(chip.At(channel).*kNumber) + "\n"; },
+        [&chip, channel](std::string_view text) { return (chip.*kSet)(channel, text); });
 }
 
 /// What follows a folder's name in a path: empty for the folder itself, nothing for a path
@@ -60,43 +70,43 @@ std::pair<std::string_view, std::string_view> SplitAtSlash(std::string_view path
 
 SysfsNode SysfsTree::Find(std::string_view path) const {
     SysfsNode node = LookUp(path);
-    if (Taken(path)) {
-        const bool parentTaken = Taken(path.substr(0, path.rfind('/')));
+    if (TakenAway(path)) {
+        const bool parentTaken = TakenAway(path.substr(0, path.rfind('/')));
         return Missing(!parentTaken &&
                        (node.parentExists || node.kind != SysfsNode::Kind::Missing));
     }
-    if (replaced_.empty()) {
+    if (changes_.replaced.empty()) {
         return node;
     }
-    if (const auto found = replaced_.find(std::string(path)); found != replaced_.end()) {
+    if (const std::string* text = Replacement(std::string(path))) {
         node.kind = SysfsNode::Kind::Attribute;
-        node.show = [text = found->second] { return text; };
+        node.show = [text = *text] { return text; };
     }
     return node;
 }
 
-bool SysfsTree::Taken(std::string_view path) const {
-    return std::any_of(missing_.begin(), missing_.end(),
+bool SysfsTree::TakenAway(std::string_view path) const {
+    return std::any_of(changes_.missing.begin(), changes_.missing.end(),
                        [&](const std::string& folder) { return Below(path, folder).has_value(); });
 }
 
 SysfsNode SysfsTree::LookUp(std::string_view path) const {
-    if (!present_) {
+    if (!board_.present) {
         return Missing(false);
     }
     if (path.size() > 1 && path.back() == '/') {
         path.remove_suffix(1);
     }
-    if (const auto rest = Below(path, kGpioRoot)) {
+    if (const auto rest = Below(path, kGpio)) {
         return Gpio(*rest);
     }
-    if (const auto rest = Below(path, kPwmRoot)) {
+    if (const auto rest = Below(path, kPwmChip)) {
         return Pwm(*rest);
     }
-    if (const auto rest = Below(path, kConverterRoot)) {
+    if (const auto rest = Below(path, kAnalogDevice)) {
         return Converter(*rest);
     }
-    if (const auto rest = Below(path, kCardRoot)) {
+    if (const auto rest = Below(path, kCardBlock)) {
         if (!board_.card.Listed(board_.Now())) {
             return Missing(rest->empty());
         }
@@ -106,44 +116,36 @@ SysfsNode SysfsTree::LookUp(std::string_view path) const {
 }
 
 SysfsNode SysfsTree::Gpio(std::string_view rest) const {
+    Lines& lines = board_.lines;
     if (rest.empty()) {
         return Directory();
     }
     if (rest == "export") {
-        return Attribute({},
-                         [this](std::string_view text) { return board_.lines.ExportLine(text); });
+        return Attribute({}, [&lines](std::string_view text) { return lines.ExportLine(text); });
     }
     if (rest == "unexport") {
-        return Attribute({},
-                         [this](std::string_view text) { return board_.lines.UnexportLine(text); });
+        return Attribute({}, [&lines](std::string_view text) { return lines.UnexportLine(text); });
     }
     const auto [folder, name] = SplitAtSlash(rest);
     const auto line =
         folder.substr(0, 3) == "pio" ? Lines::Number(folder.substr(3)) : std::optional<unsigned>{};
-    if (!line || !board_.lines.At(*line).exported) {
+    if (!line || !lines.At(*line).exported) {
         return Missing(name.empty());
     }
     SysfsNode node = name.empty() ? Directory(true) : GpioAttribute(*line, name);
-    node.instance = board_.lines.At(*line).exports;
+    node.instance = lines.At(*line).exports;
     return node;
 }
 
 SysfsNode SysfsTree::GpioAttribute(unsigned line, std::string_view name) const {
-    Lines& lines = board_.lines;
     if (name == "direction") {
-        return Attribute(
-            [&lines, line] { return lines.DirectionText(line); },
-            [&lines, line](std::string_view text) { return lines.SetDirection(line, text); });
+        return LineAttribute<&Lines::DirectionText, &Lines::SetDirection>(board_.lines, line);
     }
     if (name == "edge") {
-        return Attribute(
-            [&lines, line] { return lines.EdgeText(line); },
-            [&lines, line](std::string_view text) { return lines.SetEdge(line, text); });
+        return LineAttribute<&Lines::EdgeText, &Lines::SetEdge>(board_.lines, line);
     }
     if (name == "value") {
-        SysfsNode node =
-            Attribute([&lines, line] { return lines.ValueText(line); },
-                      [&lines, line](std::string_view text) { return lines.SetValue(line, text); });
+        SysfsNode node = LineAttribute<&Lines::ValueText, &Lines::SetValue>(board_.lines, line);
         node.line = line;
         return node;
     }
@@ -151,6 +153,7 @@ SysfsNode SysfsTree::GpioAttribute(unsigned line, std::string_view name) const {
 }
 
 SysfsNode SysfsTree::Pwm(std::string_view rest) const {
+    PwmChip& chip = board_.pwm;
     if (rest.empty()) {
         return Directory(true);
     }
@@ -158,41 +161,32 @@ SysfsNode SysfsTree::Pwm(std::string_view rest) const {
         return Attribute([] { return std::to_string(PwmChip::kCount) + "\n"; }, {});
     }
     if (rest == "export") {
-        return Attribute({},
-                         [this](std::string_view text) { return board_.pwm.ExportChannel(text); });
+        return Attribute({}, [&chip](std::string_view text) { return chip.ExportChannel(text); });
     }
     if (rest == "unexport") {
-        return Attribute(
-            {}, [this](std::string_view text) { return board_.pwm.UnexportChannel(text); });
+        return Attribute({}, [&chip](std::string_view text) { return chip.UnexportChannel(text); });
     }
     const auto [folder, name] = SplitAtSlash(rest);
     const bool proper = folder.size() == 4 && folder.substr(0, 3) == "pwm" && folder[3] >= '0' &&
                         folder[3] < static_cast<char>('0' + PwmChip::kCount);
     const unsigned channel = proper ? static_cast<unsigned>(folder[3] - '0') : 0;
-    if (!proper || !board_.pwm.At(channel).exported) {
+    if (!proper || !chip.At(channel).exported) {
         return Missing(name.empty());
     }
     SysfsNode node = name.empty() ? Directory() : PwmAttribute(channel, name);
-    node.instance = board_.pwm.At(channel).exports;
+    node.instance = chip.At(channel).exports;
     return node;
 }
 
 SysfsNode SysfsTree::PwmAttribute(unsigned channel, std::string_view name) const {
-    PwmChip& chip = board_.pwm;
     if (name == "period") {
-        return Attribute(
-            [&chip, channel] { return std::to_string(chip.At(channel).period) + "\n"; },
-            [&chip, channel](std::string_view text) { return chip.SetPeriod(channel, text); });
+        return ChannelAttribute<&PwmOutput::period, &PwmChip::SetPeriod>(board_.pwm, channel);
     }
     if (name == "duty_cycle") {
-        return Attribute(
-            [&chip, channel] { return std::to_string(chip.At(channel).duty) + "\n"; },
-            [&chip, channel](std::string_view text) { return chip.SetDuty(channel, text); });
+        return ChannelAttribute<&PwmOutput::duty, &PwmChip::SetDuty>(board_.pwm, channel);
     }
     if (name == "enable") {
-        return Attribute(
-            [&chip, channel] { return std::string(chip.At(channel).enabled ? "1\n" : "0\n"); },
-            [&chip, channel](std::string_view text) { return chip.SetEnable(channel, text); });
+        return ChannelAttribute<&PwmOutput::enabled, &PwmChip::SetEnable>(board_.pwm, channel);
     }
     return Missing(true);
 }

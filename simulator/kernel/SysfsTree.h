@@ -1,7 +1,6 @@
 #pragma once
 
 #include "simulator/board/Board.h"
-#include "simulator/scenario/Scenario.h"
 
 #include <functional>
 #include <map>
@@ -11,6 +10,12 @@
 #include <string_view>
 
 namespace sim {
+
+/// What differs from the board's own paths.
+struct PathChanges {
+    std::map<std::string, std::string> replaced; ///< what reading an attribute gives instead
+    std::set<std::string> missing;               ///< not there, with all below
+};
 
 /// What stands at a path of the kernel's attribute tree.
 struct SysfsNode {
@@ -29,27 +34,27 @@ struct SysfsNode {
 /// The GPIO, PWM, analog converter and block device attributes of the board as sysfs shows them.
 class SysfsTree {
   public:
-    SysfsTree(Board& board, const Scenario& scenario)
-        : board_(board), present_(scenario.boardPresent), replaced_(scenario.attributes),
-          missing_(scenario.missing) {}
+    SysfsTree(Board& board, PathChanges changes) : board_(board), changes_(std::move(changes)) {}
 
     SysfsNode Find(std::string_view path) const;
 
     /// Reading the attribute gives this text from now on.
-    void Replace(const std::string& path, const std::string& text) { replaced_[path] = text; }
+    void Replace(const std::string& path, const std::string& text) {
+        changes_.replaced[path] = text;
+    }
     /// The text that was put in place of the path's own; null when there is none.
     const std::string* Replacement(const std::string& path) const {
-        const auto found = replaced_.find(path);
-        return found != replaced_.end() ? &found->second : nullptr;
+        const auto found = changes_.replaced.find(path);
+        return found != changes_.replaced.end() ? &found->second : nullptr;
     }
     /// The path is gone from now on, whatever the board has.
-    void Take(const std::string& path) { missing_.insert(path); }
-    void GiveBack(const std::string& path) {
-        missing_.erase(path);
-        replaced_.erase(path);
+    void TakeAway(const std::string& path) { changes_.missing.insert(path); }
+    void Restore(const std::string& path) {
+        changes_.missing.erase(path);
+        changes_.replaced.erase(path);
     }
-    /// True for a path that was taken, and for all below it.
-    bool Taken(std::string_view path) const;
+    /// True for a path that was taken away, and for all below it.
+    bool TakenAway(std::string_view path) const;
 
   private:
     SysfsNode LookUp(std::string_view path) const;
@@ -60,9 +65,7 @@ class SysfsTree {
     SysfsNode Converter(std::string_view rest) const;
 
     Board& board_;
-    bool present_;
-    std::map<std::string, std::string> replaced_;
-    std::set<std::string> missing_;
+    PathChanges changes_;
 };
 
 } // namespace sim

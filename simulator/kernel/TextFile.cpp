@@ -1,6 +1,6 @@
 #include "simulator/kernel/TextFile.h"
 
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -20,6 +20,7 @@ class TextFile : public OpenFile {
     long Write(const void* data, std::size_t size) override;
     long Seek(std::int64_t offset, int whence) override;
 
+    TextFile* AsLevel() override { return node_.line ? this : nullptr; }
     /// The line whose level the attribute is, if it is one's.
     std::optional<unsigned> Line() const { return node_.line; }
     /// The next read makes the text anew.

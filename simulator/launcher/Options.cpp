@@ -1,8 +1,5 @@
 #include "simulator/launcher/Options.h"
 
-#include "simulator/run/RunOptions.h"
-#include "simulator/scenario/ScenarioFile.h"
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
@@ -123,61 +120,42 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
         "a\n"
         "board path that the simulation does not model, 14 simulation not armed, 15 cannot start,\n"
         "130 and 143 interrupted.");
-    app.add_option("--scenario", options.scenarioFile,
-                   "What the board is like and what befalls it (TOML); see docs/simulated-board.md")
-        ->type_name("FILE")
-        ->check(CheckPath);
-    app.add_option("--seed", options.run.seed,
-                   "Seed of the detector's noise and of seeded thread order")
-        ->type_name("N")
-        ->check(WholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
+    const auto option = [&app](const char* name, auto& value, const char* type, const Check& check,
+                               const char* text) {
+        return app.add_option(name, value, text)->type_name(type)->check(check);
+    };
+    option("--scenario", options.scenarioFile, "FILE", CheckPath,
+           "What the board is like and what befalls it (TOML); see docs/simulated-board.md");
+    option("--seed", options.run.seed, "N",
+           WholeNumber(0, std::numeric_limits<std::uint64_t>::max()),
+           "Seed of the detector's noise and of seeded thread order")
         ->capture_default_str();
-    app.add_option("--measurements", options.run.limits.measurements,
-                   "End after so many measurements")
-        ->type_name("N")
-        ->check(WholeNumber(1, kMostCount));
-    app.add_option("--steps", options.run.limits.steps, "End after so many steps")
-        ->type_name("N")
-        ->check(WholeNumber(1, kMostCount));
-    app.add_option("--board-time", raw.boardTime, "End after so many seconds of board time")
-        ->type_name("SECONDS")
-        ->check(SpanOfSeconds(1e-6, "0.000001"));
-    app.add_option(
-           "--real-time", raw.realTime,
+    option("--measurements", options.run.limits.measurements, "N", WholeNumber(1, kMostCount),
+           "End after so many measurements");
+    option("--steps", options.run.limits.steps, "N", WholeNumber(1, kMostCount),
+           "End after so many steps");
+    option("--board-time", raw.boardTime, "SECONDS", SpanOfSeconds(1e-6, "0.000001"),
+           "End after so many seconds of board time");
+    option("--real-time", raw.realTime, "SECONDS", SpanOfSeconds(0.0, "0"),
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
-           "else 0)")
-        ->type_name("SECONDS")
-        ->check(SpanOfSeconds(0.0, "0"));
-    app.add_option("--pace", raw.pace, "Board time against real time: max, real or a factor")
-        ->type_name("max|real|FACTOR")
-        ->capture_default_str()
-        ->check(CheckPace);
-    app.add_option("--start", raw.start,
-                   "Date and time on the board's clock at the start, in UTC\n"
-                   "(\"2026-03-07 09:00:00\")")
-        ->type_name("TIME")
-        ->check(CheckStart);
-    app.add_option(
-           "--root", options.root,
+           "else 0)");
+    option("--pace", raw.pace, "max|real|FACTOR", CheckPace,
+           "Board time against real time: max, real or a factor")
+        ->capture_default_str();
+    option("--start", raw.start, "TIME", CheckStart,
+           "Date and time on the board's clock at the start, in UTC\n"
+           "(\"2026-03-07 09:00:00\")");
+    option("--root", options.root, "DIR", CheckPath,
            "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
-           "go with the run")
-        ->type_name("DIR")
-        ->check(CheckPath);
-    app.add_option(
-           "--events", options.run.eventsFile,
+           "go with the run");
+    option("--events", options.run.eventsFile, "FILE", CheckPath,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
-           "operation, path, data")
-        ->type_name("FILE")
-        ->check(CheckPath);
-    app.add_option("--io-cost", raw.ioCost,
-                   "Board time that calls take: none, or what a board needs")
-        ->type_name("none|board")
-        ->capture_default_str()
-        ->check(CheckCost);
-    app.add_option("--summary", options.summaryFile,
-                   "Write how the run went: its end, board time, steps, calls, memory")
-        ->type_name("FILE")
-        ->check(CheckPath);
+           "operation, path, data");
+    option("--io-cost", raw.ioCost, "none|board", CheckCost,
+           "Board time that calls take: none, or what a board needs")
+        ->capture_default_str();
+    option("--summary", options.summaryFile, "FILE", CheckPath,
+           "Write how the run went: its end, board time, steps, calls, memory");
     app.add_option("PROGRAM", options.program, "The program and its arguments, after --")
         ->required()
         ->type_name("")

@@ -94,7 +94,6 @@ ProgramFile FindProgram(const std::string& name) {
     } else if (!executable.dynamic) {
         program.problem = name + ": statically linked, the simulated board cannot stand under it";
     }
-    program.simulatable = program.problem.empty();
     return program;
 }
 

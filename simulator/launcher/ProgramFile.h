@@ -6,9 +6,8 @@ namespace sim {
 
 /// The program to run, looked up as a shell does: a name without a slash stands for one in PATH.
 struct ProgramFile {
-    std::string path;        ///< resolved; empty when it cannot be run
-    std::string problem;     ///< why it cannot
-    bool simulatable = true; ///< false: it runs, but the simulated board could not stand under it
+    std::string path;    ///< resolved; empty when it cannot be run
+    std::string problem; ///< why it cannot be run, or not on the simulated board
 };
 
 /// A static program, a script or one for another machine ignores a preloaded library in silence and

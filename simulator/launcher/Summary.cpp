@@ -1,7 +1,5 @@
 #include "simulator/launcher/Summary.h"
 
-#include "simulator/run/Simulation.h"
-
 #include <cstdio>
 #include <cstring>
 #include <sstream>
@@ -23,7 +21,7 @@ Outcome MakeOutcome(ExitStatus status, const std::string& word, const std::strin
 
 Outcome JudgeExit(int status, const RunReport& report) {
     const std::string text = report.text;
-    switch (static_cast<Ending>(report.ending.load())) {
+    switch (report.ending.load()) {
     case Ending::LimitReached:
         return {ExitStatus::AsAsked, "", "limit reached: " + text};
     case Ending::Deadlock:
@@ -33,6 +31,8 @@ Outcome JudgeExit(int status, const RunReport& report) {
         return MakeOutcome(ExitStatus::Unmodelled, "unmodelled call",
                            "the simulated board does not model " + text + " (" + Moment(report) +
                                ")");
+    case Ending::BadScenario:
+        return MakeOutcome(ExitStatus::BadScenario, "bad scenario", text);
     case Ending::Running:
     case Ending::Exited:
         break;

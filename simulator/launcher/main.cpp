@@ -3,11 +3,10 @@
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
 #include "simulator/launcher/ProgramFile.h"
-#include "simulator/launcher/RunRoot.h"
 #include "simulator/launcher/Summary.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
-#include "simulator/scenario/ScenarioFile.h"
+#include "simulator/run/RunRoot.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -53,19 +52,6 @@ struct SharedReport {
     RunReport* report = nullptr;
 };
 
-/// A descriptor that the program inherits and reads the text from; negative when there is none.
-int DescriptorOf(const std::optional<std::string>& text) {
-    const int file = text ? memfd_create("scenario", 0) : -1;
-    if (file >= 0) {
-        const auto size = static_cast<ssize_t>(text->size());
-        if (write(file, text->data(), text->size()) != size || lseek(file, 0, SEEK_SET) != 0) {
-            close(file);
-            return -1;
-        }
-    }
-    return file;
-}
-
 /// Adds to a variable of options in the form that the sanitizers read, after what the user set.
 std::pair<std::string, std::string> SanitizerOptions(const char* name, const std::string& added) {
     const char* present = std::getenv(name);
@@ -73,11 +59,11 @@ std::pair<std::string, std::string> SanitizerOptions(const char* name, const std
 }
 
 sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& program,
-                             const std::string& root, int report, int scenario) {
+                             const std::string& root, int report) {
     sim::RunRequest request;
     request.program = program;
     request.reportDescriptor = report;
-    request.scenarioDescriptor = scenario;
+    request.scenarioFile = options.scenarioFile;
     std::error_code error;
     request.options = options.run;
     request.options.root = root;
@@ -155,8 +141,7 @@ std::string OutputProblem(const LauncherOptions& options) {
                : "";
 }
 
-int Run(const LauncherOptions& options, const std::optional<std::string>& scenario,
-        const std::string& program) {
+int Run(const LauncherOptions& options, const std::string& program) {
     const sim::RunRoot root(options.root);
     if (!root.Problem().empty()) {
         return Refuse(ExitStatus::CannotStart, root.Problem());
@@ -165,19 +150,18 @@ int Run(const LauncherOptions& options, const std::optional<std::string>& scenar
         return Refuse(ExitStatus::CannotStart, problem);
     }
     const SharedReport shared;
-    const int scenarioText = DescriptorOf(scenario);
-    if (shared.report == nullptr || (scenario && scenarioText < 0)) {
+    if (shared.report == nullptr) {
         return Refuse(ExitStatus::CannotStart, "no memory to share with the program");
     }
     sim::ChildEnd end;
     {
         ProgressLine progress(options.run.pace == 0.0);
-        end = RunChild(CommandFor(options, program, root.Path(), shared.descriptor, scenarioText),
+        end = RunChild(CommandFor(options, program, root.Path(), shared.descriptor),
                        [&] { progress.Update(*shared.report); });
     }
     SaveEvents(options.run.eventsFile, shared.report->events);
     const sim::Outcome outcome = Judge(end, *shared.report, options);
-    if (!options.summaryFile.empty()) {
+    if (!options.summaryFile.empty() && outcome.status != ExitStatus::BadScenario) {
         std::ofstream(options.summaryFile, std::ios::trunc) << SummaryText(outcome, *shared.report);
     }
     if (!outcome.line.empty()) {
@@ -194,18 +178,6 @@ int main(int argc, char** argv) {
     if (!options) {
         return status;
     }
-    std::optional<std::string> scenario;
-    if (!options->scenarioFile.empty()) {
-        const auto read = sim::ReadScenarioText(options->scenarioFile);
-        if (const auto* error = std::get_if<sim::ScenarioError>(&read)) {
-            return Refuse(ExitStatus::BadScenario, error->text);
-        }
-        scenario = std::get<std::string>(read);
-        const auto parsed = sim::ParseScenario(*scenario, options->scenarioFile);
-        if (const auto* error = std::get_if<sim::ScenarioError>(&parsed)) {
-            return Refuse(ExitStatus::BadScenario, error->text);
-        }
-    }
     if (!fs::exists(LibraryPath())) {
         return Refuse(ExitStatus::CannotStart,
                       LibraryPath() + " is missing; build the whole project");
@@ -215,5 +187,5 @@ int main(int argc, char** argv) {
         return Refuse(program.path.empty() ? ExitStatus::CannotStart : ExitStatus::NotArmed,
                       program.problem);
     }
-    return Run(*options, scenario, program.path);
+    return Run(*options, program.path);
 }

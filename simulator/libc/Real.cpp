@@ -7,7 +7,7 @@
 
 namespace sim::real {
 
-void* next(const char* symbol) {
+void* Next(const char* symbol) {
     void* address = dlsym(RTLD_NEXT, symbol);
     if (address == nullptr) {
         std::abort(); // the C library lacks what it has exported for decades
@@ -35,20 +35,12 @@ FILE* fopen(const char* path, const char* mode) {
     return SIM_REAL(fopen64)(path, mode);
 }
 
-int fflush(FILE* file) {
-    return SIM_REAL(fflush)(file);
-}
-
 size_t fwrite(const void* data, size_t size, size_t count, FILE* file) {
     return SIM_REAL(fwrite)(data, size, count, file);
 }
 
 int stat(const char* path, struct stat64* result) {
     return SIM_REAL(stat64)(path, result);
-}
-
-int lstat(const char* path, struct stat64* result) {
-    return SIM_REAL(lstat64)(path, result);
 }
 
 int DescriptorStatus(int descriptor, struct stat64* result) {

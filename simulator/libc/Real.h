@@ -9,17 +9,15 @@
 namespace sim::real {
 
 /// The next definition of a symbol after ours; ends the process when there is none.
-void* next(const char* symbol);
+void* Next(const char* symbol);
 
 int open(const char* path, int flags, mode_t mode = 0);
 int close(int descriptor);
 ssize_t read(int descriptor, void* buffer, size_t size);
 ssize_t write(int descriptor, const void* buffer, size_t size);
 FILE* fopen(const char* path, const char* mode);
-int fflush(FILE* file);
 size_t fwrite(const void* data, size_t size, size_t count, FILE* file);
 int stat(const char* path, struct stat64* result);
-int lstat(const char* path, struct stat64* result);
 int DescriptorStatus(int descriptor, struct stat64* result);
 int mkdir(const char* path, mode_t mode);
 void SleepFor(long long nanoseconds);
@@ -35,7 +33,7 @@ long long MonotonicNanoseconds();
         static decltype(&::function) simRealFunction = nullptr;                                    \
         if (simRealFunction == nullptr) {                                                          \
             simRealFunction =                                                                      \
-                reinterpret_cast<decltype(&::function)>(::sim::real::next(#function));             \
+                reinterpret_cast<decltype(&::function)>(::sim::real::Next(#function));             \
         }                                                                                          \
         return simRealFunction;                                                                    \
     }())

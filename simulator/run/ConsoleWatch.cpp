@@ -18,11 +18,11 @@ bool Begins(std::string_view text, std::string_view with) {
 
 } // namespace
 
-ConsoleWatch::Verdict ConsoleWatch::Take(std::string_view text) {
+ConsoleWatch::Verdict ConsoleWatch::Read(std::string_view text) {
     Verdict verdict;
     while (!text.empty() && !verdict.limit) {
         const std::size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
-        TakePart(text.substr(0, length), verdict);
+        ReadPart(text.substr(0, length), verdict);
         text.remove_prefix(length);
     }
     return verdict;
@@ -32,14 +32,14 @@ std::string ConsoleWatch::Release() {
     return std::exchange(held_, {});
 }
 
-/// Takes the rest of a line, with its newline, or a part of one without.
-void ConsoleWatch::TakePart(std::string_view part, Verdict& verdict) {
+/// Reads the rest of a line, with its newline, or a part of one without.
+void ConsoleWatch::ReadPart(std::string_view part, Verdict& verdict) {
     const bool whole = part.back() == '\n';
     line_ += part.substr(0, std::min(part.size() - (whole ? 1 : 0), kLongestLine - line_.size()));
     held_ += part;
     Line kind = MayBecomeStatus() ? Line::StatusBegins : Line::Ordinary;
     if (whole) {
-        kind = TakeLine(line_);
+        kind = ReadLine(line_);
         line_.clear();
     }
     if (kind == Line::StepBeyondLimit) {
@@ -58,10 +58,10 @@ bool ConsoleWatch::MayBecomeStatus() const {
     return inStatus_ || Begins(kStatusTag, std::string_view(line_).substr(0, known));
 }
 
-ConsoleWatch::Line ConsoleWatch::TakeLine(std::string_view line) {
+ConsoleWatch::Line ConsoleWatch::ReadLine(std::string_view line) {
     if (inStatus_) {
         inStatus_ = false;
-        return Begins(line, ",") ? TakeMessage(line.substr(1)) : Line::Ordinary;
+        return Begins(line, ",") ? ReadMessage(line.substr(1)) : Line::Ordinary;
     }
     if (Begins(line, kStatusTag)) {
         inStatus_ = true;
@@ -77,7 +77,7 @@ ConsoleWatch::Line ConsoleWatch::TakeLine(std::string_view line) {
     return Line::Ordinary;
 }
 
-ConsoleWatch::Line ConsoleWatch::TakeMessage(std::string_view message) {
+ConsoleWatch::Line ConsoleWatch::ReadMessage(std::string_view message) {
     if (Begins(message, kErrorTag)) {
         return Line::Ordinary;
     }

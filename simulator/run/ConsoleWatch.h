@@ -27,8 +27,8 @@ class ConsoleWatch {
     /// Called when a step begins, with its running number from 1.
     std::function<void(std::uint64_t)> onStep;
 
-    /// Takes a piece of output; what follows a limit in it is dropped.
-    Verdict Take(std::string_view text);
+    /// Reads a piece of output; what follows a limit in it is dropped.
+    Verdict Read(std::string_view text);
     /// Gives up what is held back, for a run that ends otherwise.
     std::string Release();
 
@@ -38,9 +38,9 @@ class ConsoleWatch {
   private:
     enum class Line { Ordinary, StatusBegins, LastResult, StepBeyondLimit };
 
-    void TakePart(std::string_view part, Verdict& verdict);
-    Line TakeLine(std::string_view line);
-    Line TakeMessage(std::string_view message);
+    void ReadPart(std::string_view part, Verdict& verdict);
+    Line ReadLine(std::string_view line);
+    Line ReadMessage(std::string_view message);
     bool MayBecomeStatus() const;
 
     std::optional<std::uint64_t> stepLimit_;

@@ -1,14 +1,21 @@
 #pragma once
 
-#include "simulator/board/Nanoseconds.h"
-#include "simulator/board/WallClock.h"
-#include "simulator/scenario/Scenario.h"
+#include "simulator/board/Board.h"
+#include "simulator/kernel/Kernel.h"
+#include "simulator/time/Scheduler.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace sim {
+
+/// What the board of a run is like, and what befalls it.
+struct Scenario {
+    BoardSetup board;
+    KernelSetup kernel;
+    ThreadOrder threadOrder = ThreadOrder::Arrival;
+};
 
 /// When a run ends, if the program does not end it: at the first limit that is reached.
 struct RunLimits {
@@ -24,7 +31,7 @@ struct RunOptions {
     std::int64_t startTime = WallClock::kDefaultStart; ///< seconds since 1970
     std::string root;       ///< folder on this machine for the card's and the mount point's files
     std::string eventsFile; ///< empty: none
-    bool ioCosts = false;   ///< calls take board time (CallCosts.h)
+    bool ioCosts = false;   ///< calls take board time (kernel/Calls.h)
     double pace = 0.0;      ///< board seconds per real second; 0: as fast as it goes
     RunLimits limits;
 };

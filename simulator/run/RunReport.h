@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/kernel/EventBuffer.h"
+#include "simulator/time/RunEnd.h"
 
 #include <atomic>
 #include <cstdint>
@@ -25,14 +26,14 @@ struct RunReport {
     static constexpr std::uint64_t kFootprintEvery = 1700;
 
     std::atomic<std::uint32_t> armed{0};
-    std::atomic<std::uint32_t> ending{0}; ///< sim::Ending
+    std::atomic<Ending> ending{Ending::Running};
     std::atomic<std::int64_t> boardTime{0};
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
     Footprint early;    ///< at footprintStep
     Footprint late;     ///< the last one
     EventBuffer events; ///< what is not yet in the event file
-    char text[2048]{};
+    char text[8192]{};
     char calls[2048]{}; ///< "name count" lines
 };
 

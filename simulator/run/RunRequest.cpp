@@ -1,99 +1,77 @@
 #include "simulator/run/RunRequest.h"
 
-#include <charconv>
-#include <cstdio>
 #include <map>
+#include <sstream>
 
 namespace sim {
 namespace {
 
-using Fields = std::map<std::string, std::string, std::less<>>;
+/// Everything that a request holds, in one order for writing and reading.
+template <typename Request, typename Visit>
+void EachField(Request& request, Visit visit) {
+    auto& options = request.options;
+    visit("program", request.program);
+    visit("report", request.reportDescriptor);
+    visit("scenario", request.scenarioFile);
+    visit("seed", options.seed);
+    visit("start", options.startTime);
+    visit("root", options.root);
+    visit("events", options.eventsFile);
+    visit("costs", options.ioCosts);
+    visit("pace", options.pace);
+    visit("measurements", options.limits.measurements);
+    visit("steps", options.limits.steps);
+    visit("board-time", options.limits.boardTime);
+}
 
-Fields Split(std::string_view text) {
-    Fields fields;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = text.substr(0, end);
-        const std::size_t equals = line.find('=');
-        if (equals != std::string_view::npos) {
-            fields[std::string(line.substr(0, equals))] = line.substr(equals + 1);
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
+void Write(std::ostream& out, const char* key, const std::optional<std::uint64_t>& value) {
+    if (value) {
+        out << key << "=" << *value << "\n";
     }
-    return fields;
+}
+
+template <typename Value>
+void Write(std::ostream& out, const char* key, const Value& value) {
+    out << key << "=" << value << "\n";
+}
+
+/// The text of a field, or null. Each reader tells whether it found what it must.
+bool Read(const std::string* text, std::string& value) {
+    value = text != nullptr ? *text : "";
+    return true;
 }
 
 template <typename Number>
-std::optional<Number> NumberOf(const Fields& fields, std::string_view key) {
-    const auto found = fields.find(key);
-    if (found == fields.end()) {
-        return std::nullopt;
-    }
-    Number value{};
-    const std::string& text = found->second;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    return result.ec == std::errc{} ? std::optional<Number>{value} : std::nullopt;
+bool Read(const std::string* text, Number& value) {
+    return text != nullptr && std::istringstream(*text) >> value;
 }
 
-std::string TextOf(const Fields& fields, std::string_view key) {
-    const auto found = fields.find(key);
-    return found == fields.end() ? std::string() : found->second;
+bool Read(const std::string* text, std::optional<std::uint64_t>& value) {
+    return text == nullptr || Read(text, value.emplace());
 }
 
 } // namespace
 
 std::string Encode(const RunRequest& request) {
-    const RunOptions& options = request.options;
-    std::string text;
-    const auto add = [&text](const char* key, const std::string& value) {
-        text += std::string(key) + "=" + value + "\n";
-    };
-    add("program", request.program);
-    add("report", std::to_string(request.reportDescriptor));
-    add("scenario", std::to_string(request.scenarioDescriptor));
-    add("seed", std::to_string(options.seed));
-    add("start", std::to_string(options.startTime));
-    add("root", options.root);
-    add("events", options.eventsFile);
-    add("costs", options.ioCosts ? "1" : "0");
-    char pace[32];
-    std::snprintf(pace, sizeof pace, "%.17g", options.pace);
-    add("pace", pace);
-    if (options.limits.measurements) {
-        add("measurements", std::to_string(*options.limits.measurements));
-    }
-    if (options.limits.steps) {
-        add("steps", std::to_string(*options.limits.steps));
-    }
-    add("board-time", std::to_string(options.limits.boardTime));
-    return text;
+    std::ostringstream text;
+    text.precision(17);
+    EachField(request, [&](const char* key, const auto& value) { Write(text, key, value); });
+    return text.str();
 }
 
 std::optional<RunRequest> DecodeRunRequest(std::string_view text) {
-    const Fields fields = Split(text);
-    const auto report = NumberOf<int>(fields, "report");
-    const auto scenario = NumberOf<int>(fields, "scenario");
-    const auto seed = NumberOf<std::uint64_t>(fields, "seed");
-    const auto start = NumberOf<std::int64_t>(fields, "start");
-    const auto pace = NumberOf<double>(fields, "pace");
-    const auto boardTime = NumberOf<Nanoseconds>(fields, "board-time");
-    if (!report || !scenario || !seed || !start || !pace || !boardTime) {
-        return std::nullopt;
+    std::map<std::string, std::string> fields;
+    std::istringstream lines{std::string(text)};
+    for (std::string key, value; std::getline(lines, key, '=') && std::getline(lines, value);) {
+        fields[key] = value;
     }
     RunRequest request;
-    request.program = TextOf(fields, "program");
-    request.reportDescriptor = *report;
-    request.scenarioDescriptor = *scenario;
-    request.options.seed = *seed;
-    request.options.startTime = *start;
-    request.options.root = TextOf(fields, "root");
-    request.options.eventsFile = TextOf(fields, "events");
-    request.options.ioCosts = TextOf(fields, "costs") == "1";
-    request.options.pace = *pace;
-    request.options.limits.measurements = NumberOf<std::uint64_t>(fields, "measurements");
-    request.options.limits.steps = NumberOf<std::uint64_t>(fields, "steps");
-    request.options.limits.boardTime = *boardTime;
-    return request;
+    bool whole = true;
+    EachField(request, [&](const char* key, auto& value) {
+        const auto found = fields.find(key);
+        whole = Read(found != fields.end() ? &found->second : nullptr, value) && whole;
+    });
+    return whole ? std::optional<RunRequest>(request) : std::nullopt;
 }
 
 } // namespace sim

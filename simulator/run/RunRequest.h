@@ -13,12 +13,12 @@ namespace sim {
 struct RunRequest {
     std::string program; ///< resolved path of the one program to arm in
     int reportDescriptor = -1;
-    int scenarioDescriptor = -1; ///< of the scenario's text; negative: the default scenario
-    RunOptions options;          ///< all but the scenario
+    std::string scenarioFile; ///< as the user named it; empty: the default scenario
+    RunOptions options;       ///< all but the scenario
 };
 
 std::string Encode(const RunRequest& request);
-/// Nothing when the text is not one that encode made.
+/// Nothing when the text is not one that Encode made.
 std::optional<RunRequest> DecodeRunRequest(std::string_view text);
 
 } // namespace sim

@@ -1,7 +1,7 @@
 #include "simulator/scenario/FaultTable.h"
 
 #include "simulator/board/BoardPaths.h"
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <algorithm>
 #include <array>
@@ -9,59 +9,61 @@
 namespace sim {
 namespace {
 
-/// Which paths a call is made on: a fault on any other would never strike.
-enum class Paths { None, Board, Any };
+using namespace std::string_view_literals;
 
-struct FaultCall {
-    std::string_view name;
-    Paths paths;
-};
+constexpr std::array kCalls{"access"sv,
+                            "clock_gettime"sv,
+                            "close"sv,
+                            "fork"sv,
+                            "ioctl"sv,
+                            "kill"sv,
+                            "lseek"sv,
+                            "lstat"sv,
+                            "mkdir"sv,
+                            "mmap"sv,
+                            "mount"sv,
+                            "nanosleep"sv,
+                            "open"sv,
+                            "poll"sv,
+                            "pthread_create"sv,
+                            "pthread_join"sv,
+                            "pthread_mutex_init"sv,
+                            "pthread_mutex_lock"sv,
+                            "pthread_mutex_unlock"sv,
+                            "read"sv,
+                            "setmntent"sv,
+                            "stat"sv,
+                            "statfs"sv,
+                            "system"sv,
+                            "umount"sv,
+                            "write"sv};
+/// A fault on a path would never strike these.
+constexpr std::array kWithoutPath{"clock_gettime"sv,
+                                  "fork"sv,
+                                  "kill"sv,
+                                  "nanosleep"sv,
+                                  "pthread_create"sv,
+                                  "pthread_join"sv,
+                                  "pthread_mutex_init"sv,
+                                  "pthread_mutex_lock"sv,
+                                  "pthread_mutex_unlock"sv,
+                                  "system"sv};
+/// Asked of any path, not of the board's alone.
+constexpr std::string_view kOnAnyPath = "statfs";
 
-constexpr std::array kFaultCalls{
-    FaultCall{"access", Paths::Board},
-    FaultCall{"clock_gettime", Paths::None},
-    FaultCall{"close", Paths::Board},
-    FaultCall{"fork", Paths::None},
-    FaultCall{"ioctl", Paths::Board},
-    FaultCall{"kill", Paths::None},
-    FaultCall{"lseek", Paths::Board},
-    FaultCall{"lstat", Paths::Board},
-    FaultCall{"mkdir", Paths::Board},
-    FaultCall{"mmap", Paths::Board},
-    FaultCall{"mount", Paths::Board},
-    FaultCall{"nanosleep", Paths::None},
-    FaultCall{"open", Paths::Board},
-    FaultCall{"poll", Paths::Board},
-    FaultCall{"pthread_create", Paths::None},
-    FaultCall{"pthread_join", Paths::None},
-    FaultCall{"pthread_mutex_init", Paths::None},
-    FaultCall{"pthread_mutex_lock", Paths::None},
-    FaultCall{"pthread_mutex_unlock", Paths::None},
-    FaultCall{"read", Paths::Board},
-    FaultCall{"setmntent", Paths::Board},
-    FaultCall{"stat", Paths::Board},
-    FaultCall{"statfs", Paths::Any},
-    FaultCall{"system", Paths::None},
-    FaultCall{"umount", Paths::Board},
-    FaultCall{"write", Paths::Board},
-};
-
-const FaultCall* Find(std::string_view call) {
-    const auto* found = std::find_if(kFaultCalls.begin(), kFaultCalls.end(),
-                                     [&](const FaultCall& known) { return known.name == call; });
-    return found != kFaultCalls.end() ? found : nullptr;
+bool IsOneOf(const auto& calls, std::string_view call) {
+    return std::find(calls.begin(), calls.end(), call) != calls.end();
 }
 
 void ReadCall(TomlTable& table, Fault& fault) {
     table.Require("call");
     table.Read("call", fault.call);
     table.Read("path", fault.path);
-    const FaultCall* call = Find(fault.call);
-    if (call == nullptr) {
+    if (!IsOneOf(kCalls, fault.call)) {
         table.Fail("call", "unknown call; known: " + FaultCallNames());
-    } else if (call->paths == Paths::None && !fault.path.empty()) {
+    } else if (IsOneOf(kWithoutPath, fault.call) && !fault.path.empty()) {
         table.Fail("path", "the call " + fault.call + " has no path");
-    } else if (call->paths == Paths::Board && !fault.path.empty()) {
+    } else if (fault.call != kOnAnyPath && !fault.path.empty()) {
         const bool open = fault.path.back() == '*';
         const bool known = open ? BeginsBoardPath(fault.path.substr(0, fault.path.size() - 1))
                                 : IsBoardPath(fault.path);
@@ -93,7 +95,7 @@ void ReadFailure(TomlTable& table, Fault& fault) {
 
 } // namespace
 
-void ReadFault(TomlTable& table, Scenario& scenario) {
+void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     Fault fault;
     ReadCall(table, fault);
     table.ReadInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
@@ -104,13 +106,13 @@ void ReadFault(TomlTable& table, Scenario& scenario) {
         table.Fail("repeat", "takes \"once\" or \"forever\"");
     }
     fault.forever = repeat == "forever";
-    scenario.faults.push_back(fault);
+    faults.push_back(fault);
 }
 
 std::string FaultCallNames() {
     std::string names;
-    for (const FaultCall& call : kFaultCalls) {
-        names += (names.empty() ? "" : ", ") + std::string(call.name);
+    for (const std::string_view call : kCalls) {
+        names += (names.empty() ? "" : ", ") + std::string(call);
     }
     return names;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/scenario/Scenario.h"
+#include "simulator/kernel/Faults.h"
 #include "simulator/scenario/TomlTable.h"
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace sim {
 
 /// Reads one [[fault]] table.
-void ReadFault(TomlTable& table, Scenario& scenario);
+void ReadFault(TomlTable& table, std::vector<Fault>& faults);
 
 /// The calls that a fault can be set on, separated by ", ".
 std::string FaultCallNames();

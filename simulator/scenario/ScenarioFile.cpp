@@ -1,32 +1,29 @@
 #include "simulator/scenario/ScenarioFile.h"
 
 #include "simulator/board/BoardPaths.h"
-#include "simulator/board/Lines.h"
-#include "simulator/board/PwmChip.h"
 #include "simulator/scenario/FaultTable.h"
 #include "simulator/scenario/TomlTable.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace sim {
 namespace {
 
 constexpr double kLongestRun = 1e9; // seconds, some thirty years
 
-void ReadSample(TomlTable& table, Scenario& scenario) {
-    table.ReadNumbers("absorbance", scenario.absorbances, -2.0, 6.0);
+void ReadSample(TomlTable& table, BoardSetup& board) {
+    table.ReadNumbers("absorbance", board.absorbances, -2.0, 6.0);
 }
 
-void ReadDetector(TomlTable& table, Scenario& scenario) {
-    table.ReadInteger("dark", scenario.darkCount, -16'777'216, 16'777'215);
-    table.ReadInteger("reference", scenario.referenceCount, -16'777'216, 16'777'215);
-    table.Read("noise", scenario.noise, 0.0, 1e7);
+void ReadDetector(TomlTable& table, BoardSetup& board) {
+    table.ReadInteger("dark", board.detector.dark, -16'777'216, 16'777'215);
+    table.ReadInteger("reference", board.detector.reference, -16'777'216, 16'777'215);
+    table.Read("noise", board.detector.noise, 0.0, 1e7);
 }
 
-void ReadCardEvent(TomlTable& table, Scenario& scenario) {
+void ReadCardEvent(TomlTable& table, BoardSetup& board) {
     WorldEvent event;
     table.Require("at");
     table.Require("do");
@@ -37,32 +34,32 @@ void ReadCardEvent(TomlTable& table, Scenario& scenario) {
         table.Fail("do", R"(takes "insert" or "remove")");
     }
     event.kind = action == "insert" ? WorldEvent::Kind::InsertCard : WorldEvent::Kind::RemoveCard;
-    scenario.events.push_back(event);
+    board.events.push_back(event);
 }
 
-void ReadCard(TomlTable& table, Scenario& scenario) {
-    table.Read("present", scenario.cardPresent);
-    table.Read("mounted", scenario.cardMounted);
-    table.Read("partition", scenario.cardPartitioned);
-    table.Read("fat", scenario.cardFat);
-    table.Read("write_protected", scenario.cardWriteProtected);
-    table.Read("read_only", scenario.cardReadOnly);
-    table.Read("mount_point", scenario.mountPointExists);
-    table.ReadInteger("free_bytes", scenario.cardFreeBytes, 0, 1LL << 50);
-    if (scenario.cardMounted && !(scenario.cardPresent && scenario.cardPartitioned &&
-                                  scenario.cardFat && scenario.mountPointExists)) {
+void ReadCard(TomlTable& table, BoardSetup& board) {
+    CardState& card = board.card;
+    table.Read("present", card.present);
+    table.Read("mounted", card.mounted);
+    table.Read("partition", card.partitioned);
+    table.Read("fat", card.fat);
+    table.Read("write_protected", card.writeProtected);
+    table.Read("read_only", card.readOnly);
+    table.Read("mount_point", card.mountPointExists);
+    table.ReadInteger("free_bytes", card.freeBytes, 0, 1LL << 50);
+    if (card.mounted && !(card.present && card.partitioned && card.fat && card.mountPointExists)) {
         table.Fail("mounted", "a mounted card is present, has a partition with a FAT file system, "
                               "and a mount point");
     }
-    table.Tables("event", [&](TomlTable& event) { ReadCardEvent(event, scenario); });
+    table.Tables("event", [&](TomlTable& event) { ReadCardEvent(event, board); });
 }
 
-void ReadPump(TomlTable& table, Scenario& scenario) {
-    table.Read("flag_seen", scenario.flagSeen);
-    table.Read("on_flag_at_start", scenario.startOnFlag);
+void ReadPump(TomlTable& table, BoardSetup& board) {
+    table.Read("flag_seen", board.pump.flagSeen);
+    table.Read("on_flag_at_start", board.pump.onFlag);
 }
 
-void ReadClock(TomlTable& table, Scenario& scenario) {
+void ReadClock(TomlTable& table, BoardSetup& board) {
     table.Tables("jump", [&](TomlTable& jump) {
         WorldEvent event;
         event.kind = WorldEvent::Kind::JumpClock;
@@ -70,7 +67,7 @@ void ReadClock(TomlTable& table, Scenario& scenario) {
         jump.Require("seconds");
         jump.ReadSeconds("at", event.at, 0.0, kLongestRun);
         jump.ReadInteger("seconds", event.value, -2'000'000'000, 2'000'000'000);
-        scenario.events.push_back(event);
+        board.events.push_back(event);
     });
 }
 
@@ -82,11 +79,11 @@ void CheckLineNames(TomlTable& table, std::string_view key, const std::vector<st
     }
 }
 
-void ReadLines(TomlTable& table, Scenario& scenario) {
-    table.ReadStrings("exported", scenario.exportedLines);
-    table.ReadStrings("high", scenario.highInputs);
-    CheckLineNames(table, "exported", scenario.exportedLines);
-    CheckLineNames(table, "high", scenario.highInputs);
+void ReadLines(TomlTable& table, BoardSetup& board) {
+    table.ReadStrings("exported", board.lines.exported);
+    table.ReadStrings("high", board.lines.high);
+    CheckLineNames(table, "exported", board.lines.exported);
+    CheckLineNames(table, "high", board.lines.high);
     table.Tables("event", [&](TomlTable& entry) {
         WorldEvent event;
         event.kind = WorldEvent::Kind::SetInput;
@@ -99,25 +96,25 @@ void ReadLines(TomlTable& table, Scenario& scenario) {
         entry.Read("line", name);
         CheckLineNames(entry, "line", {name});
         event.line = Lines::Number(name).value_or(0);
-        scenario.events.push_back(event);
+        board.events.push_back(event);
     });
 }
 
-void ReadThreads(TomlTable& table, Scenario& scenario) {
+void ReadThreads(TomlTable& table, ThreadOrder& threadOrder) {
     std::string order = "arrival";
     table.Read("order", order);
     if (order != "arrival" && order != "seeded") {
         table.Fail("order", R"(takes "arrival" or "seeded")");
     }
-    scenario.threadOrder = order == "seeded" ? ThreadOrder::Seeded : ThreadOrder::Arrival;
+    threadOrder = order == "seeded" ? ThreadOrder::Seeded : ThreadOrder::Arrival;
 }
 
-void ReadMountTable(TomlTable& table, Scenario& scenario) {
-    table.Read("present", scenario.mountTableExists);
-    table.ReadStrings("lines", scenario.mountTable);
+void ReadMountTable(TomlTable& table, MountSetup& mounts) {
+    table.Read("present", mounts.tablePresent);
+    table.ReadStrings("lines", mounts.lines);
 }
 
-void ReadFileSystem(TomlTable& table, Scenario& scenario) {
+void ReadFileSystem(TomlTable& table, MountSetup& mounts) {
     constexpr std::int64_t most = 1LL << 60;
     FileSystem system;
     table.Require("directory");
@@ -126,24 +123,24 @@ void ReadFileSystem(TomlTable& table, Scenario& scenario) {
     table.ReadInteger("blocks", system.blocks, 0, most);
     table.ReadInteger("free", system.freeBlocks, 0, most);
     table.ReadInteger("available", system.availableBlocks, 0, most);
-    scenario.fileSystems.push_back(system);
+    mounts.fileSystems.push_back(system);
 }
 
-void ReadIndicator(TomlTable& table, Scenario& scenario) {
-    table.Read("cable_length", scenario.cableLength, 0.0, 1e6);
-    table.Read("lamp_voltage", scenario.lampVoltage, -100.0, 100.0);
+void ReadIndicator(TomlTable& table, BoardSetup& board) {
+    table.Read("cable_length", board.analog.cableLength, 0.0, 1e6);
+    table.Read("lamp_voltage", board.analog.lampVoltage, -100.0, 100.0);
 }
 
-void ReadAdc(TomlTable& table, Scenario& scenario) {
-    table.Read("scale", scenario.adcScale);
+void ReadAdc(TomlTable& table, BoardSetup& board) {
+    table.Read("scale", board.analog.scale);
     table.Tables("input", [&](TomlTable& entry) {
-        int input = 0;
+        std::size_t input = 0;
         double volts = 0.0;
         entry.Require("number");
         entry.Require("volts");
-        entry.ReadInteger("number", input, 0, 11);
+        entry.ReadInteger("number", input, 0, AnalogState::kInputs - 1);
         entry.Read("volts", volts, -1e6, 1e6);
-        scenario.adcInputs[input] = volts;
+        board.analog.direct.at(input) = volts;
     });
 }
 
@@ -157,45 +154,51 @@ void CheckBoardPath(TomlTable& table, std::string_view key, const std::string& p
     }
 }
 
-void ReadBoard(TomlTable& table, Scenario& scenario) {
-    table.Read("present", scenario.boardPresent);
+void ReadMissing(TomlTable& table, PathChanges& paths) {
     std::vector<std::string> missing;
     table.ReadStrings("missing", missing);
     for (const std::string& path : missing) {
         CheckBoardPath(table, "missing", path, "");
     }
-    scenario.missing.insert(missing.begin(), missing.end());
+    paths.missing.insert(missing.begin(), missing.end());
+}
+
+void ReadAttributes(TomlTable& table, PathChanges& paths) {
+    table.Texts([&](const std::string& path, const std::string& text) {
+        CheckBoardPath(table, path, path, kSysfs);
+        paths.replaced[path] = text;
+    });
 }
 
 void ReadAll(TomlTable& top, Scenario& scenario) {
-    const auto below = [&](std::string_view key, void (*read)(TomlTable&, Scenario&)) {
-        top.Table(key, [&](TomlTable& table) { read(table, scenario); });
+    BoardSetup& board = scenario.board;
+    KernelSetup& kernel = scenario.kernel;
+    const auto below = [&](std::string_view key, auto& setup, auto read) {
+        top.Table(key, [&](TomlTable& table) { read(table, setup); });
     };
-    below("board", ReadBoard);
-    below("sample", ReadSample);
-    below("detector", ReadDetector);
-    below("card", ReadCard);
-    below("pump", ReadPump);
-    below("clock", ReadClock);
-    below("lines", ReadLines);
-    below("threads", ReadThreads);
-    below("mount_table", ReadMountTable);
-    below("indicator", ReadIndicator);
-    below("adc", ReadAdc);
-    top.Tables("file_system", [&](TomlTable& table) { ReadFileSystem(table, scenario); });
+    top.Table("board", [&](TomlTable& table) {
+        table.Read("present", board.present);
+        ReadMissing(table, kernel.paths);
+    });
+    below("sample", board, ReadSample);
+    below("detector", board, ReadDetector);
+    below("card", board, ReadCard);
+    below("pump", board, ReadPump);
+    below("clock", board, ReadClock);
+    below("lines", board, ReadLines);
+    below("threads", scenario.threadOrder, ReadThreads);
+    below("mount_table", kernel.mounts, ReadMountTable);
+    below("indicator", board, ReadIndicator);
+    below("adc", board, ReadAdc);
+    top.Tables("file_system", [&](TomlTable& table) { ReadFileSystem(table, kernel.mounts); });
     top.Table("converter", [&](TomlTable& table) {
-        table.ReadIntegers("words", scenario.converterWords, 0, 0xFFFFFFFFLL);
+        table.ReadIntegers("words", board.converterWords, 0, 0xFFFFFFFFLL);
     });
     top.Table("channels", [&](TomlTable& table) {
-        table.ReadIntegers("exported", scenario.exportedChannels, 0, PwmChip::kCount - 1);
+        table.ReadIntegers("exported", board.exportedChannels, 0, PwmChip::kCount - 1);
     });
-    top.Table("attributes", [&](TomlTable& table) {
-        table.Texts([&](const std::string& path, const std::string& text) {
-            CheckBoardPath(table, path, path, "/sys");
-            scenario.attributes[path] = text;
-        });
-    });
-    top.Tables("fault", [&](TomlTable& table) { ReadFault(table, scenario); });
+    below("attributes", kernel.paths, ReadAttributes);
+    top.Tables("fault", [&](TomlTable& table) { ReadFault(table, kernel.faults); });
     top.Finish();
 }
 
@@ -216,18 +219,19 @@ std::variant<Scenario, ScenarioError> ParseScenario(std::string_view toml,
     if (problems.Any()) {
         return ScenarioError{problems.first};
     }
-    std::stable_sort(scenario.events.begin(), scenario.events.end(),
+    std::vector<WorldEvent>& events = scenario.board.events;
+    std::stable_sort(events.begin(), events.end(),
                      [](const WorldEvent& a, const WorldEvent& b) { return a.at < b.at; });
     return scenario;
 }
 
-std::variant<std::string, ScenarioError> ReadScenarioText(const std::string& path) {
+std::variant<Scenario, ScenarioError> ReadScenarioFile(const std::string& path) {
     std::error_code ignored;
     std::ifstream file(path);
     if (!file || std::filesystem::is_directory(path, ignored)) {
         return ScenarioError{path + ": cannot be read; takes a file in TOML"};
     }
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    return ParseScenario(std::string(std::istreambuf_iterator<char>(file), {}), path);
 }
 
 } // namespace sim

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/scenario/Scenario.h"
+#include "simulator/run/RunOptions.h"
 
 #include <string>
 #include <string_view>
@@ -16,7 +16,7 @@ struct ScenarioError {
 /// Reads a scenario in TOML; name stands for the file in errors. Every unknown key and every value
 /// out of its range is an error, and so is a path that no call of the program can meet.
 std::variant<Scenario, ScenarioError> ParseScenario(std::string_view toml, const std::string& name);
-/// The text of a scenario file.
-std::variant<std::string, ScenarioError> ReadScenarioText(const std::string& path);
+/// The same of a file.
+std::variant<Scenario, ScenarioError> ReadScenarioFile(const std::string& path);
 
 } // namespace sim

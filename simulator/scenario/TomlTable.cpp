@@ -29,7 +29,7 @@ std::string TomlTable::Full(std::string_view key) const {
     return name_.empty() ? std::string(key) : name_ + "." + std::string(key);
 }
 
-const toml::node* TomlTable::Take(std::string_view key) {
+const toml::node* TomlTable::Node(std::string_view key) {
     known_.emplace(key);
     return table_.get(key);
 }
@@ -45,14 +45,25 @@ void TomlTable::Require(std::string_view key) {
     }
 }
 
-void TomlTable::Read(std::string_view key, bool& value) {
-    if (const toml::node* node = Take(key)) {
-        if (const auto given = node->value_exact<bool>()) {
-            value = *given;
-        } else {
-            Fail(key, "takes true or false");
-        }
+template <typename Value>
+void TomlTable::ReadExactly(std::string_view key, Value& value, std::string_view takes) {
+    const toml::node* node = Node(key);
+    if (node == nullptr) {
+        return;
     }
+    if (const auto given = node->value_exact<Value>()) {
+        value = *given;
+    } else {
+        Fail(key, takes);
+    }
+}
+
+void TomlTable::Read(std::string_view key, bool& value) {
+    ReadExactly(key, value, "takes true or false");
+}
+
+void TomlTable::Read(std::string_view key, std::string& value) {
+    ReadExactly(key, value, "takes a text in quotes");
 }
 
 std::optional<double> TomlTable::NumberOf(const toml::node& node, std::string_view key,
@@ -80,12 +91,12 @@ std::optional<std::int64_t> TomlTable::IntegerOf(const toml::node& node, std::st
 
 std::optional<std::int64_t> TomlTable::WholeNumber(std::string_view key, std::int64_t least,
                                                    std::int64_t most) {
-    const toml::node* node = Take(key);
+    const toml::node* node = Node(key);
     return node != nullptr ? IntegerOf(*node, key, least, most) : std::nullopt;
 }
 
 void TomlTable::Read(std::string_view key, double& value, double least, double most) {
-    if (const toml::node* node = Take(key)) {
+    if (const toml::node* node = Node(key)) {
         if (const auto given = NumberOf(*node, key, least, most)) {
             value = *given;
         }
@@ -100,18 +111,8 @@ void TomlTable::ReadSeconds(std::string_view key, Nanoseconds& value, double lea
     }
 }
 
-void TomlTable::Read(std::string_view key, std::string& value) {
-    if (const toml::node* node = Take(key)) {
-        if (const auto given = node->value_exact<std::string>()) {
-            value = *given;
-        } else {
-            Fail(key, "takes a text in quotes");
-        }
-    }
-}
-
 void TomlTable::ForEach(std::string_view key, const std::function<void(const toml::node&)>& read) {
-    const toml::node* node = Take(key);
+    const toml::node* node = Node(key);
     if (node == nullptr) {
         return;
     }
@@ -137,7 +138,7 @@ void TomlTable::ReadStrings(std::string_view key, std::vector<std::string>& valu
 
 void TomlTable::ReadNumbers(std::string_view key, std::vector<double>& values, double least,
                             double most) {
-    const toml::node* node = Take(key);
+    const toml::node* node = Node(key);
     if (node == nullptr) {
         return;
     }
@@ -159,7 +160,7 @@ void TomlTable::ReadNumbers(std::string_view key, std::vector<double>& values, d
 }
 
 void TomlTable::Table(std::string_view key, const std::function<void(TomlTable&)>& read) {
-    const toml::node* node = Take(key);
+    const toml::node* node = Node(key);
     if (node == nullptr) {
         return;
     }
@@ -173,7 +174,7 @@ void TomlTable::Table(std::string_view key, const std::function<void(TomlTable&)
 }
 
 void TomlTable::Tables(std::string_view key, const std::function<void(TomlTable&)>& read) {
-    const toml::node* node = Take(key);
+    const toml::node* node = Node(key);
     if (node == nullptr) {
         return;
     }

@@ -63,7 +63,7 @@ class TomlTable {
     /// Every key with its text.
     void Texts(const std::function<void(const std::string& key, const std::string& text)>& read);
 
-    bool Has(std::string_view key) { return Take(key) != nullptr; }
+    bool Has(std::string_view key) { return Node(key) != nullptr; }
     void Require(std::string_view key);
     /// Notes an error at a key, or at the table when the key is not there.
     void Fail(std::string_view key, std::string_view what);
@@ -71,7 +71,9 @@ class TomlTable {
     void Finish();
 
   private:
-    const toml::node* Take(std::string_view key);
+    const toml::node* Node(std::string_view key);
+    template <typename Value>
+    void ReadExactly(std::string_view key, Value& value, std::string_view takes);
     std::optional<std::int64_t> WholeNumber(std::string_view key, std::int64_t least,
                                             std::int64_t most);
     std::optional<std::int64_t> IntegerOf(const toml::node& node, std::string_view key,

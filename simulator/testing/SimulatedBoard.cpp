@@ -1,32 +1,23 @@
 #include "simulator/testing/SimulatedBoard.h"
 
+#include "simulator/board/BoardPaths.h"
 #include "simulator/board/Wiring.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <unistd.h>
 
 namespace sim {
 namespace {
 
-std::string TemporaryFolder() {
-    std::string pattern =
-        std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/tavrelin-test-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-        std::perror("temporary folder for a simulated board");
+RunOptions In(const RunRoot& root, RunOptions options, const Scenario& scenario) {
+    if (!root.Problem().empty()) {
+        std::fprintf(stderr, "simulated board: %s\n", root.Problem().c_str());
         std::abort();
     }
-    return pattern;
-}
-
-RunOptions WithDefaults(const Scenario& scenario, const RunOptions& given,
-                        const std::string& root) {
-    RunOptions options = given;
     options.scenario = scenario;
-    options.root = root;
+    options.root = root.Path();
     return options;
 }
 
@@ -37,7 +28,7 @@ std::string Contents(const std::string& path) {
     return text.str();
 }
 
-/// The text that EventLog::quoted made a data column of, with what follows the quotes.
+/// The text that EventLog::Quoted made a data column of, with what follows the quotes.
 std::string Unquoted(const std::string& data) {
     std::string text;
     for (const char character : data) {
@@ -49,37 +40,29 @@ std::string Unquoted(const std::string& data) {
 }
 
 std::string PathOf(std::string_view device) {
-    const std::string name(device);
     if (device == "spi") {
-        return "/dev/spidev32765.1";
+        return std::string(kSpiDevice);
     }
-    if (device == "gpio") {
-        return "/sys/class/gpio/";
+    const std::string gpio = std::string(kGpio) + "/";
+    const std::string pwm = std::string(kPwmChip) + "/";
+    if (device == "gpio" || device == "pwmchip0") {
+        return device == "gpio" ? gpio : pwm;
     }
-    if (device == "pwmchip0") {
-        return "/sys/class/pwm/pwmchip0/";
-    }
-    return (device.substr(0, 3) == "pwm" ? "/sys/class/pwm/pwmchip0/" : "/sys/class/gpio/pio") +
-           name + "/";
+    return (device.substr(0, 3) == "pwm" ? pwm : gpio + "pio") + std::string(device) + "/";
 }
 
 } // namespace
 
 SimulatedBoard::SimulatedBoard(const Scenario& scenario, const RunOptions& options)
-    : root_(TemporaryFolder()), simulation_(WithDefaults(scenario, options, root_)) {
+    : simulation_(In(root_, options, scenario)) {
     simulation_.events.Keep();
-    simulation_.end = [](Ending ending, const std::string& text) {
+    simulation_.end.how = [](Ending ending, const std::string& text) {
         const char* what = ending == Ending::Deadlock       ? "deadlock"
                            : ending == Ending::LimitReached ? "limit reached"
                                                             : "call that is not modelled";
         std::fprintf(stderr, "simulated board: %s: %s\n", what, text.c_str());
         std::abort();
     };
-}
-
-SimulatedBoard::~SimulatedBoard() {
-    std::error_code ignored;
-    std::filesystem::remove_all(root_, ignored);
 }
 
 sim::Line& SimulatedBoard::Line(std::string_view name) {
@@ -133,40 +116,40 @@ Texts SimulatedBoard::TimedEvents() const {
 }
 
 std::uint64_t SimulatedBoard::Calls(std::string_view name) const {
-    const auto& counts = simulation_.kernel.CallCounts();
+    const auto& counts = simulation_.kernel.calls.Made();
     const auto found = counts.find(name);
     return found == counts.end() ? 0 : found->second;
 }
 
 void SimulatedBoard::Fail(const std::string& call, const std::string& path, int error,
                           std::uint64_t occurrence) {
-    simulation_.faults.Add({call, path, occurrence, error, std::nullopt, false});
+    Kernel().calls.faults.Add({call, path, occurrence, error, std::nullopt, false});
 }
 
 void SimulatedBoard::FailForever(const std::string& call, const std::string& path, int error,
                                  std::uint64_t occurrence) {
-    simulation_.faults.Add({call, path, occurrence, error, std::nullopt, true});
+    Kernel().calls.faults.Add({call, path, occurrence, error, std::nullopt, true});
 }
 
 void SimulatedBoard::CutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
                               std::uint64_t occurrence) {
-    simulation_.faults.Add({call, path, occurrence, 0, bytes, false});
+    Kernel().calls.faults.Add({call, path, occurrence, 0, bytes, false});
 }
 
 void SimulatedBoard::ReplaceText(const std::string& path, const std::string& text) {
-    Kernel().Sysfs().Replace(path, text);
+    Kernel().tree.Replace(path, text);
 }
 
 std::string SimulatedBoard::FileOnCard(const std::string& name) const {
-    return Contents(simulation_.kernel.CardFolder() + "/" + name);
+    return Contents(simulation_.kernel.paths.CardFolder() + "/" + name);
 }
 
 std::string SimulatedBoard::FileBelowMountPoint(const std::string& name) const {
-    return Contents(simulation_.kernel.MountPointFolder() + "/" + name);
+    return Contents(simulation_.kernel.paths.MountPointFolder() + "/" + name);
 }
 
 void SimulatedBoard::WriteFileOnCard(const std::string& name, const std::string& text) const {
-    std::ofstream(simulation_.kernel.CardFolder() + "/" + name, std::ios::binary) << text;
+    std::ofstream(simulation_.kernel.paths.CardFolder() + "/" + name, std::ios::binary) << text;
 }
 
 } // namespace sim

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/run/RunRoot.h"
 #include "simulator/run/Simulation.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ class SimulatedBoard {
     explicit SimulatedBoard(const Scenario& scenario, const RunOptions& options = {});
     SimulatedBoard(const SimulatedBoard&) = delete;
     SimulatedBoard& operator=(const SimulatedBoard&) = delete;
-    ~SimulatedBoard();
+    ~SimulatedBoard() = default;
 
     /// A line by its name: port letter and bit.
     sim::Line& Line(std::string_view name);
@@ -36,7 +37,7 @@ class SimulatedBoard {
     CardSlot& Card() { return simulation_.board.card; }
     sim::Board& Model() { return simulation_.board; }
     sim::Kernel& Kernel() { return simulation_.kernel; }
-    void InsertCard() { Card().Insert(Now()); }
+    void InsertCard() { Card().Insert(); }
     void RemoveCard() { Card().Remove(Now()); }
 
     Nanoseconds Now() const { return simulation_.board.Now(); }
@@ -47,7 +48,7 @@ class SimulatedBoard {
     /// 1000000"), "gpio" or "pwmchip0" ("export 39"), or the converter ("spi": bytes in wire order,
     /// "a080"). A write that the kernel refused ends in its errno.
     Texts WritesTo(std::string_view device) const;
-    /// All operations since the start or the last forget, as "operation path data".
+    /// All operations since the start or the last Forget, as "operation path data".
     Texts Events() const;
     /// The same with "microseconds thread" before each.
     Texts TimedEvents() const;
@@ -64,13 +65,13 @@ class SimulatedBoard {
     /// once and tells of an error, of no edge.
     void CutShort(const std::string& call, const std::string& path, std::uint64_t bytes,
                   std::uint64_t occurrence = 1);
-    void StopFailing() { simulation_.faults.Clear(); }
+    void StopFailing() { simulation_.kernel.calls.faults.Clear(); }
 
     /// A path of the board is not there any more.
-    void TakeAway(const std::string& path) { Kernel().Sysfs().Take(path); }
+    void TakeAway(const std::string& path) { Kernel().tree.TakeAway(path); }
     /// Reading an attribute gives this text.
     void ReplaceText(const std::string& path, const std::string& text);
-    void Restore(const std::string& path) { Kernel().Sysfs().GiveBack(path); }
+    void Restore(const std::string& path) { Kernel().tree.Restore(path); }
 
     /// Text of a file on the card, by its name; empty when there is none.
     std::string FileOnCard(const std::string& name) const;
@@ -82,10 +83,10 @@ class SimulatedBoard {
 
     /// Folder on this machine that holds the card's files and the mount point; goes with this
     /// object.
-    const std::string& Root() const { return root_; }
+    const std::string& Root() const { return root_.Path(); }
 
   private:
-    std::string root_;
+    RunRoot root_{""};
     Simulation simulation_;
 };
 

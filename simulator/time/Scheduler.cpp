@@ -21,6 +21,8 @@ void GiveGo(std::atomic<std::uint32_t>& word) {
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
+thread_local Scheduler::Thread* ofThisThread = nullptr;
+
 /// One chance in so many that the seed takes the processor away at an operation.
 constexpr std::uint64_t kChanceOneIn = 4;
 
@@ -103,14 +105,14 @@ Scheduler::Thread& Scheduler::Next() {
     for (;;) {
         WakeSleepers();
         if (!ready_.empty()) {
-            return Take();
+            return PickReady();
         }
         Nanoseconds earliest = kNever;
         for (const Thread* thread : waiting_) {
             earliest = std::min(earliest, thread->wakeAt);
         }
         if (earliest == kNever) {
-            deadlock(WhoWaitsForWhat());
+            end_(Ending::Deadlock, WhoWaitsForWhat());
         }
         advanceTo(earliest);
     }
@@ -132,7 +134,7 @@ void Scheduler::WakeSleepers() {
     ready_.insert(ready_.end(), due.begin(), due.end());
 }
 
-Scheduler::Thread& Scheduler::Take() {
+Scheduler::Thread& Scheduler::PickReady() {
     std::size_t index = 0;
     if (order_ == ThreadOrder::Seeded) {
         index = static_cast<std::size_t>(noise_.Below(ready_.size()));
@@ -149,6 +151,13 @@ std::string Scheduler::WhoWaitsForWhat() const {
                 std::to_string(thread->number) + " waits for " + thread->waitReason;
     }
     return text.empty() ? "no thread is left" : text;
+}
+
+Scheduler::Thread* ThreadSelf() {
+    return ofThisThread;
+}
+void SetThreadSelf(Scheduler::Thread* thread) {
+    ofThisThread = thread;
 }
 
 } // namespace sim

@@ -2,7 +2,7 @@
 
 #include "simulator/board/Nanoseconds.h"
 #include "simulator/board/Noise.h"
-#include "simulator/scenario/Scenario.h"
+#include "simulator/time/RunEnd.h"
 
 #include <atomic>
 #include <cstdint>
@@ -13,6 +13,12 @@
 #include <vector>
 
 namespace sim {
+
+/// In which order threads that could run do run.
+enum class ThreadOrder {
+    Arrival, ///< first ready, first run; a thread runs until it waits
+    Seeded   ///< picked by the seed, with hand-overs at any operation
+};
 
 /// Runs the program's threads one at a time, in an order that depends on nothing but the program
 /// and the seed, and lets board time pass when all of them wait. A thread runs until it sleeps,
@@ -30,14 +36,14 @@ class Scheduler {
         bool finished = false;
     };
 
-    Scheduler(ThreadOrder order, std::uint64_t seed) : order_(order), noise_(seed) {}
+    /// end: called when no thread can ever run again, with what each waits for.
+    Scheduler(ThreadOrder order, std::uint64_t seed, const RunEnd& end)
+        : order_(order), noise_(seed), end_(end) {}
 
     /// Carries board time on to a moment; called when nothing can run before it.
     std::function<void(Nanoseconds)> advanceTo;
     /// Tells board time.
     std::function<Nanoseconds()> now;
-    /// Called when no thread can ever run again, with what each waits for. Must not return.
-    std::function<void(const std::string&)> deadlock;
 
     /// Makes the calling thread the one that runs, as thread 1.
     Thread& AdoptMainThread();
@@ -50,7 +56,7 @@ class Scheduler {
     /// Drops a thread that ended.
     void Forget(Thread& thread);
 
-    /// Lets others run until board time reaches a moment or somebody wakes the key; `never` waits
+    /// Lets others run until board time reaches a moment or somebody wakes the key; kNever waits
     /// for ever.
     void SleepUntil(Thread& self, Nanoseconds moment, std::string reason,
                     const void* key = nullptr);
@@ -63,23 +69,28 @@ class Scheduler {
     unsigned Current() const { return current_ != nullptr ? current_->number : 0; }
     /// Threads that have not been joined, the main thread included.
     std::size_t Alive() const { return threads_.size(); }
-    unsigned Created() const { return created_; }
 
   private:
     void HandOver(Thread& self);
     Thread& Next();
     void WakeSleepers();
-    Thread& Take();
+    Thread& PickReady();
     void Run(Thread& thread);
     std::string WhoWaitsForWhat() const;
 
     ThreadOrder order_;
     Noise noise_;
+    const RunEnd& end_;
     unsigned created_ = 0;
     Thread* current_ = nullptr;
     std::vector<std::unique_ptr<Thread>> threads_;
     std::deque<Thread*> ready_;
     std::vector<Thread*> waiting_; ///< asleep or waiting, in order of arrival
 };
+
+/// The calling thread as the scheduler knows it; null for a thread that does not take part in a
+/// simulation.
+Scheduler::Thread* ThreadSelf();
+void SetThreadSelf(Scheduler::Thread* thread);
 
 } // namespace sim

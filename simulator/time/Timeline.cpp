@@ -1,7 +1,6 @@
 #include "simulator/time/Timeline.h"
 
 #include "simulator/libc/Real.h"
-#include "simulator/time/ThreadSelf.h"
 
 #include <algorithm>
 
@@ -15,8 +14,9 @@ constexpr unsigned kFreeClockLooks = 1000;
 
 } // namespace
 
-Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace)
-    : board_(board), scheduler_(scheduler), limit_(limit), pace_(pace),
+Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace,
+                   const RunEnd& end)
+    : board_(board), scheduler_(scheduler), limit_(limit), pace_(pace), end_(end),
       realStart_(real::MonotonicNanoseconds()) {
     scheduler_.advanceTo = [this](Nanoseconds moment) { AdvanceTo(moment); };
     scheduler_.now = [this] { return Now(); };
@@ -39,7 +39,7 @@ void Timeline::AdvanceTo(Nanoseconds moment) {
     }
     KeepPace();
     if (Now() >= limit_) {
-        onLimit();
+        end_(Ending::LimitReached, "board time");
     }
 }
 

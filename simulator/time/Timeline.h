@@ -11,10 +11,9 @@ namespace sim {
 /// Board time as the threads of the program spend it: sleeping, working, polling.
 class Timeline {
   public:
-    Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace);
+    /// end: called when the limit in board time is reached.
+    Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double pace, const RunEnd& end);
 
-    /// Called once, when the limit in board time is reached.
-    std::function<void()> onLimit;
     /// Called whenever time has passed.
     std::function<void(Nanoseconds now)> onAdvance;
 
@@ -45,6 +44,7 @@ class Timeline {
     Scheduler& scheduler_;
     Nanoseconds limit_;
     double pace_;
+    const RunEnd& end_;
     long long realStart_;
     unsigned polledLine_ = ~0U;
     bool polledLevel_ = false;

@@ -171,7 +171,7 @@ TEST(RunCycleStep, LogsAMeasurementUnderTheDateOfItsEnd) {
 
 TEST(RunCycleStep, LosesTheRecordWithoutACardButNotTheResult) {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     Instrument instrument(scenario);
     EXPECT_EQ(instrument.Finish(), kSanityCheck + StatusLine("185.040", "0", "Sanity Check"));
     EXPECT_EQ(instrument.table.Step(), 1);

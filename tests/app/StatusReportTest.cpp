@@ -48,7 +48,7 @@ TEST_F(StatusReport, ShowsWhetherTheCardIsMountedAnewInEveryLine) {
 }
 
 TEST_F(StatusReport, ShowsNoCardWithoutAMountTable) {
-    board_.Card().MountAtStart();
+    board_.Card().mounted = true;
     board_.TakeAway("/etc/mtab");
     EXPECT_THAT(StatusLine(0.0F), HasSubstr(",0.000,0,"));
 }

@@ -76,7 +76,7 @@ TEST(Timestamp, FollowsAZoneFileThatIsReplacedWhileTheProgramRuns) {
 TEST(Timestamp, FollowsAClockThatIsSetBack) {
     const TimeZone utc;
     Scenario scenario;
-    scenario.events = {{sim::Seconds(60), WorldEvent::Kind::JumpClock, -3600, 0}};
+    scenario.board.events = {{sim::Seconds(60), WorldEvent::Kind::JumpClock, -3600, 0}};
     SimulatedBoard board(scenario, StartingAt("2026-03-08 00:30:00"));
     EXPECT_EQ(TimestampText(), "2026-03-08 00:30.00");
     board.Elapse(sim::Seconds(59));

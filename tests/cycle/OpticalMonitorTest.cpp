@@ -128,8 +128,8 @@ TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
 
 TEST(OpticalMonitor, MakesItsStepWaitForTheCard) {
     Scenario scenario;
-    scenario.cardPresent = false;
-    scenario.events = {{.at = sim::Seconds(60), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.present = false;
+    scenario.board.events = {{.at = sim::Seconds(60), .kind = WorldEvent::Kind::InsertCard}};
     Instrument instrument(scenario);
     const StepOutcome outcome = instrument.Run(
         {.Duration = 1000, .ADCMonitorStatus = true, .Description = "Dark Count Measurement"});

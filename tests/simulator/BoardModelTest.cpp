@@ -11,15 +11,15 @@ namespace tavrelin {
 namespace {
 
 using sim::Board;
+using sim::BoardSetup;
 using sim::Milliseconds;
-using sim::Scenario;
 using sim::Seconds;
-using sim::WorldEvent;
+using Kind = sim::WorldEvent::Kind;
 
 class BoardModel {
   public:
-    explicit BoardModel(const Scenario& scenario = {}, std::uint64_t seed = 1)
-        : board(scenario, seed, 0) {
+    explicit BoardModel(const BoardSetup& setup = {}, std::uint64_t seed = 1)
+        : board(setup, seed, 0) {
         board.onEvent = [this](const std::string& what, const std::string& data) {
             told.push_back(std::to_string(board.Now() / Milliseconds(1)) + " " + what + " " + data);
         };
@@ -32,6 +32,8 @@ class BoardModel {
     }
     void Stop(unsigned channel) { board.pwm.SetEnable(channel, "0"); }
     void Wait(int ms) { board.AdvanceTo(board.Now() + Milliseconds(ms)); }
+    std::int64_t Steps() const { return board.shaft.StepsTurned(board.Now()); }
+    bool HomeSensor() const { return board.lines.At(sim::kHomeSensorLine).level; }
     /// A reading as the converter sends it.
     std::int32_t Reading() { return board.converter.detector(board.Now()); }
     void LampOn() { Run(sim::kLampChannel, "1000000", "300000"); }
@@ -41,10 +43,10 @@ class BoardModel {
 };
 
 TEST(Detector, SeesDarkAndReferenceCounts) {
-    Scenario scenario;
-    scenario.darkCount = 123;
-    scenario.referenceCount = 2'000'000;
-    BoardModel model(scenario);
+    BoardSetup setup;
+    setup.detector.dark = 123;
+    setup.detector.reference = 2'000'000;
+    BoardModel model(setup);
     EXPECT_EQ(model.Reading(), 123);
     model.LampOn();
     EXPECT_EQ(model.Reading(), 2'000'000);
@@ -55,10 +57,13 @@ TEST(Detector, SeesDarkAndReferenceCounts) {
 }
 
 TEST(Detector, SeesTheColourOfTheSample) {
-    Scenario scenario;
-    scenario.absorbances = {0.5};
-    BoardModel model(scenario);
+    BoardSetup setup;
+    setup.absorbances = {0.5};
+    BoardModel model(setup);
     model.LampOn();
+    model.Run(sim::kValveChannel, "1000000", "1000000");
+    model.Wait(1000);
+    model.Stop(sim::kValveChannel);
     model.Drive(sim::kStirrerEnableLine, "low");
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "625000", "312500");
@@ -67,14 +72,14 @@ TEST(Detector, SeesTheColourOfTheSample) {
     EXPECT_EQ(model.Reading(), 3'000'000);
     model.Run(sim::kStirrerChannel, "1000000", "500000");
     model.Wait(2000);
-    EXPECT_EQ(model.Reading(), std::lround(20'000 + 2'980'000 * std::pow(10.0, -0.5)));
+    EXPECT_EQ(model.Reading(), 962'359) << "20000 + 2980000 * 10^-0.5";
 }
 
 TEST(Detector, HasNoiseOfTheGivenDeviation) {
-    Scenario scenario;
-    scenario.noise = 50.0;
-    BoardModel model(scenario, 9);
-    BoardModel same(scenario, 9);
+    BoardSetup setup;
+    setup.detector.noise = 50.0;
+    BoardModel model(setup, 9);
+    BoardModel same(setup, 9);
     double squares = 0.0;
     for (int i = 0; i < 10'000; ++i) {
         const double off = model.Reading() - 20'000;
@@ -88,16 +93,16 @@ TEST(Pump, TurnsWhileItsDriverIsEnabledAndPulsed) {
     BoardModel model;
     model.Run(sim::kPumpChannel, "625000", "312500");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "not enabled: an input";
+    EXPECT_EQ(model.Steps(), 0) << "not enabled: an input";
     model.Drive(sim::kPumpEnableLine, "high");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 0) << "high disables the driver";
+    EXPECT_EQ(model.Steps(), 0) << "high disables the driver";
     model.Drive(sim::kPumpEnableLine, "low");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160);
+    EXPECT_EQ(model.Steps(), 160);
     model.board.pwm.SetDuty(sim::kPumpChannel, "0");
     model.Wait(100);
-    EXPECT_EQ(model.board.shaft.StepsTurned(model.board.Now()), 160) << "no pulses";
+    EXPECT_EQ(model.Steps(), 160) << "no pulses";
 }
 
 TEST(HomeSensor, FollowsTheFlag) {
@@ -105,20 +110,20 @@ TEST(HomeSensor, FollowsTheFlag) {
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "1000000", "500000");
     model.Wait(1199);
-    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_TRUE(model.HomeSensor());
     model.Wait(1);
-    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_FALSE(model.HomeSensor());
     model.Wait(67);
-    EXPECT_TRUE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_TRUE(model.HomeSensor());
     EXPECT_EQ(model.told, (std::vector<std::string>{"1200 flag enters the sensor",
                                                     "1267 flag leaves the sensor"}));
 }
 
 TEST(HomeSensor, StartsOnTheFlagWhenAskedTo) {
-    Scenario scenario;
-    scenario.startOnFlag = true;
-    EXPECT_FALSE(BoardModel(scenario).board.lines.At(sim::kHomeSensorLine).level);
-    EXPECT_TRUE(BoardModel().board.lines.At(sim::kHomeSensorLine).level);
+    BoardSetup setup;
+    setup.pump.onFlag = true;
+    EXPECT_FALSE(BoardModel(setup).HomeSensor());
+    EXPECT_TRUE(BoardModel().HomeSensor());
 }
 
 TEST(HomeSensor, StaysAsItIsHeld) {
@@ -127,7 +132,7 @@ TEST(HomeSensor, StaysAsItIsHeld) {
     model.Drive(sim::kPumpEnableLine, "low");
     model.Run(sim::kPumpChannel, "1000000", "500000");
     model.Wait(1300);
-    EXPECT_FALSE(model.board.lines.At(sim::kHomeSensorLine).level);
+    EXPECT_FALSE(model.HomeSensor());
     EXPECT_TRUE(model.told.empty());
 }
 
@@ -141,17 +146,13 @@ TEST(Valve, IsOpenWhileItsChannelPulses) {
     EXPECT_FALSE(model.board.ValveOpen());
 }
 
-Scenario WithEvents() {
-    Scenario scenario;
-    scenario.events = {{Seconds(1), WorldEvent::Kind::RemoveCard, 0, 0},
-                       {Seconds(2), WorldEvent::Kind::InsertCard, 0, 0},
-                       {Seconds(3), WorldEvent::Kind::JumpClock, -3600, 0},
-                       {Seconds(4), WorldEvent::Kind::SetInput, 1, 7}};
-    return scenario;
-}
-
 TEST(World, ActsAtItsTimes) {
-    BoardModel model(WithEvents());
+    BoardSetup setup;
+    setup.events = {{Seconds(3), Kind::JumpClock, -3600, 0},
+                    {Seconds(1), Kind::RemoveCard, 0, 0},
+                    {Seconds(2), Kind::InsertCard, 0, 0},
+                    {Seconds(4), Kind::SetInput, 1, 7}};
+    BoardModel model(setup);
     EXPECT_EQ(model.board.NextEvent(), Seconds(1));
     model.Wait(1000);
     EXPECT_FALSE(model.board.card.present);
@@ -177,12 +178,12 @@ TEST(World, NeverGoesBack) {
 }
 
 TEST(Start, ShowsWhatTheScenarioLeaves) {
-    Scenario scenario;
-    scenario.highInputs = {"C3"};
-    scenario.exportedLines = {"B15"};
-    scenario.exportedChannels = {3};
-    scenario.cardPresent = false;
-    const BoardModel model(scenario);
+    BoardSetup setup;
+    setup.lines.high = {"C3"};
+    setup.lines.exported = {"B15"};
+    setup.exportedChannels = {3};
+    setup.card.present = false;
+    const BoardModel model(setup);
     EXPECT_TRUE(model.board.lines.At(2 * 32 + 3).level);
     EXPECT_TRUE(model.board.lines.At(47).exported);
     EXPECT_TRUE(model.board.pwm.At(3).exported);

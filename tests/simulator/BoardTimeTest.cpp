@@ -26,8 +26,14 @@ timespec ClockOf(clockid_t clock) {
     return time;
 }
 
-TEST(BoardTime, PassesWithSleepsOnly) {
+class BoardTime : public testing::Test {
+  protected:
     SimulatedBoard board;
+};
+using Clocks = BoardTime;
+using PollingALine = BoardTime;
+
+TEST_F(BoardTime, PassesWithSleepsOnly) {
     const timespec span{1, 500'000'000};
     EXPECT_EQ(::nanosleep(&span, nullptr), 0);
     EXPECT_EQ(board.Now(), Milliseconds(1500));
@@ -38,8 +44,7 @@ TEST(BoardTime, PassesWithSleepsOnly) {
     EXPECT_EQ(board.Now(), Milliseconds(5100) + Microseconds(250));
 }
 
-TEST(BoardTime, AnAbsoluteSleepEndsAtItsMoment) {
-    SimulatedBoard board;
+TEST_F(BoardTime, AnAbsoluteSleepEndsAtItsMoment) {
     const timespec moment{3, 0};
     ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &moment, nullptr);
     EXPECT_EQ(board.Now(), Seconds(3));
@@ -47,8 +52,7 @@ TEST(BoardTime, AnAbsoluteSleepEndsAtItsMoment) {
     EXPECT_EQ(board.Now(), Seconds(3)) << "a moment in the past is no sleep";
 }
 
-TEST(BoardTime, ASpanThatIsNoneIsRefused) {
-    SimulatedBoard board;
+TEST_F(BoardTime, ASpanThatIsNoneIsRefused) {
     for (const timespec span : {timespec{-1, 0}, timespec{0, -1}, timespec{0, 1'000'000'000}}) {
         EXPECT_EQ(::nanosleep(&span, nullptr), -1);
         EXPECT_EQ(errno, EINVAL);
@@ -57,8 +61,7 @@ TEST(BoardTime, ASpanThatIsNoneIsRefused) {
     EXPECT_EQ(board.Now(), 0);
 }
 
-TEST(BoardTime, AnInterruptedSleepTellsTheRest) {
-    SimulatedBoard board;
+TEST_F(BoardTime, AnInterruptedSleepTellsTheRest) {
     board.Fail("nanosleep", "", EINTR);
     const timespec span{2, 0};
     timespec rest{};
@@ -68,8 +71,7 @@ TEST(BoardTime, AnInterruptedSleepTellsTheRest) {
     EXPECT_EQ(board.Now(), Seconds(1));
 }
 
-TEST(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
-    SimulatedBoard board;
+TEST_F(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
     EXPECT_EQ(::time(nullptr), sim::WallClock::kDefaultStart);
     board.Elapse(Milliseconds(2500));
     EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_sec, 2);
@@ -81,17 +83,16 @@ TEST(Clocks, ShowTheWallAndTheTimeSinceTheStart) {
     EXPECT_EQ(day.tv_usec, 500'000);
 }
 
-TEST(Clocks, AJumpMovesTheWallClockAlone) {
+TEST(AClockThatIsSet, MovesOnTheWallAlone) {
     sim::Scenario scenario;
-    scenario.events = {{Seconds(1), sim::WorldEvent::Kind::JumpClock, -3600, 0}};
+    scenario.board.events = {{Seconds(1), sim::WorldEvent::Kind::JumpClock, -3600, 0}};
     SimulatedBoard board(scenario);
     ::sleep(2);
     EXPECT_EQ(ClockOf(CLOCK_MONOTONIC).tv_sec, 2);
     EXPECT_EQ(::time(nullptr), sim::WallClock::kDefaultStart + 2 - 3600);
 }
 
-TEST(Clocks, CanBeMadeToFail) {
-    SimulatedBoard board;
+TEST_F(Clocks, CanBeMadeToFail) {
     board.Fail("clock_gettime", "", EINVAL);
     timespec time{};
     EXPECT_EQ(::clock_gettime(CLOCK_REALTIME, &time), -1);
@@ -99,15 +100,13 @@ TEST(Clocks, CanBeMadeToFail) {
     EXPECT_EQ(board.Events().back(), "clock_gettime - EINVAL");
 }
 
-TEST(Clocks, ProcessorTimePassesWithEachLook) {
-    SimulatedBoard board;
+TEST_F(Clocks, ProcessorTimePassesWithEachLook) {
     const clock_t before = std::clock();
     EXPECT_EQ(std::clock() - before, 1);
     EXPECT_EQ(board.Now(), Microseconds(2));
 }
 
-TEST(Clocks, ALoopThatOnlyLooksAtOneEnds) {
-    SimulatedBoard board;
+TEST_F(Clocks, ALoopThatOnlyLooksAtOneEnds) {
     const time_t start = ::time(nullptr);
     while (::time(nullptr) < start + 2) {
     }
@@ -126,7 +125,7 @@ sim::Nanoseconds TimeOfReads(int count) {
     return board.Now();
 }
 
-TEST(PollingALine, IsFreeAtFirstAndThenCostsMoreAndMore) {
+TEST(PollsOfALine, AreFreeAtFirstAndThenCostMoreAndMore) {
     EXPECT_EQ(TimeOfReads(16), 0);
     EXPECT_EQ(TimeOfReads(17), Microseconds(20));
     EXPECT_EQ(TimeOfReads(18), Microseconds(60));
@@ -134,8 +133,7 @@ TEST(PollingALine, IsFreeAtFirstAndThenCostsMoreAndMore) {
     EXPECT_EQ(TimeOfReads(24), Microseconds(1260 + 2000)) << "a millisecond at most";
 }
 
-TEST(PollingALine, NeverMissesTheMomentOfAChange) {
-    SimulatedBoard board;
+TEST_F(PollingALine, NeverMissesTheMomentOfAChange) {
     Store(kGpioExport, "7");
     board.Model().At(Microseconds(7777), [&] { board.SetInput("A7", true); });
     const Descriptor value(LineFile("A7", "value"), O_RDONLY);

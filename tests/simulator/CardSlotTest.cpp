@@ -6,7 +6,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -37,8 +37,22 @@ unsigned Permissions(const char* path) {
     return ::stat(path, &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-TEST(Mounting, WorksOnceUntilItIsUndone) {
+class Mounting : public testing::Test {
+  protected:
     SimulatedBoard board;
+};
+
+class AMountedCard : public Mounting {
+  protected:
+    AMountedCard() { EXPECT_EQ(MountCard(), 0); }
+};
+using AnUnmountedMountPoint = Mounting;
+using APulledCard = AMountedCard;
+using ACardPutBack = AMountedCard;
+using AFullCard = AMountedCard;
+using AReadOnlyCard = AMountedCard;
+
+TEST_F(Mounting, WorksOnceUntilItIsUndone) {
     EXPECT_EQ(MountCard(), 0);
     EXPECT_EQ(MountCard(), EBUSY);
     EXPECT_EQ(UnmountCard(), 0);
@@ -46,21 +60,19 @@ TEST(Mounting, WorksOnceUntilItIsUndone) {
     EXPECT_EQ(MountCard(), 0);
 }
 
-TEST(Mounting, RefusesACardThatIsNotThere) {
-    SimulatedBoard board;
+TEST_F(Mounting, RefusesACardThatIsNotThere) {
     board.RemoveCard();
     EXPECT_EQ(MountCard(), ENOENT);
 }
 
-TEST(Mounting, RefusesACardWithoutAPartition) {
-    SimulatedBoard board;
+TEST_F(Mounting, RefusesACardWithoutAPartition) {
     board.Card().partitioned = false;
     EXPECT_EQ(MountCard(), ENOENT);
 }
 
-TEST(Mounting, RefusesAMountPointThatIsNotThere) {
+TEST(MountingWithoutAMountPoint, IsRefusedUntilItIsMade) {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     SimulatedBoard board(scenario);
     EXPECT_EQ(MountCard(), ENOENT);
     EXPECT_EQ(::mkdir(kMountPoint, 0700), 0);
@@ -68,8 +80,7 @@ TEST(Mounting, RefusesAMountPointThatIsNotThere) {
     EXPECT_EQ(MountCard(), 0);
 }
 
-TEST(Mounting, RefusesWhatIsNotAFatFileSystem) {
-    SimulatedBoard board;
+TEST_F(Mounting, RefusesWhatIsNotAFatFileSystem) {
     EXPECT_EQ(MountCard(kDevice, "ext4"), ENODEV);
     board.Card().fat = false;
     EXPECT_EQ(MountCard(), EINVAL);
@@ -77,23 +88,19 @@ TEST(Mounting, RefusesWhatIsNotAFatFileSystem) {
     EXPECT_EQ(MountCard(), ENODEV);
 }
 
-TEST(Mounting, RefusesALockedCardForWriting) {
-    SimulatedBoard board;
+TEST_F(Mounting, RefusesALockedCardForWriting) {
     board.Card().writeProtected = true;
     EXPECT_EQ(MountCard(), EACCES);
 }
 
-TEST(Mounting, RefusesOtherDevicesAndPlaces) {
-    SimulatedBoard board;
+TEST_F(Mounting, RefusesOtherDevicesAndPlaces) {
     EXPECT_EQ(MountCard("/dev/sda1"), ENOENT);
     EXPECT_EQ(MountCard(nullptr), ENOENT);
     EXPECT_EQ(::mount(kDevice, "/mnt", "vfat", 0, nullptr), -1);
     EXPECT_EQ(UnmountCard("/"), EINVAL);
 }
 
-TEST(Mounting, ShowsThePermissionsOfTheMount) {
-    SimulatedBoard board;
-    EXPECT_EQ(MountCard(), 0);
+TEST_F(AMountedCard, ShowsThePermissionsOfTheMount) {
     EXPECT_EQ(Permissions(kMountPoint), 0755U);
     const Descriptor file(kLogFile, kAppend);
     EXPECT_EQ(Permissions(kLogFile), 0755U);
@@ -102,17 +109,14 @@ TEST(Mounting, ShowsThePermissionsOfTheMount) {
     EXPECT_EQ(status.st_mode, S_IFREG | 0755U);
 }
 
-TEST(Unmounting, WaitsForOpenFiles) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(AMountedCard, IsNotUnmountedUnderOpenFiles) {
     Descriptor file(kLogFile, kAppend);
     EXPECT_EQ(UnmountCard(), EBUSY);
     file.Close();
     EXPECT_EQ(UnmountCard(), 0);
 }
 
-TEST(AnUnmountedMountPoint, TakesFilesOntoTheRootFileSystem) {
-    SimulatedBoard board;
+TEST_F(AnUnmountedMountPoint, TakesFilesOntoTheRootFileSystem) {
     EXPECT_EQ(Store(kLogFile, "lost\n"), 0);
     EXPECT_EQ(board.FileBelowMountPoint("log.csv"), "lost\n");
     EXPECT_EQ(MountCard(), 0);
@@ -123,8 +127,7 @@ TEST(AnUnmountedMountPoint, TakesFilesOntoTheRootFileSystem) {
     EXPECT_EQ(Show(kLogFile), "lost\n");
 }
 
-TEST(APulledCard, IsGoneFromTheKernelsListAfterAWhile) {
-    SimulatedBoard board;
+TEST_F(APulledCard, IsGoneFromTheKernelsListAfterAWhile) {
     EXPECT_TRUE(Listed());
     board.RemoveCard();
     board.Elapse(Milliseconds(500));
@@ -135,19 +138,15 @@ TEST(APulledCard, IsGoneFromTheKernelsListAfterAWhile) {
     EXPECT_TRUE(Listed());
 }
 
-TEST(APulledCard, StaysInTheMountTableAndTakesNoNewFile) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(APulledCard, StaysInTheMountTableAndTakesNoNewFile) {
     board.RemoveCard();
-    EXPECT_NE(board.Kernel().MountTableText().find(kMountPoint), std::string::npos);
+    EXPECT_THAT(board.Kernel().mounts.Text(), testing::HasSubstr(kMountPoint));
     EXPECT_EQ(OpenError(kLogFile, kAppend), ENOSPC);
     EXPECT_EQ(::mkdir("/mnt/sd-card/folder", 0755), -1);
     EXPECT_EQ(errno, ENOSPC);
 }
 
-TEST(APulledCard, FailsTheWritesOfAnOpenFileAndUnmountsAfterIt) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(APulledCard, FailsTheWritesOfAnOpenFileAndUnmountsAfterIt) {
     Descriptor file(kLogFile, O_RDWR | O_CREAT);
     EXPECT_EQ(file.Write("before\n"), 7);
     board.RemoveCard();
@@ -159,9 +158,7 @@ TEST(APulledCard, FailsTheWritesOfAnOpenFileAndUnmountsAfterIt) {
     EXPECT_EQ(board.FileOnCard("log.csv"), "before\n");
 }
 
-TEST(ACardPutBack, IsPresentAndListedAndTakesNothingUntilItIsUnmounted) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(ACardPutBack, IsPresentAndListedAndTakesNothingUntilItIsUnmounted) {
     Store(kLogFile, "before\n");
     board.RemoveCard();
     board.InsertCard();
@@ -180,9 +177,7 @@ TEST(ACardPutBack, IsPresentAndListedAndTakesNothingUntilItIsUnmounted) {
     EXPECT_EQ(board.FileOnCard("log.csv"), "before\nappended\n");
 }
 
-TEST(AFullCard, RefusesTheWriteThatDoesNotFit) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(AFullCard, RefusesTheWriteThatDoesNotFit) {
     board.Card().freeBytes = 10;
     const Descriptor file(kLogFile, kAppend);
     EXPECT_EQ(file.Write("sixbyte"), 7);
@@ -192,9 +187,7 @@ TEST(AFullCard, RefusesTheWriteThatDoesNotFit) {
     EXPECT_EQ(board.FileOnCard("log.csv"), "sixbytetwo");
 }
 
-TEST(AReadOnlyCard, IsReadAndNotWritten) {
-    SimulatedBoard board;
-    MountCard();
+TEST_F(AReadOnlyCard, IsReadAndNotWritten) {
     Store(kLogFile, "old\n");
     board.Card().readOnly = true;
     EXPECT_EQ(OpenError(kLogFile, kAppend), EROFS);

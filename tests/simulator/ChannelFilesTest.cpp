@@ -115,8 +115,8 @@ TEST_F(ChannelFiles, TheControllerTellsHowManyChannelsItHas) {
 
 TEST(ChannelsOfAnEarlierRun, AreStillExported) {
     sim::Scenario scenario;
-    scenario.exportedChannels = {2};
-    scenario.exportedLines = {"B15"};
+    scenario.board.exportedChannels = {2};
+    scenario.board.lines.exported = {"B15"};
     SimulatedBoard board(scenario);
     EXPECT_EQ(Store(kPwmExport, "2"), EBUSY);
     EXPECT_EQ(Store(kGpioExport, "47"), EBUSY);

@@ -45,7 +45,7 @@ Watched Watch(const std::string& text, std::size_t piece, std::optional<std::uin
     ConsoleWatch console(steps, measurements);
     Watched watched;
     for (std::size_t at = 0; at < text.size() && watched.limit.empty(); at += piece) {
-        const ConsoleWatch::Verdict verdict = console.Take(text.substr(at, piece));
+        const ConsoleWatch::Verdict verdict = console.Read(text.substr(at, piece));
         watched.shown += verdict.show;
         watched.limit = verdict.limit.value_or("");
     }
@@ -96,25 +96,25 @@ TEST(ConsoleWatch, TellsEachStepAsItBegins) {
     ConsoleWatch console({}, {});
     std::vector<std::uint64_t> steps;
     console.onStep = [&](std::uint64_t number) { steps.push_back(number); };
-    console.Take(kRun);
+    console.Read(kRun);
     EXPECT_EQ(steps, (std::vector<std::uint64_t>{1, 2, 3, 4}));
 }
 
 TEST(ConsoleWatch, HoldsBackAStatusLineOnly) {
     ConsoleWatch console(5, {});
-    EXPECT_EQ(console.Take("ordinary").show, "ordinary");
-    EXPECT_EQ(console.Take("\nTAVRE").show, "\n");
-    EXPECT_EQ(console.Take("LIN,now\n").show, "");
-    EXPECT_EQ(console.Take(",Dark").show, "");
-    EXPECT_EQ(console.Take("\n").show, "TAVRELIN,now\n,Dark\n");
+    EXPECT_EQ(console.Read("ordinary").show, "ordinary");
+    EXPECT_EQ(console.Read("\nTAVRE").show, "\n");
+    EXPECT_EQ(console.Read("LIN,now\n").show, "");
+    EXPECT_EQ(console.Read(",Dark").show, "");
+    EXPECT_EQ(console.Read("\n").show, "TAVRELIN,now\n,Dark\n");
 }
 
 TEST(ConsoleWatch, TakesLinesOfAnyLength) {
     ConsoleWatch console(5, 5);
     const std::string longLine = std::string(1'000'000, 'x') + "\n";
-    EXPECT_EQ(console.Take(longLine).show, longLine);
+    EXPECT_EQ(console.Read(longLine).show, longLine);
     const std::string longStatus = "TAVRELIN," + longLine + "," + longLine;
-    EXPECT_EQ(console.Take(longStatus).show, longStatus);
+    EXPECT_EQ(console.Read(longStatus).show, longStatus);
 }
 
 } // namespace

@@ -19,10 +19,11 @@ class NothingRuns : public testing::Test {
     NothingRuns() {
         scheduler.now = [this] { return now; };
         scheduler.advanceTo = [this](sim::Nanoseconds moment) { now = moment; };
-        scheduler.deadlock = [](const std::string& text) { throw Deadlock{text}; };
+        end.how = [](sim::Ending /*deadlock*/, const std::string& text) { throw Deadlock{text}; };
     }
 
-    Scheduler scheduler{sim::ThreadOrder::Arrival, 1};
+    sim::RunEnd end;
+    Scheduler scheduler{sim::ThreadOrder::Arrival, 1, end};
     sim::Nanoseconds now = 0;
 };
 

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -119,25 +120,20 @@ TEST(ShortMoves, CutAReadOrWrite) {
 TEST(FailingCalls, IncludeThoseOnPaths) {
     SimulatedBoard board;
     struct stat status {};
-    const char* path = "/sys/class/gpio";
-    board.Fail("access", path, EACCES);
-    board.Fail("stat", path, ENOMEM);
-    board.Fail("lstat", path, ELOOP);
-    EXPECT_EQ(::access(path, F_OK), -1);
-    EXPECT_EQ(errno, EACCES);
-    EXPECT_EQ(::stat(path, &status), -1);
-    EXPECT_EQ(errno, ENOMEM);
-    EXPECT_EQ(::lstat(path, &status), -1);
-    EXPECT_EQ(errno, ELOOP);
-    board.Fail("mkdir", "/mnt/sd-card", EPERM);
-    board.Fail("mount", "/mnt/sd-card", ENXIO);
-    board.Fail("umount", "/mnt/sd-card", EBUSY);
-    EXPECT_EQ(::mkdir("/mnt/sd-card", 0700), -1);
-    EXPECT_EQ(errno, EPERM);
-    EXPECT_EQ(::mount("/dev/mmcblk0p1", "/mnt/sd-card", "vfat", 0, ""), -1);
-    EXPECT_EQ(errno, ENXIO);
-    EXPECT_EQ(::umount("/mnt/sd-card"), -1);
-    EXPECT_EQ(errno, EBUSY);
+    const char* path = "/mnt/sd-card";
+    const std::pair<const char*, std::function<int()>> calls[]{
+        {"access", [&] { return ::access(path, F_OK); }},
+        {"stat", [&] { return ::stat(path, &status); }},
+        {"lstat", [&] { return ::lstat(path, &status); }},
+        {"mkdir", [&] { return ::mkdir(path, 0700); }},
+        {"mount", [&] { return ::mount("/dev/mmcblk0p1", path, "vfat", 0, ""); }},
+        {"umount", [&] { return ::umount(path); }}};
+    int error = ENOLCK; // a different one for each call
+    for (const auto& [name, call] : calls) {
+        board.Fail(name, path, ++error);
+        EXPECT_EQ(call(), -1) << name;
+        EXPECT_EQ(errno, error) << name;
+    }
 }
 
 } // namespace

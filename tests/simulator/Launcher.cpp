@@ -1,7 +1,6 @@
 #include "tests/simulator/Launcher.h"
 
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace tavrelin {
 
@@ -25,12 +24,6 @@ CommandResult SimulateTrouble(const Words& trouble, const Words& options) {
     Words program{testProgram("troublemaker")};
     program.insert(program.end(), trouble.begin(), trouble.end());
     return Simulate(options, program);
-}
-
-CommandResult SimulateScenario(const std::string& toml) {
-    const TemporaryFolder folder;
-    WriteText(folder.File("board.toml"), toml);
-    return SimulateTrouble({"status", "0"}, {"--scenario", folder.File("board.toml")});
 }
 
 } // namespace tavrelin

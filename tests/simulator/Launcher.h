@@ -19,7 +19,4 @@ CommandResult Simulate(const Words& options, const Words& program);
 /// Runs `simulate` on the troublemaker.
 CommandResult SimulateTrouble(const Words& trouble, const Words& options = {});
 
-/// Runs a scenario's text on a program that only ends.
-CommandResult SimulateScenario(const std::string& toml);
-
 } // namespace tavrelin

@@ -7,7 +7,7 @@
 
 #include <chrono>
 #include <cmath>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace tavrelin {
 namespace {
@@ -40,7 +40,7 @@ TEST(StepLimit, MayLieBeyondAMeasurement) {
 TEST(MeasurementLimit, EndsWithTheResult) {
     const std::string one = Instrument({"--measurements", "1"}).output;
     EXPECT_EQ(StepsIn(one), 17U);
-    EXPECT_TRUE(EndsWith(one, "\n,Sanity Check\n"));
+    EXPECT_THAT(one, testing::EndsWith("\n,Sanity Check\n"));
     const std::string two = Instrument({"--measurements", "2"}).output;
     EXPECT_EQ(two.substr(0, one.size()), one);
     EXPECT_EQ(StepsIn(two), 34U);
@@ -59,7 +59,8 @@ TEST(BoardTimeLimit, EndsAtTheVeryMicrosecond) {
     for (const std::string limit : {"0.000001", "2.345678", "5"}) {
         Instrument({"--board-time", limit, "--summary", summary});
         const long expected = std::lround(std::stod(limit) * 1e6);
-        EXPECT_TRUE(Contains(TextOf(summary), "board_time_us = " + std::to_string(expected) + "\n"))
+        EXPECT_THAT(TextOf(summary),
+                    testing::HasSubstr("board_time_us = " + std::to_string(expected) + "\n"))
             << limit;
     }
 }

@@ -2,6 +2,7 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
+#include <array>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <mntent.h>
@@ -15,15 +16,15 @@ using sim::SimulatedBoard;
 using sim::Texts;
 
 /// "device directory type options" of each entry.
-Texts Entries(int bufferSize = 4096) {
+Texts Entries() {
     Texts found;
     FILE* table = setmntent("/etc/mtab", "r");
     if (table == nullptr) {
         return {"errno " + std::to_string(errno)};
     }
     mntent entry{};
-    std::string buffer(static_cast<std::size_t>(bufferSize), '\0');
-    while (getmntent_r(table, &entry, buffer.data(), bufferSize) != nullptr) {
+    std::array<char, 4096> buffer{};
+    while (getmntent_r(table, &entry, buffer.data(), buffer.size()) != nullptr) {
         found.push_back(std::string(entry.mnt_fsname) + " " + entry.mnt_dir + " " + entry.mnt_type +
                         " " + entry.mnt_opts);
     }
@@ -55,8 +56,8 @@ TEST(MountTable, ListsTheCardWhileItIsMounted) {
 
 TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
     Scenario scenario;
-    scenario.mountTable = {"/dev/sdb1 /mnt/sd-card-old vfat rw 0 0"};
-    scenario.cardMounted = true;
+    scenario.kernel.mounts.lines = {"/dev/sdb1 /mnt/sd-card-old vfat rw 0 0"};
+    scenario.board.card.mounted = true;
     SimulatedBoard board(scenario);
     const Texts found = Entries();
     ASSERT_EQ(found.size(), 6U);
@@ -66,15 +67,15 @@ TEST(MountTable, ListsFurtherLinesBeforeTheCard) {
 
 TEST(MountTable, MayBeLongAndHoldLongLines) {
     Scenario scenario;
-    scenario.mountTable.assign(10'000, "none /a tmpfs rw 0 0");
-    scenario.mountTable.push_back("none /" + std::string(5000, 'x') + " tmpfs rw 0 0");
+    scenario.kernel.mounts.lines.assign(10'000, "none /a tmpfs rw 0 0");
+    scenario.kernel.mounts.lines.push_back("none /" + std::string(5000, 'x') + " tmpfs rw 0 0");
     SimulatedBoard board(scenario);
     EXPECT_GE(Entries().size(), 10'004U);
 }
 
 TEST(MountTable, MayBeAbsent) {
     Scenario scenario;
-    scenario.mountTableExists = false;
+    scenario.kernel.mounts.tablePresent = false;
     SimulatedBoard board(scenario);
     EXPECT_EQ(Entries(), (Texts{"errno " + std::to_string(ENOENT)}));
 }

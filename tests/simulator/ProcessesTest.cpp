@@ -3,15 +3,13 @@
 
 #include "tests/simulator/Launcher.h"
 
+#include "tests/support/Fifo.h"
+#include "tests/support/Offspring.h"
 #include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/Text.h"
 
-#include <array>
-#include <cerrno>
 #include <csignal>
-#include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,8 +29,8 @@ TEST(Streams, KeepTheirOrderOnOneTerminal) {
     const std::string command =
         Binary("simulate") + " -- " + testProgram("troublemaker") + " speak 2>&1 </dev/null";
     const CommandResult run = RunCommand({"sh", "-c", command});
-    EXPECT_TRUE(Contains(run.output, "complaint\n"));
-    EXPECT_TRUE(Contains(run.output, "first, second\n"));
+    EXPECT_THAT(run.output, testing::HasSubstr("complaint\n"));
+    EXPECT_THAT(run.output, testing::HasSubstr("first, second\n"));
 }
 
 TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {
@@ -64,61 +62,44 @@ TEST(Board, IsInertInOtherPrograms) {
 /// A run of a program that spins for ever, from its start to its end.
 class SpinningRun {
   public:
-    SpinningRun() {
-        std::array<int, 2> ends{};
-        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
-        launcher_ = ::fork();
+    SpinningRun() : launcher_(::fork()) {
         if (launcher_ == 0) {
-            ::dup2(ends[1], STDOUT_FILENO);
-            ::dup2(::open(errors_.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-            ::execl(Binary("simulate").c_str(), "simulate", "--", troublemaker_.c_str(),
-                    "spin-ready", static_cast<char*>(nullptr));
+            const std::string command = "exec " + Binary("simulate") + " -- " +
+                                        testProgram("troublemaker") + " spin-ready >" +
+                                        output_.Path() + " 2>" + errors_;
+            ::execlp("sh", "sh", "-c", command.c_str(), nullptr);
             ::_exit(127);
         }
-        ::close(ends[1]);
-        std::array<char, 32> text{};
-        EXPECT_GT(::read(ends[0], text.data(), text.size() - 1), 0);
-        ::close(ends[0]);
-        program_ = std::atoi(text.data());
+        program_ = std::stoi(output_.Line());
     }
     SpinningRun(const SpinningRun&) = delete;
     SpinningRun& operator=(const SpinningRun&) = delete;
-    ~SpinningRun() {
-        if (launcher_ > 0) {
-            ::kill(launcher_, SIGKILL);
-            ::waitpid(launcher_, nullptr, 0);
-        }
-    }
+    ~SpinningRun() { Offspring::End(); }
+
     pid_t Program() const { return program_; }
     std::string Errors() const { return TextOf(errors_); }
     /// Sends a signal to the launcher and gives its exit status, or minus the signal it died of.
-    int Stop(int signal) {
+    int Stop(int signal) const {
         int status = 0;
         ::kill(launcher_, signal);
         ::waitpid(launcher_, &status, 0);
-        launcher_ = 0;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
   private:
     TemporaryFolder folder_;
+    Fifo output_{folder_.File("output")};
     std::string errors_ = folder_.File("errors");
-    std::string troublemaker_ = testProgram("troublemaker");
-    pid_t launcher_ = 0;
+    pid_t launcher_;
     pid_t program_ = 0;
 };
-
-bool IsGone(pid_t process) {
-    return ::kill(process, 0) == -1 && errno == ESRCH;
-}
 
 TEST(Interruption, EndsTheProgramWithTheLauncher) {
     for (const int signal : {SIGINT, SIGTERM}) {
         SpinningRun run;
-        ASSERT_GT(run.Program(), 0);
-        EXPECT_FALSE(IsGone(run.Program()));
+        EXPECT_FALSE(Offspring::IsGone(run.Program()));
         EXPECT_EQ(run.Stop(signal), 128 + signal);
-        EXPECT_TRUE(IsGone(run.Program()));
+        EXPECT_TRUE(Offspring::IsGone(run.Program()));
         EXPECT_EQ(run.Errors(), "simulate: interrupted\n");
     }
 }

@@ -15,7 +15,7 @@ using sim::PumpShaft;
 constexpr sim::Nanoseconds kPulse = Microseconds(625); // one turn a second
 
 TEST(PumpShaft, TurnsOneStepForEachWholePulse) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     EXPECT_FALSE(shaft.Turning());
     shaft.SetPulsePeriod(Milliseconds(5), kPulse);
     EXPECT_EQ(shaft.StepsTurned(Milliseconds(5)), 0);
@@ -26,7 +26,7 @@ TEST(PumpShaft, TurnsOneStepForEachWholePulse) {
 }
 
 TEST(PumpShaft, StandsWithoutPulses) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     shaft.SetPulsePeriod(0, kPulse);
     shaft.SetPulsePeriod(10 * kPulse, 0);
     EXPECT_FALSE(shaft.Turning());
@@ -35,7 +35,7 @@ TEST(PumpShaft, StandsWithoutPulses) {
 }
 
 TEST(PumpShaft, KeepsItsStepsWhenThePulsesChange) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     shaft.SetPulsePeriod(0, kPulse);
     shaft.SetPulsePeriod(10 * kPulse, 2 * kPulse);
     EXPECT_EQ(shaft.StepsTurned(20 * kPulse), 15);
@@ -45,7 +45,7 @@ TEST(PumpShaft, KeepsItsStepsWhenThePulsesChange) {
 }
 
 TEST(PumpShaft, CarriesAFlagOf67StepsOnceATurn) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     shaft.SetPulsePeriod(0, kPulse);
     int seen = 0;
     for (int step = 0; step < 1600; ++step) {
@@ -60,7 +60,7 @@ TEST(PumpShaft, CarriesAFlagOf67StepsOnceATurn) {
 }
 
 TEST(PumpShaft, KnowsWhenTheFlagPassesNext) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     shaft.SetPulsePeriod(0, kPulse);
     EXPECT_EQ(shaft.NextFlagChange(0), 1200 * kPulse);
     EXPECT_EQ(shaft.NextFlagChange(1200 * kPulse - 1), 1200 * kPulse);
@@ -70,7 +70,7 @@ TEST(PumpShaft, KnowsWhenTheFlagPassesNext) {
 }
 
 TEST(PumpShaft, MayStartOnTheFlag) {
-    PumpShaft shaft(PumpShaft::kFlagFirstStep + 1);
+    PumpShaft shaft({.onFlag = true});
     EXPECT_TRUE(shaft.OnFlag(0));
     EXPECT_EQ(shaft.StepsTurned(0), 0);
     shaft.SetPulsePeriod(0, kPulse);
@@ -78,14 +78,14 @@ TEST(PumpShaft, MayStartOnTheFlag) {
 }
 
 TEST(PumpShaft, MayHaveAFlagThatIsNeverSeen) {
-    PumpShaft shaft(PumpShaft::kFlagFirstStep, false);
+    PumpShaft shaft({.flagSeen = false, .onFlag = true});
     EXPECT_FALSE(shaft.OnFlag(0));
     shaft.SetPulsePeriod(0, kPulse);
     EXPECT_EQ(shaft.NextFlagChange(0), kNever);
 }
 
 TEST(PumpShaft, TurnsForMonthsWithoutLosingAStep) {
-    PumpShaft shaft;
+    PumpShaft shaft({});
     shaft.SetPulsePeriod(0, kPulse);
     const sim::Nanoseconds month = sim::Seconds(30LL * 86'400);
     EXPECT_EQ(shaft.StepsTurned(month), 30LL * 86'400 * 1600);

@@ -1,6 +1,6 @@
 #include "tests/simulator/RawCalls.h"
 
-#include "simulator/scenario/ErrnoNames.h"
+#include "simulator/kernel/ErrnoNames.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -43,7 +43,7 @@ std::string Descriptor::ReadAgain() const {
     std::string text;
     Seek(0, SEEK_SET);
     const long count = Read(text);
-    return count < 0 ? sim::ErrnoName(static_cast<int>(-count)) : text;
+    return count < 0 ? sim::Outcome(count) : text;
 }
 
 long Descriptor::Close() {

@@ -21,10 +21,10 @@ constexpr off_t kPage = 0xFFFFF000;
 class MappedPage {
   public:
     MappedPage() : file_("/dev/mem", O_RDWR | O_SYNC) {
-        void* address =
+        void* page =
             ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, file_.Number(), kPage);
-        error_ = address == MAP_FAILED ? errno : 0;
-        words_ = address == MAP_FAILED ? nullptr : static_cast<std::uint32_t*>(address);
+        error_ = page == MAP_FAILED ? errno : 0;
+        words_ = page == MAP_FAILED ? nullptr : static_cast<std::uint32_t*>(page);
     }
     MappedPage(const MappedPage&) = delete;
     MappedPage& operator=(const MappedPage&) = delete;
@@ -42,13 +42,17 @@ class MappedPage {
     std::uint32_t* words_ = nullptr;
 };
 
+class RegisterPage : public testing::Test {
+  protected:
+    SimulatedBoard board;
+};
+
 void MakeOutput(const char* number, const char* name) {
     Store(kGpioExport, number);
     Store(LineFile(name, "direction"), "out");
 }
 
-TEST(RegisterPage, ShowsTheLevelsOfAllFourPorts) {
-    SimulatedBoard board;
+TEST_F(RegisterPage, ShowsTheLevelsOfAllFourPorts) {
     board.SetInput("A0", true);
     board.SetInput("B18", false);
     board.SetInput("C5", true);
@@ -60,8 +64,7 @@ TEST(RegisterPage, ShowsTheLevelsOfAllFourPorts) {
     EXPECT_EQ(registers.At(0xA3C), 1U << 31U);
 }
 
-TEST(RegisterPage, SetsAndClearsOutputsWhenItIsReleased) {
-    SimulatedBoard board;
+TEST_F(RegisterPage, SetsAndClearsOutputsWhenItIsReleased) {
     MakeOutput("39", "B7");
     MakeOutput("40", "B8");
     board.Line("B8").level = true;
@@ -78,14 +81,12 @@ TEST(RegisterPage, SetsAndClearsOutputsWhenItIsReleased) {
     EXPECT_EQ(events.back(), "write /dev/mem PIOB clear 00000100");
 }
 
-TEST(RegisterPage, LeavesInputsAlone) {
-    SimulatedBoard board;
+TEST_F(RegisterPage, LeavesInputsAlone) {
     MappedPage{}.At(0x430) = 1U << 7U;
     EXPECT_FALSE(board.Line("A7").level);
 }
 
-TEST(RegisterPage, MovesThePumpAsTheLinesDo) {
-    SimulatedBoard board;
+TEST_F(RegisterPage, MovesThePumpAsTheLinesDo) {
     Store(kPwmExport, "2");
     Store(ChannelFile(2, "period"), "1000000");
     Store(ChannelFile(2, "duty_cycle"), "500000");
@@ -96,8 +97,7 @@ TEST(RegisterPage, MovesThePumpAsTheLinesDo) {
     EXPECT_FALSE(board.Model().Stirring());
 }
 
-TEST(RegisterPage, IsRefusedWhenADriverHoldsIt) {
-    SimulatedBoard board;
+TEST_F(RegisterPage, IsRefusedWhenADriverHoldsIt) {
     board.Fail("mmap", "/dev/mem", EPERM);
     EXPECT_EQ(MappedPage().Error(), EPERM);
     EXPECT_EQ(MappedPage().Error(), 0);

@@ -5,9 +5,9 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Text.h"
 
-#include "simulator/launcher/RunRoot.h"
+#include "simulator/run/RunRoot.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace tavrelin {
 namespace {
@@ -19,11 +19,16 @@ constexpr int kCannotStart = 15;
 class RunFiles : public testing::Test {
   protected:
     std::string File(const std::string& name) const { return folder.File(name); }
-    /// The line of a launcher that cannot start with these options.
-    static std::string Refusal(const Words& options) {
+    /// What a launcher says that cannot start with an option, after "simulate: " and the option.
+    static std::string Refusal(const std::string& option, const std::string& path,
+                               const Words& others = {}) {
+        Words options = others;
+        options.insert(options.end(), {option, path});
         const CommandResult run = SimulateTrouble({"status", "0"}, options);
         EXPECT_EQ(run.status, kCannotStart);
-        return run.error;
+        const std::string intro = "simulate: " + option + " " + path + ": ";
+        EXPECT_THAT(run.error, testing::StartsWith(intro));
+        return run.error.substr(std::min(intro.size(), run.error.size()));
     }
 
     TemporaryFolder folder;
@@ -42,17 +47,14 @@ TEST_F(RunFiles, AnEmptyFolderMayBeTheRoot) {
 
 TEST_F(RunFiles, WhatAnEarlierRunLeftIsRefused) {
     fs::create_directories(File("root/card"));
-    EXPECT_EQ(Refusal({"--root", File("root")}),
-              "simulate: --root " + File("root") +
-                  ": not empty; what an earlier run left would change this one\n");
+    EXPECT_EQ(Refusal("--root", File("root")),
+              "not empty; what an earlier run left would change this one\n");
 }
 
 TEST_F(RunFiles, AFileIsNoRoot) {
     WriteText(File("text"), "text");
-    EXPECT_EQ(Refusal({"--root", File("text")}),
-              "simulate: --root " + File("text") + ": cannot be made a folder\n");
-    EXPECT_EQ(Refusal({"--root", File("text/below")}),
-              "simulate: --root " + File("text/below") + ": cannot be made a folder\n");
+    EXPECT_EQ(Refusal("--root", File("text")), "cannot be made a folder\n");
+    EXPECT_EQ(Refusal("--root", File("text/below")), "cannot be made a folder\n");
 }
 
 TEST_F(RunFiles, AFolderOfTheRunsOwnGoesWithIt) {
@@ -76,14 +78,12 @@ TEST_F(RunFiles, AFolderOfTheRunsOwnGoesWithIt) {
 TEST_F(RunFiles, EventsAndSummaryMustBeWritable) {
     for (const std::string option : {"--events", "--summary"}) {
         for (const std::string path : {"/nowhere/file", "/"}) {
-            EXPECT_EQ(Refusal({option, path}),
-                      "simulate: " + option + " " + path +
-                          ": cannot be written to; takes a file in a folder that is there\n");
+            EXPECT_EQ(Refusal(option, path),
+                      "cannot be written to; takes a file in a folder that is there\n");
         }
     }
-    EXPECT_EQ(Refusal({"--events", File("same"), "--summary", File("same")}),
-              "simulate: --summary " + File("same") +
-                  ": holds the events already; takes another file\n");
+    EXPECT_EQ(Refusal("--summary", File("same"), {"--events", File("same")}),
+              "holds the events already; takes another file\n");
 }
 
 TEST_F(RunFiles, AnEventFileIsWrittenAnew) {
@@ -111,13 +111,13 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
 TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
     Simulate({"--summary", File("summary"), "--measurements", "1"}, {Binary("tavrelin")});
     const std::string text = TextOf(File("summary"));
-    EXPECT_TRUE(Contains(text, "end = \"limit reached: measurements\"\n"
-                               "status = 0\n"
-                               "board_time_us = "));
-    EXPECT_TRUE(Contains(text, "steps = 17\nmeasurements = 1\n\n[calls]\naccess = "));
+    EXPECT_THAT(text, testing::HasSubstr("end = \"limit reached: measurements\"\n"
+                                         "status = 0\n"
+                                         "board_time_us = "));
+    EXPECT_THAT(text, testing::HasSubstr("steps = 17\nmeasurements = 1\n\n[calls]\naccess = "));
     for (const char* name : {"[at_step_200]", "[at_last]", "heap_bytes = ", "resident_bytes = ",
                              "board_handles = ", "host_descriptors = ", "threads = "}) {
-        EXPECT_TRUE(Contains(text, name)) << name;
+        EXPECT_THAT(text, testing::HasSubstr(name)) << name;
     }
 }
 

@@ -36,54 +36,50 @@ class Cell {
     std::int64_t steps = 0;
 };
 
-TEST(SampleCell, IsClearWithoutReagent) {
-    Cell cell;
-    cell.Flush();
-    cell.Stir();
-    EXPECT_EQ(cell.Absorbance(), 0.0);
+/// One that was flushed in.
+class ASample : public testing::Test, protected Cell {
+  protected:
+    ASample() { Flush(); }
+};
+
+TEST_F(ASample, IsClearWithoutReagent) {
+    Stir();
+    EXPECT_EQ(Absorbance(), 0.0);
 }
 
-TEST(SampleCell, IsClearUntilItIsStirred) {
-    Cell cell;
-    cell.Flush();
-    cell.Dose();
-    cell.Wait(60'000);
-    EXPECT_EQ(cell.Absorbance(), 0.0);
+TEST_F(ASample, IsClearUntilItIsStirred) {
+    Dose();
+    Wait(60'000);
+    EXPECT_EQ(Absorbance(), 0.0);
 }
 
-TEST(SampleCell, ShowsTheTrueAbsorbanceOnceItsColourHasDeveloped) {
-    Cell cell;
-    cell.Flush();
-    cell.Dose();
-    cell.Stir();
-    EXPECT_NEAR(cell.Absorbance(), 0.4 * 1000 / 1500, 1e-12) << "still developing";
-    cell.Wait(500);
-    EXPECT_EQ(cell.Absorbance(), 0.4);
-    cell.Wait(60'000);
-    EXPECT_EQ(cell.Absorbance(), 0.4);
+TEST_F(ASample, ShowsTheTrueAbsorbanceOnceItsColourHasDeveloped) {
+    Dose();
+    Stir();
+    EXPECT_NEAR(Absorbance(), 0.4 * 1000 / 1500, 1e-12) << "still developing";
+    Wait(500);
+    EXPECT_EQ(Absorbance(), 0.4);
+    Wait(60'000);
+    EXPECT_EQ(Absorbance(), 0.4);
 }
 
-TEST(SampleCell, ColoursByTheDose) {
-    Cell cell;
-    cell.Flush();
-    cell.Dose(700);
-    cell.Stir();
-    cell.Wait(500);
-    EXPECT_EQ(cell.Absorbance(), 0.2) << "half a full dose";
-    cell.Dose(700);
-    EXPECT_EQ(cell.Absorbance(), 0.4);
-    cell.Dose(1600);
-    EXPECT_EQ(cell.Absorbance(), 0.4) << "more reagent changes nothing";
+TEST_F(ASample, ColoursByTheDose) {
+    Dose(700);
+    Stir();
+    Wait(500);
+    EXPECT_EQ(Absorbance(), 0.2) << "half a full dose";
+    Dose(700);
+    EXPECT_EQ(Absorbance(), 0.4);
+    Dose(1600);
+    EXPECT_EQ(Absorbance(), 0.4) << "more reagent changes nothing";
 }
 
-TEST(SampleCell, StirringAgainDoesNotStartTheColourAnew) {
-    Cell cell;
-    cell.Flush();
-    cell.Dose();
-    cell.Stir();
-    cell.Wait(500);
-    cell.Stir();
-    EXPECT_EQ(cell.Absorbance(), 0.4);
+TEST_F(ASample, StirringAgainDoesNotStartTheColourAnew) {
+    Dose();
+    Stir();
+    Wait(500);
+    Stir();
+    EXPECT_EQ(Absorbance(), 0.4);
 }
 
 TEST(SampleCell, LosesReagentWhileTheValveIsOpen) {
@@ -97,14 +93,12 @@ TEST(SampleCell, LosesReagentWhileTheValveIsOpen) {
     EXPECT_EQ(cell.Absorbance(), 0.0);
 }
 
-TEST(SampleCell, IsWashedOutByTheNextFlush) {
-    Cell cell;
-    cell.Flush();
-    cell.Dose();
-    cell.Stir();
-    cell.Wait(500);
-    cell.Flush();
-    EXPECT_EQ(cell.Absorbance(), 0.0);
+TEST_F(ASample, IsWashedOutByTheNextFlush) {
+    Dose();
+    Stir();
+    Wait(500);
+    Flush();
+    EXPECT_EQ(Absorbance(), 0.0);
 }
 
 double Measure(Cell& cell) {

@@ -2,9 +2,10 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
+#include "tests/support/Worker.h"
+
 #include <cerrno>
 #include <ctime>
-#include <functional>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <set>
@@ -21,32 +22,6 @@ void SleepFor(int ms) {
     const timespec span{ms / 1'000, ms % 1'000 * 1'000'000L};
     ::nanosleep(&span, nullptr);
 }
-
-/// A joined thread that does something.
-class Worker {
-  public:
-    explicit Worker(std::function<void()> work) : work_(std::move(work)) {
-        EXPECT_EQ(pthread_create(&thread_, nullptr, Run, &work_), 0);
-    }
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
-    ~Worker() { Join(); }
-    void Join() {
-        if (!joined_) {
-            EXPECT_EQ(pthread_join(thread_, nullptr), 0);
-        }
-        joined_ = true;
-    }
-
-  private:
-    static void* Run(void* work) {
-        (*static_cast<std::function<void()>*>(work))();
-        return nullptr;
-    }
-    std::function<void()> work_;
-    pthread_t thread_{};
-    bool joined_ = false;
-};
 
 class Threads : public testing::Test {
   protected:
@@ -75,18 +50,15 @@ TEST_F(Threads, RunInOrderOfArrivalUntilTheyWait) {
 
 TEST_F(Threads, SleepersWakeInOrderOfTheirTimesAndThenOfArrival) {
     {
-        Worker late([&] {
-            SleepFor(30);
-            Note("late");
-        });
-        Worker early([&] {
-            SleepFor(10);
-            Note("early");
-        });
-        Worker alsoLate([&] {
-            SleepFor(30);
-            Note("also-late");
-        });
+        const auto sleeper = [&](int ms, const char* name) {
+            return [this, ms, name] {
+                SleepFor(ms);
+                Note(name);
+            };
+        };
+        const Worker late(sleeper(30, "late"));
+        const Worker early(sleeper(10, "early"));
+        const Worker alsoLate(sleeper(30, "also-late"));
     }
     EXPECT_EQ(order, "early late also-late");
     EXPECT_EQ(times, (std::vector<std::int64_t>{10, 30, 30}));
@@ -128,11 +100,7 @@ TEST_F(Threads, JoiningTakesTheResultOfAnEndedThread) {
 }
 
 TEST_F(Threads, JoiningOneselfIsRefused) {
-    int error = 0;
-    {
-        Worker worker([&] { error = pthread_join(pthread_self(), nullptr); });
-    }
-    EXPECT_EQ(error, EDEADLK);
+    const Worker worker([] { EXPECT_EQ(pthread_join(pthread_self(), nullptr), EDEADLK); });
 }
 
 TEST_F(Threads, AMutexPassesOnInOrderOfArrival) {
@@ -165,9 +133,7 @@ TEST_F(Threads, AMutexThatIsNotHeldMayBeUnlocked) {
 }
 
 TEST_F(Threads, TheEventsTellStartEndAndJoin) {
-    {
-        Worker worker([] {});
-    }
+    Worker([] {}).Join();
     EXPECT_EQ(board.TimedEvents(),
               (sim::Texts{"0 1 thread-start - 2", "0 2 thread-end - -", "0 1 join - 2"}));
 }

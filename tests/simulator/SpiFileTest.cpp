@@ -40,53 +40,50 @@ Number Get(const Descriptor& file, unsigned long request) {
 /// A board whose converter answers a read with one known word.
 class SpiFile : public testing::Test {
   protected:
-    SpiFile() : board(Answering(0x11223344)) {}
+    SpiFile() : board(Answering(0x11223344)), file(kSpiDevice, O_RDWR) {}
 
     static sim::Scenario Answering(std::uint32_t word) {
         sim::Scenario scenario;
-        scenario.converterWords = {word, word};
+        scenario.board.converterWords = {word, word};
         return scenario;
     }
-    static void UseBits(const Descriptor& file, std::uint8_t bits) {
+    void UseBits(std::uint8_t bits) const {
         EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, bits), 0);
     }
-    static std::string ReadFour(const Descriptor& file) {
+    std::string ReadFour() const {
         std::string bytes;
         EXPECT_EQ(file.Read(bytes, 4), 4);
         return bytes;
     }
 
     SimulatedBoard board;
+    Descriptor file;
 };
 
 TEST_F(SpiFile, SixteenBitWordsLieInMemoryInTheMachinesOrder) {
-    const Descriptor file(kSpiDevice, O_RDWR);
-    UseBits(file, 16);
+    UseBits(16);
     EXPECT_EQ(file.Write("\x80\xA0"), 2);
     EXPECT_EQ(board.WritesTo("spi"), (Texts{"a080"}));
-    EXPECT_EQ(ReadFour(file), "\x22\x11\x44\x33");
+    EXPECT_EQ(ReadFour(), "\x22\x11\x44\x33");
 }
 
 TEST_F(SpiFile, EightBitWordsPassAsTheyAre) {
-    const Descriptor file(kSpiDevice, O_RDWR);
-    UseBits(file, 8);
+    UseBits(8);
     EXPECT_EQ(file.Write("\xA0\x80"), 2);
     EXPECT_EQ(board.WritesTo("spi"), (Texts{"a080"}));
-    EXPECT_EQ(ReadFour(file), "\x11\x22\x33\x44");
+    EXPECT_EQ(ReadFour(), "\x11\x22\x33\x44");
 }
 
 TEST_F(SpiFile, SixteenBitWordsComeInPairsOfBytes) {
-    const Descriptor file(kSpiDevice, O_RDWR);
-    UseBits(file, 16);
+    UseBits(16);
     std::string text;
     EXPECT_EQ(file.Write("abc"), -EINVAL);
     EXPECT_EQ(file.Read(text, 3), -EINVAL);
-    UseBits(file, 8);
+    UseBits(8);
     EXPECT_EQ(file.Write("abc"), 3);
 }
 
 TEST_F(SpiFile, MovesNoMoreThan4096BytesAtOnce) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     std::string text;
     EXPECT_EQ(file.Read(text, 4097), -EMSGSIZE);
     EXPECT_EQ(file.Read(text, 4096), 4096);
@@ -95,7 +92,6 @@ TEST_F(SpiFile, MovesNoMoreThan4096BytesAtOnce) {
 }
 
 TEST_F(SpiFile, KnowsEightAndSixteenBitsOnly) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
     EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{12}), -EINVAL);
     EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{16}), 0);
@@ -105,27 +101,23 @@ TEST_F(SpiFile, KnowsEightAndSixteenBitsOnly) {
 }
 
 TEST_F(SpiFile, ASpeedIsNeverZeroAndNeverClamped) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     EXPECT_EQ(Set(file, SPI_IOC_WR_MAX_SPEED_HZ, 0U), -EINVAL);
     EXPECT_EQ(Set(file, SPI_IOC_WR_MAX_SPEED_HZ, 100'000'000U), 0);
     EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MAX_SPEED_HZ), 100'000'000U);
 }
 
 TEST_F(SpiFile, TheSpeedLivesUntilTheLastCloseAndTheWordSizeBeyondIt) {
-    {
-        const Descriptor first(kSpiDevice, O_RDWR);
-        Set(first, SPI_IOC_WR_MAX_SPEED_HZ, 3'000'000U);
-        UseBits(first, 16);
-        const Descriptor second(kSpiDevice, O_RDWR);
-        EXPECT_EQ(Get<std::uint32_t>(second, SPI_IOC_RD_MAX_SPEED_HZ), 3'000'000U);
-    }
+    Set(file, SPI_IOC_WR_MAX_SPEED_HZ, 3'000'000U);
+    UseBits(16);
+    EXPECT_EQ(Get<std::uint32_t>(Descriptor(kSpiDevice, O_RDWR), SPI_IOC_RD_MAX_SPEED_HZ),
+              3'000'000U);
+    file.Close();
     const Descriptor later(kSpiDevice, O_RDWR);
     EXPECT_EQ(Get<std::uint32_t>(later, SPI_IOC_RD_MAX_SPEED_HZ), 1'000'000U);
     EXPECT_EQ(Get<std::uint8_t>(later, SPI_IOC_RD_BITS_PER_WORD), 16);
 }
 
 TEST_F(SpiFile, TakesTheModesOfItsController) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     EXPECT_EQ(Set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_MODE_3}), 0);
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_MODE), SPI_MODE_3);
     EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MODE32), std::uint32_t{SPI_MODE_3});
@@ -137,7 +129,6 @@ TEST_F(SpiFile, TakesTheModesOfItsController) {
 }
 
 TEST_F(SpiFile, CannotBeSearched) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     EXPECT_EQ(file.Seek(0, SEEK_SET), -ESPIPE);
 }
 
@@ -165,22 +156,19 @@ class Records {
 };
 
 TEST_F(SpiFile, PassesSixtyFourSmallRecordsAndNoMore) {
-    const Descriptor file(kSpiDevice, O_RDWR);
-    UseBits(file, 16);
+    UseBits(16);
     Records records(65, 2);
     EXPECT_EQ(records.Send(file, 64), 128);
     EXPECT_EQ(records.Send(file, 65), -EMSGSIZE);
 }
 
 TEST_F(SpiFile, AMessageOfNoRecordsMovesNothing) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     Records records(1, 2);
     EXPECT_EQ(records.Send(file, 0), 0);
     EXPECT_EQ(board.WritesTo("spi"), Texts{});
 }
 
 TEST_F(SpiFile, ARecordMayHaveItsOwnWordSize) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     Records records(1, 3);
     EXPECT_EQ(records.Send(file, 1), 3);
     records[0].bits_per_word = 16;
@@ -188,7 +176,6 @@ TEST_F(SpiFile, ARecordMayHaveItsOwnWordSize) {
 }
 
 TEST_F(SpiFile, ARecordSendsAndReceivesInPlace) {
-    const Descriptor file(kSpiDevice, O_RDWR);
     std::string buffer("\xA0\x80\x00\x00", 4);
     spi_ioc_transfer record{};
     record.tx_buf = reinterpret_cast<std::uintptr_t>(buffer.data());

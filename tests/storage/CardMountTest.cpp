@@ -137,7 +137,7 @@ TEST(CardOfTheLog, GetsAMissingMountPointForItsOwnerOnly) {
                                        {"mkdir /mnt/sd-card 0700 ok"},
                                        kMounted}));
     struct stat status {};
-    ASSERT_EQ(stat(board.Kernel().MountPointFolder().c_str(), &status), 0);
+    ASSERT_EQ(stat(board.Kernel().paths.MountPointFolder().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
 }
 

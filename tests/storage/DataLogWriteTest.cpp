@@ -148,7 +148,7 @@ TEST(WritingARecord, FailsWhenTheLogCannotBeOpenedAfterMounting) {
 // write mounts the card, opens the open log once more, and that swallows the record.
 TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
     SimulatedBoard board;
-    std::ofstream(board.Kernel().MountPointFolder() + "/" + kFile) << "stray\n";
+    std::ofstream(board.Kernel().paths.MountPointFolder() + "/" + kFile) << "stray\n";
     DataLog log(kLog);
     EXPECT_TRUE(log.open());
     EXPECT_FALSE(IsMounted(board));

@@ -1,4 +1,4 @@
-#include "simulator/launcher/RunRoot.h"
+#include "simulator/run/RunRoot.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -13,7 +13,7 @@ RunRoot::RunRoot(const std::string& given) {
     if (given.empty()) {
         MakeTemporary();
     } else {
-        Take(given);
+        Use(given);
     }
 }
 
@@ -35,7 +35,7 @@ void RunRoot::MakeTemporary() {
     temporary_ = true;
 }
 
-void RunRoot::Take(const std::string& given) {
+void RunRoot::Use(const std::string& given) {
     std::error_code error;
     fs::create_directories(given, error);
     if (error || !fs::is_directory(given, error)) {

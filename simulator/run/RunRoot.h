@@ -21,7 +21,7 @@ class RunRoot {
 
   private:
     void MakeTemporary();
-    void Take(const std::string& given);
+    void Use(const std::string& given);
 
     std::string path_;
     std::string problem_;

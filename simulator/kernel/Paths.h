@@ -1,0 +1,49 @@
+#pragma once
+
+#include "simulator/kernel/Calls.h"
+#include "simulator/kernel/MountTable.h"
+#include "simulator/kernel/SpiFile.h"
+#include "simulator/kernel/SysfsTree.h"
+
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+
+namespace sim {
+
+/// What stands at the board's paths: attributes, devices, the mount table and the files of the
+/// card, which lie in folders of this machine. Results are 0 or a negated errno.
+class Paths {
+  public:
+    /// root: the run's folder on this machine, in which those of the card's files are made.
+    Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts);
+
+    /// Opens what stands there for a call that was let in, but a file of the card only on the
+    /// board.
+    long Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
+    long Access(const char* path);
+    long Status(const char* path, bool followLinks, struct stat64* result);
+    long StatusOf(const OpenFile& file, struct stat64* result);
+    long MakeDirectory(const char* path, unsigned mode);
+
+    /// Where the mounted card's files lie, and those below the mount point while none is mounted.
+    std::string CardFolder() const { return root_ + "/card"; }
+    std::string MountPointFolder() const;
+    /// Where the board's own shell tools go.
+    std::string ToolFolder() const { return root_ + "/bin"; }
+
+  private:
+    long OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file);
+    long OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
+    long OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
+    std::string HostPath(const std::string& path) const;
+    long StatusOutsideSysfs(const std::string& path, struct stat64* result) const;
+
+    std::string root_;
+    Calls& calls_;
+    const SysfsTree& tree_;
+    const MountTable& mounts_;
+    SpiSettings spi_;
+};
+
+} // namespace sim
