@@ -16,16 +16,13 @@ SIM_REFUSE(char*, fgets, "fgets", (char* buffer, int size, FILE* stream), stream
            stream)
 SIM_REFUSE(int, fgetc, "fgetc", (FILE * stream), stream, stream)
 SIM_REFUSE(int, getc, "getc", (FILE * stream), stream, stream)
+SIM_REFUSE(ssize_t, getline, "getline", (char** line, size_t* size, FILE* stream), stream, line,
+           size, stream)
 SIM_REFUSE(int, vfscanf, "fscanf", (FILE * stream, const char* format, va_list arguments), stream,
            stream, format, arguments)
 SIM_REFUSE(int, fputs, "fputs", (const char* text, FILE* stream), stream, text, stream)
 SIM_REFUSE(int, vfprintf, "fprintf", (FILE * stream, const char* format, va_list arguments), stream,
            stream, format, arguments)
-
-ssize_t getline(char** line, size_t* size, FILE* stream) {
-    sim::Refuse("getline", stream);
-    return SIM_REAL(getline)(line, size, stream);
-}
 
 int __isoc99_fscanf(FILE* stream, const char* format, ...) {
     va_list arguments;

@@ -120,7 +120,7 @@ void SaveEvents(const std::string& path, const sim::EventBuffer& rest) {
     const int file = rest.used == 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (file >= 0) {
         static_cast<void>(
-            !pwrite(file, rest.text.data(), rest.used, static_cast<off_t>(rest.offset)));
+            pwrite(file, rest.text.data(), rest.used, static_cast<off_t>(rest.offset)) == 0);
         close(file);
     }
 }

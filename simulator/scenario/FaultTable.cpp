@@ -88,7 +88,7 @@ void ReadFailure(TomlTable& table, Fault& fault) {
     if (table.Has("errno") == table.Has("bytes")) {
         table.Fail("errno", "a fault has either an errno or bytes");
     } else if (table.Has("errno") && !ErrnoNumber(error)) {
-        table.Fail("errno", "unknown name \"" + error + "\"; takes one such as \"EACCES\"");
+        table.Fail("errno", "unknown name \"" + error + R"("; takes one such as "EACCES")");
     }
     fault.error = ErrnoNumber(error).value_or(0);
 }
@@ -103,7 +103,7 @@ void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     std::string repeat = "once";
     table.Read("repeat", repeat);
     if (repeat != "once" && repeat != "forever") {
-        table.Fail("repeat", "takes \"once\" or \"forever\"");
+        table.Fail("repeat", R"(takes "once" or "forever")");
     }
     fault.forever = repeat == "forever";
     faults.push_back(fault);
