@@ -38,7 +38,7 @@ TEST_F(StatusReport, ShowsItsValueWithThreeDecimalsInFourCharactersAtLeast) {
 
 TEST_F(StatusReport, ShowsWhetherTheCardIsMountedAnewInEveryLine) {
     EXPECT_THAT(StatusLine(0.0F), HasSubstr(",0.000,0,"));
-    board_.Card().MountAtStart();
+    board_.Card().mounted = true;
     EXPECT_THAT(StatusLine(0.0F), HasSubstr(",0.000,1,"));
     board_.RemoveCard();
     board_.Elapse(sim::Seconds(1));

@@ -14,7 +14,7 @@ class FreshProcessDeathTest : public testing::Test {
 };
 
 bool SamplesZeroWithoutAnyResult() {
-    Instrument instrument(Where(&sim::Scenario::converterWords, {kNothingNew}));
+    Instrument instrument(Where(&sim::BoardSetup::converterWords, {kNothingNew}));
     instrument.Sample(0);
     return instrument.samples.front() == 0.0F;
 }

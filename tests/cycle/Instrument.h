@@ -66,15 +66,15 @@ sim::Texts Picked(const sim::SimulatedBoard& board, const sim::Texts& texts);
 
 /// The usual scenario but for one thing.
 template <typename Value>
-sim::Scenario Where(Value sim::Scenario::*thing, const Value& value) {
+sim::Scenario Where(Value sim::BoardSetup::*thing, const Value& value) {
     sim::Scenario scenario;
-    scenario.*thing = value;
+    scenario.board.*thing = value;
     return scenario;
 }
 
 /// The usual scenario but for the converter's readings.
 inline sim::Scenario Answering(const std::vector<std::int32_t>& readings) {
-    return Where(&sim::Scenario::converterWords, WordsFor(readings));
+    return Where(&sim::BoardSetup::converterWords, WordsFor(readings));
 }
 
 } // namespace tavrelin

@@ -49,7 +49,7 @@ TEST(MeasurementCycle, TakesItsDevicesAndThenItsLinesInOrder) {
 }
 
 TEST(MeasurementCycle, CountsDevicesAsCreatedEvenWithoutABoard) {
-    SimulatedBoard board(Where(&sim::Scenario::boardPresent, false));
+    SimulatedBoard board(Where(&sim::BoardSetup::present, false));
     CapturedConsole console;
     MeasurementCycle cycle;
     EXPECT_TRUE(cycle.Init());

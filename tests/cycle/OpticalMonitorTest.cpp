@@ -56,7 +56,7 @@ TEST(OpticalMonitor, AddsEveryReadingToTheSamplesInItsOrder) {
 }
 
 TEST(OpticalMonitor, AddsTheLastReadingAgainWhenThereIsNoNewOne) {
-    Instrument instrument(Where(&Scenario::converterWords,
+    Instrument instrument(Where(&sim::BoardSetup::converterWords,
                                 {WordsFor({8})[0], kNothingNew, WordsFor({-9})[0], kNothingNew}));
     instrument.Sample(1000);
     EXPECT_EQ(instrument.samples, (std::vector<float>{8.0F, 8.0F, -9.0F, -9.0F}));
@@ -68,7 +68,7 @@ TEST(OpticalMonitor, AddsTheLastReadingAgainWhenThereIsNoNewOne) {
 
 Scenario ClockSetAt600Milliseconds(std::int64_t seconds) {
     return Where(
-        &Scenario::events,
+        &sim::BoardSetup::events,
         {{.at = Milliseconds(600), .kind = WorldEvent::Kind::JumpClock, .value = seconds}});
 }
 
@@ -90,8 +90,8 @@ TEST(OpticalMonitor, EndsAtOnceWhenTheClockIsSetForward) {
 
 TEST(OpticalMonitor, ReadsOnUntilAMissingCardIsThere) {
     Scenario scenario;
-    scenario.cardPresent = false;
-    scenario.events = {{.at = Milliseconds(2100), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.present = false;
+    scenario.board.events = {{.at = Milliseconds(2100), .kind = WorldEvent::Kind::InsertCard}};
     Instrument instrument(scenario);
     EXPECT_TRUE(instrument.Sample(0));
     EXPECT_EQ(instrument.samples.size(), 9U);
@@ -103,9 +103,9 @@ TEST(OpticalMonitor, ReadsOnUntilAMissingCardIsThere) {
 
 TEST(OpticalMonitor, ReadsOnWhileACardThatWasPulledIsAway) {
     Scenario scenario;
-    scenario.cardMounted = true;
-    scenario.events = {{.at = Milliseconds(100), .kind = WorldEvent::Kind::RemoveCard},
-                       {.at = Milliseconds(5100), .kind = WorldEvent::Kind::InsertCard}};
+    scenario.board.card.mounted = true;
+    scenario.board.events = {{.at = Milliseconds(100), .kind = WorldEvent::Kind::RemoveCard},
+                             {.at = Milliseconds(5100), .kind = WorldEvent::Kind::InsertCard}};
     Instrument instrument(scenario);
     EXPECT_TRUE(instrument.Sample(1000));
     EXPECT_EQ(instrument.board.Now(), Milliseconds(5250));
@@ -115,7 +115,7 @@ TEST(OpticalMonitor, ReadsOnWhileACardThatWasPulledIsAway) {
 }
 
 TEST(OpticalMonitor, ReadsOnWhileTheLogCannotBeOpened) {
-    Instrument instrument(Where(&Scenario::cardMounted, true));
+    Instrument instrument(Where(&sim::BoardSetup::card, {.mounted = true}));
     const std::string log = "/mnt/sd-card/2026-03-07_logfile.csv";
     instrument.board.Fail("open", log, EACCES, 1);
     instrument.board.Fail("open", log, EMFILE, 2);

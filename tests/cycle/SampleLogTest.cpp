@@ -103,7 +103,7 @@ TEST(SampleLog, BelongsToTheDayOfItsLastLineEvenWhenItIsOpenedAfterMidnight) {
 }
 
 TEST(SampleLog, IsOpenedOnceForTheLinesOfEachStep) {
-    Instrument instrument(Where(&Scenario::cardMounted, true));
+    Instrument instrument(Where(&sim::BoardSetup::card, {.mounted = true}));
     instrument.Sample(1000, "A");
     instrument.Sample(0, "B");
     EXPECT_EQ(Picked(instrument.board, {" card/"}),

@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
 );
 
 struct OnFlag : StartPosition {
-    OnFlag() : StartPosition(Where(&Scenario::startOnFlag, true)) {}
+    OnFlag() : StartPosition(Where(&sim::BoardSetup::pump, {.onFlag = true})) {}
 };
 
 TEST_F(OnFlag, ThePumpDoesNotKnowWhereItStandsAndFails) {

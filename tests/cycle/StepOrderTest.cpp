@@ -8,7 +8,7 @@ using sim::Texts;
 using sim::ThreadOrder;
 
 Scenario MountedCard() {
-    return Where(&Scenario::cardMounted, true);
+    return Where(&sim::BoardSetup::card, {.mounted = true});
 }
 
 // Every worker; the pump has half a turn to go.

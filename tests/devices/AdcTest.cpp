@@ -89,7 +89,7 @@ TEST_F(BoardsConverterChannel, StaysWhatItWasWhenAnotherIsRefusedOrTheConverterI
 
 TEST_F(BoardsConverterChannel, CannotBeOpenedOnABoardWithoutConverter) {
     sim::Scenario scenario;
-    scenario.missing = {kConverter};
+    scenario.kernel.paths.missing = {kConverter};
     NewBoard(scenario);
     EXPECT_FALSE(adc.Open(6));
     EXPECT_EQ(Console(), (Said{"", "ADC: device does not exist\n"}));

@@ -128,7 +128,7 @@ TEST_F(StepperDriverSetup, AfterAFailureEveryOperationFailsAtOnceAndInSilence) {
 
 TEST_F(StepperDriverSetup, DoesNotLookAtWhatClaimingTheLineSaid) {
     Scenario leftBehind;
-    leftBehind.exportedLines = {"B15"};
+    leftBehind.board.lines.exported = {"B15"};
     NewBoard(leftBehind);
     const Stirrer stirrer;
     EXPECT_TRUE(stirrer.driver.Ok());

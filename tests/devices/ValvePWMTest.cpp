@@ -54,7 +54,7 @@ TEST_F(ValveBefore, TakesTheHighestFrequencyOf16Bits) {
 
 TEST_F(ValveBefore, SwitchesAChannelThatAnEarlierRunLeftBehindAndGivesItBack) {
     Scenario leftBehind;
-    leftBehind.exportedChannels = {3};
+    leftBehind.board.exportedChannels = {3};
     NewBoard(leftBehind);
     {
         SampleValve on;

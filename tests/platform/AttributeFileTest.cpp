@@ -109,7 +109,7 @@ TEST_F(AttributeFile, IsAskedToBeCreatedWhereItIsMissing) {
 
 TEST(AttributeFileOnACard, ReplacesWhatItHeld) {
     sim::Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     const sim::SimulatedBoard board(scenario);
     board.WriteFileOnCard("note", "a longer text");
     EXPECT_TRUE(WriteAttribute("/mnt/sd-card/note", "short"));

@@ -41,7 +41,8 @@ TEST_F(PollingALine, ComesToItsTimeLimitWhateverTheLineReads) {
 
 TEST_F(PollingALine, SeesWhatHappensAtTheVeryStart) {
     sim::Scenario scenario;
-    scenario.events = {{.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
+    scenario.board.events = {
+        {.at = 0, .kind = sim::WorldEvent::Kind::SetInput, .value = 1, .line = 39}};
     NewBoard(scenario);
     EXPECT_EQ(GpioPin(1, 7).Read(), kLevelHigh);
     EXPECT_EQ(board.Now(), 0);

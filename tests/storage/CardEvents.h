@@ -44,31 +44,31 @@ inline const Texts kMounted = {Mounting("ok")};
 
 inline Scenario WithMountedCard() {
     Scenario scenario;
-    scenario.cardMounted = true;
+    scenario.board.card.mounted = true;
     return scenario;
 }
 inline Scenario WithoutCard() {
     Scenario scenario;
-    scenario.cardPresent = false;
+    scenario.board.card.present = false;
     return scenario;
 }
 inline Scenario WithoutMountPoint() {
     Scenario scenario;
-    scenario.mountPointExists = false;
+    scenario.board.card.mountPointExists = false;
     return scenario;
 }
 inline Scenario WithMountTable(const Texts& lines, Scenario scenario = {}) {
-    scenario.mountTable = lines;
+    scenario.kernel.mounts.lines = lines;
     return scenario;
 }
 inline Scenario WithFileSystems(const std::vector<sim::FileSystem>& systems) {
     Scenario scenario;
-    scenario.fileSystems = systems;
+    scenario.kernel.mounts.fileSystems = systems;
     return scenario;
 }
 
 inline bool IsMounted(SimulatedBoard& board) {
-    return board.Card().Mounted();
+    return board.Card().mounted;
 }
 /// What somebody does at the board's console.
 inline void MountByHand(SimulatedBoard& board) {

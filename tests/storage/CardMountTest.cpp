@@ -159,7 +159,7 @@ TEST(CardOfTheLog, IsTriedEvenIfTheMountPointCannotBeCreated) {
 
 TEST(CardOfTheLog, IsNotMountedOnAFile) {
     SimulatedBoard board(WithoutMountPoint());
-    std::ofstream(board.Kernel().MountPointFolder()) << "no directory";
+    std::ofstream(board.Kernel().paths.MountPointFolder()) << "no directory";
     EXPECT_FALSE(DataLog::mount_sd_card());
     EXPECT_EQ(board.Calls("mkdir"), 1U);
     EXPECT_EQ(board.Calls("mount"), 1U);
