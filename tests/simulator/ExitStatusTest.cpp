@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace tavrelin {

@@ -7,6 +7,7 @@
 
 #include "simulator/run/RunRoot.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace tavrelin {
