@@ -2,6 +2,9 @@
 
 #include "tests/support/TestFolder.h"
 
+#include <filesystem>
+#include <fstream>
+
 namespace tavrelin {
 
 /// The same under the name that it had.
