@@ -30,6 +30,13 @@ const char* EdgeText(std::uint32_t edge) {
     }
 }
 
+// The board's GPIO driver names an exported line after port letter and bit.
+std::string DirectoryOf(std::uint32_t bank, std::uint32_t bit) {
+    std::string directory = std::string(kGpioClass) + "pio";
+    directory += static_cast<char>('A' + bank);
+    return directory + std::to_string(bit);
+}
+
 // The digit and newline of a value attribute; reading them also acknowledges a pending edge.
 struct ValueText {
     std::array<char, 2> text{};
@@ -79,6 +86,10 @@ GpioPin::GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std:
 
 GpioPin::~GpioPin() {
     ok_ = Unexport();
+}
+
+bool GpioPin::IsTaken(std::uint32_t bank, std::uint32_t bit) {
+    return AttributeDirectoryExists(DirectoryOf(bank, bit));
 }
 
 bool GpioPin::Export() {
@@ -135,7 +146,7 @@ std::uint32_t GpioPin::Read() const {
         return kLevelError;
     }
     // Whatever is not the word 1 is low, an attribute that cannot be opened too.
-    return ReadAttributeWord(Directory() + "/value") == "1" ? kLevelHigh : kLevelLow;
+    return ReadAttributeWord(DirectoryOf(bank_, bit_) + "/value") == "1" ? kLevelHigh : kLevelLow;
 }
 
 std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
@@ -145,7 +156,8 @@ std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
     if (!ConfirmExported()) {
         return kLevelError;
     }
-    FileDescriptor value(::open((Directory() + "/value").c_str(), O_RDONLY | O_CLOEXEC));
+    FileDescriptor value(
+        ::open((DirectoryOf(bank_, bit_) + "/value").c_str(), O_RDONLY | O_CLOEXEC));
     if (!value.IsOpen()) {
         return kLevelError;
     }
@@ -162,15 +174,8 @@ std::string GpioPin::LineNumber() const {
     return std::to_string(bank_ * kLinesPerBank + bit_);
 }
 
-// The board's GPIO driver names an exported line after port letter and bit.
-std::string GpioPin::Directory() const {
-    std::string directory = std::string(kGpioClass) + "pio";
-    directory += static_cast<char>('A' + bank_);
-    return directory + std::to_string(bit_);
-}
-
 bool GpioPin::IsExported() const {
-    return AttributeDirectoryExists(Directory());
+    return IsTaken(bank_, bit_);
 }
 
 bool GpioPin::ConfirmExported() const {
@@ -185,7 +190,7 @@ bool GpioPin::WriteToLine(const char* attribute, const char* text, const char* c
     if (!ConfirmExported()) {
         return false;
     }
-    if (!WriteAttribute(Directory() + attribute, text)) {
+    if (!WriteAttribute(DirectoryOf(bank_, bit_) + attribute, text)) {
         std::cerr << complaint;
         return false;
     }

@@ -44,6 +44,9 @@ class GpioPin {
     GpioPin& operator=(GpioPin&&) = delete;
     ~GpioPin();
 
+    /// Whether the line is exported, whoever did it; claims nothing.
+    static bool IsTaken(std::uint32_t bank, std::uint32_t bit);
+
     /// Claims the line from the kernel. Fails on a line that is exported, whoever exported it: this
     /// is the lock that keeps two owners off one line.
     bool Export();
@@ -77,7 +80,6 @@ class GpioPin {
 
   private:
     [[nodiscard]] std::string LineNumber() const;
-    [[nodiscard]] std::string Directory() const;
     [[nodiscard]] bool IsExported() const;
     /// Complains of a line that is not exported.
     [[nodiscard]] bool ConfirmExported() const;

@@ -5,6 +5,7 @@
 #include "platform/GpioPin.h"
 #include "platform/MappedRegisters.h"
 #include "service/Commands.h"
+#include "service/StopSignal.h"
 
 #include <iostream>
 
@@ -59,6 +60,13 @@ int WaitEdgeCommand(const Arguments& arguments) {
     if (!seconds) {
         return kWrongUsage;
     }
+    // Asked first, because a pin gives its line back at its end, whoever took it.
+    if (GpioPin::IsTaken(line->bank, line->bit)) {
+        std::cerr << "tavrelin-service wait-edge: " + arguments.front() +
+                         " is taken; stop the instrument first\n";
+        return kFailed;
+    }
+    CatchStopSignals(); // they end the wait, after which the line is given back
     GpioPin pin(line->bank, line->bit, kPinInputWithEdge, kEdgeBoth);
     const std::uint32_t level =
         pin.Ok() ? pin.WaitForEdge(static_cast<std::int32_t>(*seconds * millisecondsPerSecond))

@@ -66,8 +66,7 @@ constexpr std::array<Command, 13> kCommands = {{
     {"wait-edge", "LINE [--for SECONDS]", "Wait for an edge of a line",
      "Takes LINE, A0 to D31, makes it an input, waits for its next edge for SECONDS, 1 to 3600\n"
      "(10 unless given), prints the level after it and gives the line back. Status 1 without an\n"
-     "edge. A line that is taken already is refused, and given back by that: interrupted, the\n"
-     "command leaves its line taken, and the next one frees it.",
+     "edge, and for a line that is taken already, which is left alone.",
      WaitEdgeCommand},
     {"storage", "", "List the mounted file systems with their space",
      "Prints total, free and available bytes of each; leaves out what cannot be examined.",

@@ -238,12 +238,21 @@ TEST(ServiceWaitEdge, WaitsTenSecondsOrAsLongAsItIsTold) {
     waits({"wait-edge", "B18", "--for", "3600"}, "3600000000");
 }
 
-TEST(ServiceWaitEdge, RefusesALineThatIsTakenAndFreesIt) {
+TEST(ServiceWaitEdge, LeavesALineThatIsTakenAlone) {
     const SimulatedCall call =
         SimulateService({"wait-edge", "B18"}, "[lines]\nexported = [\"B18\"]\n");
     EXPECT_EQ(call.result.status, 1);
-    EXPECT_EQ(call.result.error, "already used\ntavrelin-service wait-edge: no edge of B18\n");
-    EXPECT_EQ(call.events, "0 1 write /sys/class/gpio/unexport \"50\"\n");
+    EXPECT_EQ(call.result.error,
+              "tavrelin-service wait-edge: B18 is taken; stop the instrument first\n");
+    EXPECT_EQ(call.events, "");
+}
+
+TEST(ServiceWaitEdge, GivesTheLineBackWhenASignalEndsTheWait) {
+    const SimulatedCall call =
+        SimulateService({"wait-edge", "B18"}, "[[fault]]\ncall = \"poll\"\nerrno = \"EINTR\"\n");
+    EXPECT_EQ(call.result.status, 1);
+    EXPECT_EQ(call.result.error, "tavrelin-service wait-edge: no edge of B18\n");
+    EXPECT_THAT(call.events, testing::EndsWith("write /sys/class/gpio/unexport \"50\"\n"));
 }
 
 TEST(ServiceCard, TellsWhatIsInTheSlotAndWhatIsListed) {
