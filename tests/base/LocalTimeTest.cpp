@@ -2,7 +2,6 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 #include "tests/support/BoardClock.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include "simulator/scenario/ScenarioFile.h"
 
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <algorithm>

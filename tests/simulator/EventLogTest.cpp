@@ -4,7 +4,7 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ class EventFile : public testing::Test {
         log = std::make_unique<EventLog>();
         log->now = [this] { return now; };
         log->thread = [this] { return thread; };
-        EXPECT_TRUE(log->WriteTo(folder.File("events"), buffer));
+        EXPECT_TRUE(log->WriteTo(folder.Path("events"), buffer));
     }
     void ReadAt(int us, const std::string& data, const std::string& path = "/a") {
         now = Microseconds(us);
@@ -53,10 +53,10 @@ class EventFile : public testing::Test {
     }
     std::string Text() {
         log.reset();
-        return TextOf(folder.File("events"));
+        return TextOf(folder.Path("events"));
     }
 
-    TemporaryFolder folder;
+    TestFolder folder;
     sim::EventBuffer buffer;
     std::unique_ptr<EventLog> log;
     sim::Nanoseconds now = 0;

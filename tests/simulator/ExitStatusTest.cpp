@@ -2,7 +2,7 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -95,8 +95,8 @@ TEST(ExitStatusOfARun, TellsAStaticProgramBeforeItRuns) {
 }
 
 TEST(ExitStatusOfARun, TellsAScriptBeforeItRuns) {
-    const TemporaryFolder folder;
-    const std::string script = folder.File("script");
+    const TestFolder folder;
+    const std::string script = folder.Path("script");
     WriteText(script, "#!/bin/sh\necho ran\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     EXPECT_EQ(Refusal(script, 14),
@@ -104,11 +104,11 @@ TEST(ExitStatusOfARun, TellsAScriptBeforeItRuns) {
 }
 
 TEST(ExitStatusOfARun, TellsAProgramThatIsNotThere) {
-    const TemporaryFolder folder;
-    WriteText(folder.File("text"), "no program");
+    const TestFolder folder;
+    WriteText(folder.Path("text"), "no program");
     EXPECT_EQ(Refusal("no-such-program-anywhere", 15), "no such program in PATH\n");
     EXPECT_EQ(Refusal("/nowhere/at-all", 15), "no such program\n");
-    EXPECT_EQ(Refusal(folder.File("text"), 15), "not executable\n");
+    EXPECT_EQ(Refusal(folder.Path("text"), 15), "not executable\n");
     EXPECT_EQ(Refusal("/usr/bin", 15), "a folder; name the program in it\n");
 }
 

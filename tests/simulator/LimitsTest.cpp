@@ -2,7 +2,7 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <chrono>
@@ -54,8 +54,8 @@ TEST(MeasurementLimit, WinsOrLosesAgainstAStepLimit) {
 }
 
 TEST(BoardTimeLimit, EndsAtTheVeryMicrosecond) {
-    const TemporaryFolder folder;
-    const std::string summary = folder.File("summary");
+    const TestFolder folder;
+    const std::string summary = folder.Path("summary");
     for (const std::string limit : {"0.000001", "2.345678", "5"}) {
         Instrument({"--board-time", limit, "--summary", summary});
         const long expected = std::lround(std::stod(limit) * 1e6);
@@ -66,8 +66,8 @@ TEST(BoardTimeLimit, EndsAtTheVeryMicrosecond) {
 }
 
 TEST(BoardTimeLimit, ComesBetweenTwoSleepsAndNotAfterThem) {
-    const TemporaryFolder folder;
-    const std::string events = folder.File("events");
+    const TestFolder folder;
+    const std::string events = folder.Path("events");
     SimulateTrouble({"sleep-again", "300"}, {"--board-time", "1", "--events", events});
     EXPECT_EQ(TextOf(events), "0 1 sleep - 300000 us\n"
                               "300000 1 sleep - 300000 us\n"

@@ -6,7 +6,7 @@
 #include "tests/support/Fifo.h"
 #include "tests/support/Offspring.h"
 #include "tests/support/Places.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -87,9 +87,9 @@ class SpinningRun {
     }
 
   private:
-    TemporaryFolder folder_;
-    Fifo output_{folder_.File("output")};
-    std::string errors_ = folder_.File("errors");
+    TestFolder folder_;
+    Fifo output_{folder_.Path("output")};
+    std::string errors_ = folder_.Path("errors");
     pid_t launcher_;
     pid_t program_ = 0;
 };

@@ -2,7 +2,7 @@
 
 #include "tests/simulator/Launcher.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include "simulator/run/RunRoot.h"
@@ -19,7 +19,7 @@ constexpr int kCannotStart = 15;
 
 class RunFiles : public testing::Test {
   protected:
-    std::string File(const std::string& name) const { return folder.File(name); }
+    std::string File(const std::string& name) const { return folder.Path(name); }
     /// What a launcher says that cannot start with an option, after "simulate: " and the option.
     static std::string Refusal(const std::string& option, const std::string& path,
                                const Words& others = {}) {
@@ -32,7 +32,7 @@ class RunFiles : public testing::Test {
         return run.error.substr(std::min(intro.size(), run.error.size()));
     }
 
-    TemporaryFolder folder;
+    TestFolder folder;
 };
 
 TEST_F(RunFiles, AGivenRootIsMadeAndStays) {

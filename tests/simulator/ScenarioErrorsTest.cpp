@@ -3,7 +3,7 @@
 #include "simulator/scenario/ScenarioFile.h"
 
 #include "tests/simulator/Launcher.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
 #include <gmock/gmock.h>
@@ -193,18 +193,18 @@ TEST(WrongScenario, OnlyTheFirstErrorIsTold) {
 }
 
 TEST(WrongScenario, EndsTheLauncherWithFileLineAndKey) {
-    const TemporaryFolder folder;
-    const std::string file = folder.File("board.toml");
+    const TestFolder folder;
+    const std::string file = folder.Path("board.toml");
     WriteText(file, "[pump]\nflag_seen = 3\n");
-    WriteText(folder.File("events"), "of an earlier run\n");
+    WriteText(folder.Path("events"), "of an earlier run\n");
     const CommandResult run =
-        SimulateTrouble({"speak"}, {"--scenario", file, "--summary", folder.File("summary"),
-                                    "--events", folder.File("events")});
+        SimulateTrouble({"speak"}, {"--scenario", file, "--summary", folder.Path("summary"),
+                                    "--events", folder.Path("events")});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.error, "simulate: " + file + ":2: pump.flag_seen: takes true or false\n");
     EXPECT_EQ(run.output, "") << "the program never began";
-    EXPECT_EQ(TextOf(folder.File("summary")), "");
-    EXPECT_EQ(TextOf(folder.File("events")), "of an earlier run\n");
+    EXPECT_EQ(TextOf(folder.Path("summary")), "");
+    EXPECT_EQ(TextOf(folder.Path("events")), "of an earlier run\n");
     const CommandResult none = SimulateTrouble({"speak"}, {"--scenario", "/nowhere.toml"});
     EXPECT_EQ(none.status, 3);
     EXPECT_EQ(none.error, "simulate: /nowhere.toml: cannot be read; takes a file in TOML\n");

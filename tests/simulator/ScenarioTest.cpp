@@ -2,7 +2,7 @@
 
 #include "simulator/scenario/ScenarioFile.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -166,8 +166,8 @@ bytes = 2)")
 }
 
 TEST(ScenarioFile, IsReadWhole) {
-    const TemporaryFolder folder;
-    const std::string file = folder.File("board.toml");
+    const TestFolder folder;
+    const std::string file = folder.Path("board.toml");
     WriteText(file, "# " + std::string(100'000, 'x') + "\ncard.fat = false");
     EXPECT_FALSE(std::get<Scenario>(sim::ReadScenarioFile(file)).board.card.fat);
 }

@@ -15,19 +15,11 @@ std::vector<std::string> Split(std::string_view text, char separator) {
 std::vector<std::string> LinesWith(std::string_view text, std::string_view what) {
     std::vector<std::string> found;
     for (const std::string& line : LinesOf(text)) {
-        if (Contains(line, what)) {
+        if (line.find(what) != std::string::npos) {
             found.push_back(line);
         }
     }
     return found;
-}
-
-bool Contains(std::string_view text, std::string_view what) {
-    return text.find(what) != std::string_view::npos;
-}
-
-bool EndsWith(std::string_view text, std::string_view what) {
-    return text.size() >= what.size() && text.substr(text.size() - what.size()) == what;
 }
 
 } // namespace tavrelin

@@ -16,7 +16,4 @@ inline std::vector<std::string> LinesOf(std::string_view text) {
 /// Those of the lines that contain the text.
 std::vector<std::string> LinesWith(std::string_view text, std::string_view what);
 
-bool Contains(std::string_view text, std::string_view what);
-bool EndsWith(std::string_view text, std::string_view what);
-
 } // namespace tavrelin
