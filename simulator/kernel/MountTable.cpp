@@ -40,7 +40,7 @@ long MountTable::FileSystemStatus(const char* path, struct statfs64* result) {
     std::vector<FileSystem> known = setup_.fileSystems;
     known.push_back({"/", 4096, 49'152, 20'480, 18'432});
     known.push_back({"/proc", 4096, 0, 0, 0});
-    known.push_back({"/sys", 4096, 0, 0, 0});
+    known.push_back({std::string(kSysfs), 4096, 0, 0, 0});
     known.push_back({"/run", 4096, 14'336, 14'300, 14'300});
     if (calls_.board.card.mounted) {
         known.push_back({std::string(kMountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});

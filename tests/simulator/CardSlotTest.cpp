@@ -60,13 +60,13 @@ TEST_F(Mounting, WorksOnceUntilItIsUndone) {
     EXPECT_EQ(MountCard(), 0);
 }
 
-TEST_F(Mounting, RefusesACardThatIsNotThere) {
-    board.RemoveCard();
-    EXPECT_EQ(MountCard(), ENOENT);
-}
-
-TEST_F(Mounting, RefusesACardWithoutAPartition) {
+TEST_F(Mounting, RefusesALockedCardAndOneWithoutAPartitionAndNone) {
+    board.Card().writeProtected = true;
+    EXPECT_EQ(MountCard(), EACCES);
     board.Card().partitioned = false;
+    EXPECT_EQ(MountCard(), ENOENT);
+    board.Card().partitioned = true;
+    board.RemoveCard();
     EXPECT_EQ(MountCard(), ENOENT);
 }
 
@@ -86,11 +86,6 @@ TEST_F(Mounting, RefusesWhatIsNotAFatFileSystem) {
     EXPECT_EQ(MountCard(), EINVAL);
     board.Card().vfatSupported = false;
     EXPECT_EQ(MountCard(), ENODEV);
-}
-
-TEST_F(Mounting, RefusesALockedCardForWriting) {
-    board.Card().writeProtected = true;
-    EXPECT_EQ(MountCard(), EACCES);
 }
 
 TEST_F(Mounting, RefusesOtherDevicesAndPlaces) {

@@ -39,9 +39,9 @@ int OpenError(const std::string& path, int flags);
 /// Text of an attribute, or the name of the errno that refused it.
 std::string Show(const std::string& path);
 
-/// Path of a line's attribute: lineFile("B18", "value").
+/// Path of a line's attribute: LineFile("B18", "value").
 std::string LineFile(const std::string& line, const std::string& attribute);
-/// Path of a channel's attribute: channelFile(1, "period").
+/// Path of a channel's attribute: ChannelFile(1, "period").
 std::string ChannelFile(unsigned channel, const std::string& attribute);
 
 inline constexpr const char* kGpioExport = "/sys/class/gpio/export";
