@@ -6,7 +6,8 @@
 namespace tavrelin {
 
 /// The wall clock, broken down in local time by the zone of this moment: that of the environment's
-/// TZ or, without it, of /etc/localtime. Another zone there shows in the next answer.
+/// TZ or, without it, of /etc/localtime. A TZ that changes, and a changed
+/// /etc/localtime, show in the next answer; the C library reads a file that TZ names once.
 std::tm LocalNow();
 
 /// Date of the log's name and of its lines: 2026-03-07.

@@ -6,8 +6,8 @@
 namespace tavrelin {
 
 HomeSensor::HomeSensor() : pin_(wiring::kHomeSensor.bank, wiring::kHomeSensor.bit) {
-    // Nobody waits for the edges; the line is set up for them all the same. A failure shows in
-    // every read.
+    // Nobody waits for the edges; the line is set up for them all the same. A failure shows in the
+    // reads at most.
     if (pin_.SetDirection(kPinInputWithEdge)) {
         pin_.SetEdge(kEdgeBoth);
     }

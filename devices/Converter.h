@@ -10,8 +10,8 @@ namespace tavrelin {
 inline constexpr float kNoNewResult = 4294967296.0F;
 
 /// Asks the converter for `channel`, waits for the conversion and reads it: 25 bits as they came,
-/// or kNoNewResult. 0 at once without a device. A transfer that fails is not noticed: it reads as
-/// zeros.
+/// or kNoNewResult. 0 at once without a device. A transfer that fails is not noticed: the
+/// converter is read even when it could not be asked, and a read that fails gives zeros.
 float doRawConversion(std::uint8_t channel, const SpiDevice* device);
 
 /// Reading of the optical detector in counts, -16777216 to 16777214. The converter sends 25 bits,

@@ -51,8 +51,8 @@ inline constexpr std::uint8_t kLedChannel = 0;
 inline constexpr float kLedFrequency = 1000.0F;
 inline constexpr float kLedDuty = 30.0F;
 
-// Sample valve coil: at the full supply without pulses in steps 3 to 5, where the valve is open;
-// off in the others.
+// Sample valve coil: at the full supply without pulses while the valve is open, when priming and in
+// steps 3 to 5; off in the others.
 inline constexpr std::uint8_t kValveChannel = 3;
 inline constexpr std::uint16_t kValveFrequency = 1000;
 inline constexpr float kValveOpenDuty = 100.0F;

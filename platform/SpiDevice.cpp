@@ -40,7 +40,7 @@ SpiDevice::~SpiDevice() {
 }
 
 bool SpiDevice::Open(const std::string& path) {
-    // Not for the programs that the alarm and the mount start: the bus is the instrument's.
+    // Not for programs that the owner's process may start: the bus is its own.
     fd_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (fd_ < 0) {
         std::cerr << "could not open SPI device";

@@ -73,8 +73,8 @@ constexpr std::array<Command, 13> kCommands = {{
      StorageCommand},
     {"card", "", "Tell whether the SD card is there and mounted",
      "Prints 1 or 0 for each of the two, and how many mounts of its partition a shell counts. A\n"
-     "card that is listed but not in the slot, or that takes no records, was pulled while it was\n"
-     "mounted: umount /mnt/sd-card makes the instrument mount it anew.",
+     "card that is listed but not in the slot was pulled while it was mounted, and one that takes\n"
+     "no records may have been: umount /mnt/sd-card makes the instrument mount it anew.",
      CardCommand},
     {"log-message", "TEXT...", "Hand messages to the buffered log",
      "Each TEXT of at most 29 characters is kept as it is, without a newline, while the card is\n"

@@ -38,8 +38,8 @@ class DataLog {
     void close();
 
     /// The stream's failed flag.
-    [[nodiscard]] bool failed() const { return stream_.fail(); }
-    [[nodiscard]] const std::string& file_name() const { return fileName_; }
+    [[nodiscard]] bool Failed() const { return stream_.fail(); }
+    [[nodiscard]] const std::string& FileName() const { return fileName_; }
 
     /// Whether a card is in the slot.
     static bool is_sd_card_present();

@@ -16,16 +16,16 @@ class MountQuery {
     bool SetOptions(const std::string& text);
 
     [[nodiscard]] const std::string& MountPoint() const { return mountPoint_; }
-    [[nodiscard]] const std::string& device() const { return device_; }
+    [[nodiscard]] const std::string& Device() const { return device_; }
     [[nodiscard]] const std::string& FileSystem() const { return fileSystem_; }
-    [[nodiscard]] const std::string& options() const { return options_; }
+    [[nodiscard]] const std::string& Options() const { return options_; }
 
     /// Whether the mount table lists the mount point; notes the entry last read.
     bool IsListed();
 
     /// Null when no scan was made or it found nothing. Points into the buffers of a scan that is
     /// over: not to be followed.
-    [[nodiscard]] const mntent* entry() const { return entry_; }
+    [[nodiscard]] const mntent* Entry() const { return entry_; }
 
   private:
     const mntent* entry_ = nullptr;

@@ -17,7 +17,7 @@ namespace {
 void LogRecord(DataLog& log, const std::string& record) {
     EXPECT_TRUE(log.open());
     EXPECT_TRUE(log.write(record));
-    EXPECT_FALSE(log.failed());
+    EXPECT_FALSE(log.Failed());
     log.close();
 }
 
@@ -69,7 +69,7 @@ TEST(CardPutBackWhileMounted, LosesAllThatIsAppendedUntilSomebodyUnmountsIt) {
     card.board.InsertCard();
     for (int record = 0; record < 3; ++record) {
         LogRecord(card.log, "lost\n");
-        EXPECT_TRUE(card.log.failed());
+        EXPECT_TRUE(card.log.Failed());
     }
     EXPECT_EQ(card.board.Calls("mount") + card.board.Calls("umount"), 0U);
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
@@ -84,7 +84,7 @@ TEST(CardPutBackWhileMounted, TakesNoNewLogUntilSomebodyUnmountsIt) {
     board.InsertCard();
     DataLog log(kLog);
     EXPECT_FALSE(log.open());
-    EXPECT_TRUE(log.failed());
+    EXPECT_TRUE(log.Failed());
     EXPECT_FALSE(log.write("lost\n"));
     EXPECT_EQ(board.Calls("mount"), 0U);
     EXPECT_TRUE(DataLog::umount_sd_card("/mnt/sd-card"));
@@ -107,9 +107,9 @@ TEST(Record, IsLostWithoutAWordUntilTheClose) {
         EXPECT_TRUE(card.log.open());
         EXPECT_TRUE(card.log.write("lost\n"));
         trouble(card.board);
-        EXPECT_FALSE(card.log.failed());
+        EXPECT_FALSE(card.log.Failed());
         card.log.close();
-        EXPECT_TRUE(card.log.failed());
+        EXPECT_TRUE(card.log.Failed());
         EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
     }
 }
@@ -119,7 +119,7 @@ TEST(Record, IsTakenFromAPulledCardAsLongAsTheKernelHasNotNoticed) {
     card.board.RemoveCard();
     card.board.Elapse(sim::Milliseconds(500));
     LogRecord(card.log, "lost\n");
-    EXPECT_TRUE(card.log.failed());
+    EXPECT_TRUE(card.log.Failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
 
@@ -137,7 +137,7 @@ TEST(FullCard, KeepsWholeRecords) {
     card.board.Card().freeBytes = 10;
     LogRecord(card.log, "second\n");
     LogRecord(card.log, "third\n");
-    EXPECT_TRUE(card.log.failed());
+    EXPECT_TRUE(card.log.Failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
@@ -147,7 +147,7 @@ TEST(FullCard, WithSpaceAgainIsWrittenToAgain) {
     LogRecord(card.log, "lost\n");
     card.board.Card().freeBytes = -1;
     LogRecord(card.log, "second\n");
-    EXPECT_FALSE(card.log.failed());
+    EXPECT_FALSE(card.log.Failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
 }
 
@@ -157,7 +157,7 @@ TEST(ReadOnlyCard, TakesNeitherNewNorOldLog) {
     EXPECT_FALSE(card.log.open());
     EXPECT_EQ(card.board.Events().back(), "open " + kLog + " EROFS");
     EXPECT_FALSE(card.log.set_file_name("/mnt/sd-card/2026-03-08_logfile.csv"));
-    EXPECT_TRUE(card.log.failed());
+    EXPECT_TRUE(card.log.Failed());
     EXPECT_FALSE(card.log.write("lost\n"));
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
 }
@@ -176,10 +176,10 @@ TEST(FailingClose, MarksTheStreamFailed) {
     CardWithLog card;
     card.board.Fail("close", kLog, EIO);
     LogRecord(card.log, "second\n");
-    EXPECT_TRUE(card.log.failed());
+    EXPECT_TRUE(card.log.Failed());
     EXPECT_EQ(card.board.Kernel().Held(), 0U);
     EXPECT_TRUE(card.log.open());
-    EXPECT_FALSE(card.log.failed());
+    EXPECT_FALSE(card.log.Failed());
 }
 
 TEST(Storage, ReportsNothingOnTheConsole) {

@@ -17,7 +17,7 @@ void LogBatch(const Texts& records) {
         EXPECT_TRUE(log.write(record));
     }
     log.close();
-    EXPECT_FALSE(log.failed());
+    EXPECT_FALSE(log.Failed());
 }
 
 TEST(Log, BeginsWithTheFirstRecordAndHasNoHeader) {
@@ -86,7 +86,7 @@ TEST(Log, ThatIsNotOpenClosesInSilence) {
     const SimulatedBoard board;
     DataLog log(kLog);
     log.close();
-    EXPECT_FALSE(log.failed());
+    EXPECT_FALSE(log.Failed());
     EXPECT_EQ(board.Events(), Texts{});
 }
 
@@ -154,7 +154,7 @@ TEST(WritingARecord, IntoALogBelowTheMountPointLosesItWhenTheCardIsMounted) {
     EXPECT_FALSE(IsMounted(board));
     EXPECT_TRUE(log.write("swallowed\n"));
     EXPECT_TRUE(IsMounted(board));
-    EXPECT_TRUE(log.failed());
+    EXPECT_TRUE(log.Failed());
     log.close();
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "stray\n");
     EXPECT_EQ(board.FileOnCard(kFile), "");

@@ -17,7 +17,7 @@ TEST(DayLog, LiesOnTheCardUnderItsDate) {
 TEST(DayLog, IsNamedAfterTheLocalDate) {
     const TimeZone zone("EST5");
     const SimulatedBoard board({}, StartingAt("2026-03-08 04:59:59"));
-    EXPECT_EQ(DataLog().file_name(), "/mnt/sd-card/2026-03-07_logfile.csv");
+    EXPECT_EQ(DataLog().FileName(), "/mnt/sd-card/2026-03-07_logfile.csv");
 }
 
 TEST(DayLog, ChangesAtMidnightForANewObjectOnly) {

@@ -129,13 +129,13 @@ TEST(MountTable, NotesTheEntryOnlyWhenItIsFound) {
 TEST(MountQuery, AsksAboutItsMountPoint) {
     const SimulatedBoard board(WithMountedCard());
     MountQuery query;
-    EXPECT_EQ(query.entry(), nullptr);
+    EXPECT_EQ(query.Entry(), nullptr);
     EXPECT_TRUE(query.SetMountPoint(kMountPoint));
     EXPECT_TRUE(query.IsListed());
-    EXPECT_NE(query.entry(), nullptr);
+    EXPECT_NE(query.Entry(), nullptr);
     EXPECT_TRUE(query.SetMountPoint("/mnt/stick"));
     EXPECT_FALSE(query.IsListed());
-    EXPECT_EQ(query.entry(), nullptr);
+    EXPECT_EQ(query.Entry(), nullptr);
 }
 
 TEST(MountQuery, KeepsItsFieldsWhenGivenAnEmptyText) {
@@ -149,9 +149,9 @@ TEST(MountQuery, KeepsItsFieldsWhenGivenAnEmptyText) {
     EXPECT_FALSE(query.SetFileSystem(""));
     EXPECT_FALSE(query.SetOptions(""));
     EXPECT_EQ(query.MountPoint(), "/mnt/stick");
-    EXPECT_EQ(query.device(), "/dev/sda1");
+    EXPECT_EQ(query.Device(), "/dev/sda1");
     EXPECT_EQ(query.FileSystem(), "ext4");
-    EXPECT_EQ(query.options(), "rw");
+    EXPECT_EQ(query.Options(), "rw");
 }
 
 } // namespace
