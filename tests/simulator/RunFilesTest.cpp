@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace tavrelin {
 namespace {
 
