@@ -3,6 +3,7 @@
 #include "tests/support/BoardTest.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
 #include <memory>
@@ -161,6 +162,26 @@ TEST_F(SpiDeviceOnBoard, CanBeOpenedAgainAndDoesNotCloseWhatWasOpen) {
 TEST_F(SpiDeviceOnBoard, IsNotHandedOnToProgramsThatAreStarted) {
     const SpiDevice device("/dev/null", 0, 3000000, 16);
     EXPECT_EQ(::fcntl(device.Fd(), F_GETFD), FD_CLOEXEC);
+}
+
+// As in a program that was started without standard input: its first file has the number 0.
+TEST_F(SpiDeviceOnBoard, MayHaveTheDescriptorZero) {
+    const int standardInput = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    {
+        SpiDevice device("/dev/zero", 0, 3000000, 16);
+        EXPECT_EQ(device.Fd(), 0);
+        std::array<char, 2> word = {1, 1};
+        EXPECT_TRUE(device.Read(word.data(), 2));
+        EXPECT_TRUE(device.Write(word.data(), 2));
+        EXPECT_FALSE(device.Transfer(word.data(), 2));
+        EXPECT_TRUE(device.Close());
+    }
+    ::dup2(standardInput, STDIN_FILENO);
+    ::close(standardInput);
+    EXPECT_EQ(Console(), (Said{"", "Could not set SPIMode (WR)...ioctl fail"
+                                   "Problem transmitting spi data..ioctl"
+                                   "Could not close SPI device"}));
 }
 
 } // namespace
