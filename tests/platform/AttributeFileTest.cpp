@@ -1,8 +1,10 @@
 #include "platform/AttributeFile.h"
 
 #include "tests/support/BoardTest.h"
+#include "tests/support/ClosedStandardInput.h"
 #include "tests/support/TestFolder.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -129,6 +131,14 @@ TEST_F(AttributeFile, HasADirectoryWhileItsLineIsExported) {
     const bool ordinary = ::getuid() != 0 || ::setuid(65534) == 0;
     const bool right = AttributeDirectoryExists(open) && !AttributeDirectoryExists(closed);
     ::_exit(ordinary && right ? 0 : 1);
+}
+
+TEST(AttributeFileWithoutStandardInput, IsWrittenAndReadByTheDescriptorZero) {
+    const TestFolder folder;
+    const ClosedStandardInput closed;
+    EXPECT_TRUE(WriteAttribute(folder.Path("value"), "1"));
+    EXPECT_EQ(ReadAttributeWord(folder.Path("value")), "1");
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "left open";
 }
 
 TEST(AttributeDirectory, ThatMayNotBeReadDoesNotExist) {

@@ -1,9 +1,9 @@
 #include "platform/SpiDevice.h"
 
 #include "tests/support/BoardTest.h"
+#include "tests/support/ClosedStandardInput.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <array>
 #include <memory>
@@ -164,10 +164,8 @@ TEST_F(SpiDeviceOnBoard, IsNotHandedOnToProgramsThatAreStarted) {
     EXPECT_EQ(::fcntl(device.Fd(), F_GETFD), FD_CLOEXEC);
 }
 
-// As in a program that was started without standard input: its first file has the number 0.
 TEST_F(SpiDeviceOnBoard, MayHaveTheDescriptorZero) {
-    const int standardInput = ::dup(STDIN_FILENO);
-    ::close(STDIN_FILENO);
+    const ClosedStandardInput closed;
     {
         SpiDevice device("/dev/zero", 0, 3000000, 16);
         EXPECT_EQ(device.Fd(), 0);
@@ -177,8 +175,6 @@ TEST_F(SpiDeviceOnBoard, MayHaveTheDescriptorZero) {
         EXPECT_FALSE(device.Transfer(word.data(), 2));
         EXPECT_TRUE(device.Close());
     }
-    ::dup2(standardInput, STDIN_FILENO);
-    ::close(standardInput);
     EXPECT_EQ(Console(), (Said{"", "Could not set SPIMode (WR)...ioctl fail"
                                    "Problem transmitting spi data..ioctl"
                                    "Could not close SPI device"}));
