@@ -165,8 +165,8 @@ TEST_F(SpiDeviceOnBoard, IsNotHandedOnToProgramsThatAreStarted) {
 }
 
 TEST_F(SpiDeviceOnBoard, MayHaveTheDescriptorZero) {
-    const ClosedStandardInput closed;
     {
+        const ClosedStandardInput closed; // until the console is looked at, which opens files too
         SpiDevice device("/dev/zero", 0, 3000000, 16);
         EXPECT_EQ(device.Fd(), 0);
         std::array<char, 2> word = {1, 1};
