@@ -9,7 +9,6 @@ namespace tavrelin {
 namespace {
 
 using sim::Milliseconds;
-using sim::Scenario;
 using sim::Texts;
 
 /// The log of a step that begins at this time of day; its only reading comes 250 ms later.

@@ -13,7 +13,6 @@
 namespace tavrelin {
 namespace {
 
-using sim::Event;
 using sim::EventLog;
 using sim::Microseconds;
 using sim::SimulatedBoard;

@@ -14,7 +14,6 @@
 namespace tavrelin {
 namespace {
 
-using sim::Milliseconds;
 using sim::SimulatedBoard;
 using sim::Texts;
 
