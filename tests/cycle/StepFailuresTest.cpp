@@ -7,7 +7,6 @@
 namespace tavrelin {
 namespace {
 
-
 // Starts: reagent delivery, which has nothing to turn here, LED, valve, stirring, monitoring.
 const MeasurementState kFullStep = {.Duration = 340,
                                     .LEDStatus = true,
