@@ -1,0 +1,5 @@
+# Debian's cross compiler for 32-bit ARM with hardware floating point. Libraries come from Debian's foreign
+# architecture armhf, whose paths the compiler itself knows.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR armv7l)
+set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
