@@ -56,7 +56,7 @@ TEST(Noise, PicksEveryNumberBelowABound) {
     Noise noise(5);
     std::array<int, 6> picked{};
     for (int i = 0; i < 6000; ++i) {
-        ++picked.at(noise.Below(6));
+        ++picked.at(static_cast<std::size_t>(noise.Below(6)));
     }
     for (const int times : picked) {
         EXPECT_NEAR(times, 1000, 150);

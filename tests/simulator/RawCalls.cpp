@@ -29,7 +29,7 @@ long Descriptor::Write(std::string_view text) const {
 }
 
 long Descriptor::Seek(long offset, int whence) const {
-    return OrError(::lseek(number_, offset, whence));
+    return OrError(static_cast<long>(::lseek(number_, offset, whence)));
 }
 
 long Descriptor::Read(std::string& text, std::size_t most) const {

@@ -65,7 +65,8 @@ void CaptureDevice::Start() {
 }
 
 long CaptureDevice::Take(const char* samples, std::uint64_t frames) {
-    if (const int error = file_.Append(samples, frames * kFrameBytes); error != 0) {
+    if (const int error = file_.Append(samples, static_cast<std::size_t>(frames) * kFrameBytes);
+        error != 0) {
         return error;
     }
     given_ += frames;
