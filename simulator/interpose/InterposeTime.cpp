@@ -1,5 +1,6 @@
 // Stands in for the C library's clocks and sleeps: they run on board time.
 
+#include "simulator/interpose/BoardClock.h"
 #include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
 
@@ -13,6 +14,7 @@ namespace {
 using sim::AsResult;
 using sim::Gate;
 using sim::Nanoseconds;
+namespace board_clock = sim::board_clock;
 
 constexpr Nanoseconds kPerSecond = 1'000'000'000;
 
@@ -20,24 +22,14 @@ timespec AsTimespec(Nanoseconds time) {
     return {static_cast<time_t>(time / kPerSecond), static_cast<long>(time % kPerSecond)};
 }
 
-Nanoseconds AsNanoseconds(const timespec& time) {
-    return static_cast<Nanoseconds>(time.tv_sec) * kPerSecond + time.tv_nsec;
+board_clock::Span AsSpan(const timespec& span) {
+    return {span.tv_sec, span.tv_nsec};
 }
 
-bool IsSpan(const timespec& span) {
-    return span.tv_sec >= 0 && span.tv_nsec >= 0 && span.tv_nsec < kPerSecond;
-}
-
-/// Sleeps on the board; a fault cuts the sleep in half and tells the rest, as a signal does.
-int SleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
-    const long error = gate->kernel.calls.Admit("nanosleep", "");
-    const Nanoseconds slept = error != 0 ? span / 2 : span;
-    gate->events.Add("sleep", "-", std::to_string(slept / 1'000) + " us");
-    gate->timeline.SleepUntil(gate->timeline.Now() + slept, "the end of its sleep");
-    if (error != 0 && rest != nullptr) {
-        *rest = AsTimespec(span - slept);
+void TellRest(Nanoseconds left, int error, timespec* rest) {
+    if (error != 0 && error != EINVAL && rest != nullptr) {
+        *rest = AsTimespec(left);
     }
-    return static_cast<int>(-error);
 }
 
 } // namespace
@@ -45,41 +37,37 @@ int SleepOnBoard(Gate& gate, Nanoseconds span, timespec* rest) {
 extern "C" {
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
-    if (clock != CLOCK_PROCESS_CPUTIME_ID && clock != CLOCK_THREAD_CPUTIME_ID) {
-        if (Gate gate; gate) {
-            if (const long error = gate->kernel.calls.Strike("clock_gettime", ""); error != 0) {
-                return AsResult(error);
-            }
-            gate->timeline.LooksAtClock();
-            *time = AsTimespec(clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE
-                                   ? gate->board.WallTime()
-                                   : gate->timeline.Now());
-            return 0;
-        }
+    Nanoseconds shown = 0;
+    int result = 0;
+    if (!board_clock::Read(clock, shown, result)) {
+        return SIM_REAL(clock_gettime)(clock, time);
     }
-    return SIM_REAL(clock_gettime)(clock, time);
+    if (result == 0) {
+        *time = AsTimespec(shown);
+    }
+    return result;
 }
 
 int gettimeofday(timeval* time, void* zone) noexcept {
-    if (Gate gate; gate) {
-        gate->timeline.LooksAtClock();
-        const timespec wall = AsTimespec(gate->board.WallTime());
-        *time = {wall.tv_sec, wall.tv_nsec / 1'000};
-        return 0;
+    Nanoseconds shown = 0;
+    if (!board_clock::ReadWall(shown)) {
+        return SIM_REAL(gettimeofday)(time, zone);
     }
-    return SIM_REAL(gettimeofday)(time, zone);
+    const timespec wall = AsTimespec(shown);
+    *time = {wall.tv_sec, wall.tv_nsec / 1'000};
+    return 0;
 }
 
 time_t time(time_t* result) noexcept {
-    if (Gate gate; gate) {
-        gate->timeline.LooksAtClock();
-        const time_t wall = AsTimespec(gate->board.WallTime()).tv_sec;
-        if (result != nullptr) {
-            *result = wall;
-        }
-        return wall;
+    Nanoseconds shown = 0;
+    if (!board_clock::ReadWall(shown)) {
+        return SIM_REAL(time)(result);
     }
-    return SIM_REAL(time)(result);
+    const time_t wall = AsTimespec(shown).tv_sec;
+    if (result != nullptr) {
+        *result = wall;
+    }
+    return wall;
 }
 
 clock_t clock() noexcept {
@@ -91,42 +79,43 @@ clock_t clock() noexcept {
 }
 
 int nanosleep(const timespec* span, timespec* rest) {
-    if (Gate gate; gate) {
-        if (!IsSpan(*span)) {
-            return AsResult(-EINVAL);
-        }
-        return AsResult(-SleepOnBoard(gate, AsNanoseconds(*span), rest));
+    Nanoseconds left = 0;
+    int error = 0;
+    if (!board_clock::Sleep(CLOCK_MONOTONIC, false, AsSpan(*span), left, error)) {
+        return SIM_REAL(nanosleep)(span, rest);
     }
-    return SIM_REAL(nanosleep)(span, rest);
+    TellRest(left, error, rest);
+    return AsResult(-error);
 }
 
 int clock_nanosleep(clockid_t clock, int flags, const timespec* span, timespec* rest) {
-    if (Gate gate; gate) {
-        if (!IsSpan(*span)) {
-            return EINVAL;
-        }
-        Nanoseconds length = AsNanoseconds(*span);
-        if ((flags & TIMER_ABSTIME) != 0) {
-            length -= clock == CLOCK_REALTIME ? gate->board.WallTime() : gate->timeline.Now();
-        }
-        return SleepOnBoard(gate, length > 0 ? length : 0, rest);
+    Nanoseconds left = 0;
+    int error = 0;
+    if (!board_clock::Sleep(clock, (flags & TIMER_ABSTIME) != 0, AsSpan(*span), left, error)) {
+        return SIM_REAL(clock_nanosleep)(clock, flags, span, rest);
     }
-    return SIM_REAL(clock_nanosleep)(clock, flags, span, rest);
+    TellRest(left, error, rest);
+    return error;
 }
 
 int usleep(useconds_t span) {
-    if (Gate gate; gate) {
-        return AsResult(-SleepOnBoard(gate, sim::Microseconds(span), nullptr));
+    constexpr useconds_t perSecond = 1'000'000;
+    Nanoseconds left = 0;
+    int error = 0;
+    if (!board_clock::Sleep(CLOCK_MONOTONIC, false, {span / perSecond, span % perSecond * 1'000L},
+                            left, error)) {
+        return SIM_REAL(usleep)(span);
     }
-    return SIM_REAL(usleep)(span);
+    return AsResult(-error);
 }
 
 unsigned sleep(unsigned span) {
-    if (Gate gate; gate) {
-        SleepOnBoard(gate, sim::Seconds(span), nullptr);
-        return 0;
+    Nanoseconds left = 0;
+    int error = 0;
+    if (!board_clock::Sleep(CLOCK_MONOTONIC, false, {span, 0}, left, error)) {
+        return SIM_REAL(sleep)(span);
     }
-    return SIM_REAL(sleep)(span);
+    return 0;
 }
 
 } // extern "C"

@@ -113,8 +113,10 @@ TEST(ExitStatusOfARun, TellsAProgramThatIsNotThere) {
 }
 
 TEST(ExitStatusOfARun, LooksProgramsUpAsAShellDoes) {
-    EXPECT_EQ(Simulate({}, {"true"}).status, 0);
-    const CommandResult failed = Simulate({}, {"false"});
+    const TestTools tools;
+    std::filesystem::create_symlink(testProgram("troublemaker"), tools.Path("found"));
+    EXPECT_EQ(Simulate({}, {"found", "status", "0"}).status, 0);
+    const CommandResult failed = Simulate({}, {"found", "status", "1"});
     EXPECT_EQ(failed.status, 4);
     EXPECT_EQ(failed.error, "simulate: the program ended with status 1 " + kAtTheStart + "\n");
 }

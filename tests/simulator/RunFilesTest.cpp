@@ -106,8 +106,10 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
     SimulateTrouble({"sleep-again", "60000"}, {"--events", File("events"), "--real-time", "0.5"});
     const Words events = LinesOf(TextOf(File("events")));
     ASSERT_GT(events.size(), 4'000U) << "two buffers full";
-    for (std::size_t i = 0; i < events.size(); ++i) {
-        ASSERT_EQ(events[i], std::to_string(i * 60'000'000) + " 1 sleep - 60000000 us");
+    std::int64_t moment = 0;
+    for (const std::string& event : events) {
+        ASSERT_EQ(event, std::to_string(moment) + " 1 sleep - 60000000 us");
+        moment += 60'000'000;
     }
 }
 
