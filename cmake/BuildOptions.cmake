@@ -33,6 +33,29 @@ if(TAVRELIN_COVERAGE)
   target_link_options(tavrelin_options INTERFACE --coverage)
 endif()
 
+# What ships is hardened, and tested so: address space at random, no writing to what the linker has resolved,
+# checked buffers and stacks. Sanitizers and gcov want the plain code.
+if(NOT TAVRELIN_SANITIZE AND NOT TAVRELIN_COVERAGE)
+  target_compile_options(tavrelin_instrumented INTERFACE
+    -fPIE -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  target_link_options(tavrelin_instrumented INTERFACE -pie LINKER:-z,relro,-z,now)
+endif()
+
+# tavrelin_program(NAME SOURCES ... DEPENDS ... LIMIT BYTES): a program that ships; the build tells its size and
+# the libraries that it needs, and fails when it is larger.
+function(tavrelin_program name)
+  cmake_parse_arguments(PROGRAM "" "LIMIT" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${PROGRAM_SOURCES})
+  target_link_libraries(${name} PRIVATE ${PROGRAM_DEPENDS} tavrelin_instrumented)
+  install(TARGETS ${name})
+  if(NOT TAVRELIN_SANITIZE AND NOT TAVRELIN_COVERAGE)
+    add_custom_command(TARGET ${name} POST_BUILD VERBATIM COMMAND ${CMAKE_COMMAND}
+      -DPROGRAM=$<TARGET_FILE:${name}> -DSTRIP=${CMAKE_STRIP} -DOBJDUMP=${CMAKE_OBJDUMP}
+      $<$<NOT:$<CONFIG:Debug>>:-DLIMIT=${PROGRAM_LIMIT}>
+      -P ${CMAKE_SOURCE_DIR}/cmake/Footprint.cmake)
+  endif()
+endfunction()
+
 # tavrelin_layer(NAME SOURCES ... DEPENDS ...): one layer of the product. A layer sees the headers of the
 # layers below it and of no other, because it links only those.
 function(tavrelin_layer name)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <regex>
 
 namespace tavrelin {
 namespace {
@@ -45,6 +46,16 @@ TEST(Golden, LogOfTheDay) {
     EXPECT_TRUE(MatchesGoldenFile(FirstMeasurement().Log(), "system/golden/log.csv"));
     EXPECT_EQ(FirstMeasurement().card.size(), 1U);
     EXPECT_TRUE(FirstMeasurement().mountPoint.empty());
+}
+
+// Beyond January 2038, where 32 bits of seconds end.
+TEST(Golden, HoldsInTheYear2040ButForTheDate) {
+    const RunResult later = RunInstrument({.measurements = 1, .start = "2040-03-07 09:00:00"});
+    EXPECT_EQ(std::regex_replace(later.console, std::regex("2040-03-07"), "2026-03-07"),
+              FirstMeasurement().console);
+    EXPECT_EQ(std::regex_replace(later.Log("2040-03-07"), std::regex("2040-"), "2026-"),
+              FirstMeasurement().Log());
+    EXPECT_EQ(later.errors, "");
 }
 
 // "Init", "Prime", "Search", "Step 1" to "Step 17", and the files "init" to "step-17".
