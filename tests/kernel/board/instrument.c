@@ -182,9 +182,9 @@ s32 instrument_reading(void)
 
 void instrument_tell(struct seq_file *out)
 {
-	seq_printf(out, "pump %s at step %u, valve %s, stirrer %s, %u samples flushed in\n",
-		   pulse_period ? "turning" : "standing", step_in_turn(ktime_get_ns()),
-		   valve_open ? "open" : "closed", stirring ? "on" : "off", flushes);
+	seq_printf(out, "pump %s, valve %s, stirrer %s, %u samples flushed in\n",
+		   pulse_period ? "turning" : "standing", valve_open ? "open" : "closed",
+		   stirring ? "on" : "off", flushes);
 }
 
 void instrument_start(void)

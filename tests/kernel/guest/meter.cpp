@@ -26,7 +26,7 @@ using Counts = std::array<std::uint64_t, kCounters>;
 
 constexpr int kQuietMilliseconds = 200;
 constexpr int kSearchStep = 11;
-constexpr int kMeasurements = 3;
+constexpr int kMeasured = 2; // the first one mounts the card and makes the log
 
 Counts operator-(const Counts& a, const Counts& b) {
     return {a[kProgram] - b[kProgram], a[kKernel] - b[kKernel], a[kSwitches] - b[kSwitches]};
@@ -94,7 +94,7 @@ void PrintMemory(pid_t pid) {
     const std::string folder = "/proc/" + std::to_string(pid);
     std::ifstream status(folder + "/status");
     for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("VmHWM") || line.starts_with("VmPeak")) {
+        if (line.starts_with("VmHWM")) {
             std::puts(line.c_str());
         }
     }
@@ -107,7 +107,7 @@ class Account {
   public:
     explicit Account(Meter& meter) : meter_(meter) {}
 
-    bool Done() const { return measurement_ > kMeasurements; }
+    bool Done() const { return measurement_ > kMeasured; }
 
     void Quiet() {
         const Counts passed = meter_.Take();
@@ -131,7 +131,11 @@ class Account {
         }
     }
 
-    void PrintRest() const { Print("at rest, 200 ms", rest_); }
+    void PrintSums() const {
+        Print("a measurement outside step 11", others_);
+        Print("a measurement in step 11", search_);
+        Print("at rest, 200 ms", rest_);
+    }
 
   private:
     void Book(const std::string& what) {
@@ -142,18 +146,13 @@ class Account {
     void EndStep(int next) {
         if (step_ == 0) {
             Book("from there to step 1");
-        } else {
+        }
+        if (measurement_ == kMeasured) {
             (step_ == kSearchStep ? search_ : others_) += span_;
-            Book("measurement " + std::to_string(measurement_) + " step " + std::to_string(step_));
+            Book("step " + std::to_string(step_));
         }
-        if (next == 1) {
-            if (step_ != 0) {
-                Print("measurement " + std::to_string(measurement_) + " outside step 11", others_);
-                Print("measurement " + std::to_string(measurement_) + " in step 11", search_);
-            }
-            others_ = search_ = {};
-            ++measurement_;
-        }
+        span_ = {};
+        measurement_ += next == 1 ? 1 : 0;
         step_ = next;
     }
 
@@ -225,7 +224,7 @@ int main(int argc, char* argv[]) {
     if (write(go[1], "", 1) == 1) {
         Follow(console[0], account);
     }
-    account.PrintRest();
+    account.PrintSums();
     PrintMemory(pid);
     kill(pid, SIGKILL);
     waitpid(pid, nullptr, 0);
