@@ -3,6 +3,7 @@
 
 passed=0
 failed=0
+not_run=()
 export CCACHE_DIR=${CCACHE_DIR-$top/build/ccache} CCACHE_NOHASHDIR=1
 
 # verdict NAME STATUS LOG: a line for one check, with the end of its output when it failed.
@@ -23,6 +24,12 @@ hold() {
     shift 2
     "$@" >"$log" 2>&1
     verdict "$name" $? "$log"
+}
+
+# not_run NAME REASON: a check that this machine cannot do; told at the end, and never counted as passed.
+not_run() {
+    not_run+=("not run: $1: $2")
+    say "${not_run[-1]}"
 }
 
 # files PATTERN...: the checked-in files of these names.
@@ -140,4 +147,19 @@ check_install() {
 check_bench() {
     hold "bench" bench.log cmake --build --preset default --target bench
     cat "$work/bench.log"
+}
+
+# What a real kernel makes of the shipping program, in an emulator.
+check_kernel() {
+    local log=$work/kernel-packages.log proof before=$failed
+    if ! (require_packages "$log" "${kernel_packages[@]}" && scripts/kernel fetch) >>"$log" 2>&1; then
+        not_run kernel "$(tail -n 1 "$log")"
+        return
+    fi
+    hold "kernel: board module, programs and the guest's root" kernel-build.log scripts/kernel build
+    [ "$failed" = "$before" ] || return
+    for proof in measure card registers power-cut cost; do
+        hold "kernel: $proof" "kernel-$proof.log" scripts/kernel prove "$proof"
+        cat "$work/kernel-$proof.log"
+    done
 }

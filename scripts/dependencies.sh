@@ -17,20 +17,38 @@ check_packages=(
     ccache
     alsa-utils
 )
+kernel_packages=(
+    "${build_packages[@]}"
+    ccache
+    qemu-system-arm
+    gcc-arm-linux-gnueabihf
+    g++-arm-linux-gnueabihf
+    libasound2-dev:armhf
+    make
+    fdisk
+    dosfstools
+    mtools
+    cpio
+)
 
-# missing_packages PACKAGE...: those that are not installed for this machine itself. One that is there for
-# several architectures, as whoever cross-builds has it, has a status for each.
+# missing_packages PACKAGE...: those that are not installed, for this machine itself where the name says
+# nothing else ("libasound2-dev:armhf"). One that is there for several architectures has a status for each.
 missing_packages() {
-    local package native
-    native=$(dpkg --print-architecture)
+    local package architecture
     for package in "$@"; do
+        architecture=$(dpkg --print-architecture)
+        [[ $package != *:* ]] || architecture=${package#*:}
         dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
-            grep -qxE "(all|$native) installed" || printf '%s ' "$package"
+            grep -qxE "(all|$architecture) installed" || printf '%s ' "$package"
     done
 }
 
 install_packages() {
     export DEBIAN_FRONTEND=noninteractive
+    local package
+    for package in "$@"; do
+        [[ $package != *:* ]] || dpkg --add-architecture "${package#*:}"
+    done
     # An index of some other source that cannot be reached is no reason to stop: what counts is
     # whether the packages can be had.
     apt-get update || true
