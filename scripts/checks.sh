@@ -149,6 +149,42 @@ check_bench() {
     cat "$work/bench.log"
 }
 
+# Lets this kernel start programs for ARM in an emulator, for every process of the machine.
+emulate_arm() {
+    local formats=/proc/sys/fs/binfmt_misc
+    [ -e $formats/register ] || mount -t binfmt_misc none $formats || return
+    [ -e $formats/qemu-arm ] || cat /usr/lib/binfmt.d/qemu-arm.conf >$formats/register
+}
+
+# three_measurements PRESET: what they leave behind, in a folder of this name.
+three_measurements() {
+    local folder=$work/three-$1
+    mkdir "$folder" &&
+        "build/$1/bin/simulate" --scenario scripts/demo.toml --measurements 3 --events "$folder/events" \
+            --root "$folder/board" -- "build/$1/bin/tavrelin" >"$folder/console"
+}
+
+same_as_here() {
+    [ -d "$work/three-default" ] || three_measurements default || return
+    three_measurements "$1" && diff -r "$work/three-default" "$work/three-$1"
+}
+
+check_arm() {
+    local log=$work/arm-packages.log preset before=$failed
+    if ! (require_packages "$log" "${arm_packages[@]}" && emulate_arm) >>"$log" 2>&1; then
+        not_run arm "$(tail -n 1 "$log")"
+        return
+    fi
+    hold "build default" default-build.log build default
+    for preset in armhf armel; do
+        build_and_test $preset
+        grep -h ' bytes, needs ' "$work/$preset-build.log"
+        [ "$failed" != "$before" ] ||
+            hold "$preset: console, log and events of three measurements are those of this machine" \
+                "same-$preset.log" same_as_here $preset
+    done
+}
+
 # What a real kernel makes of the shipping program, in an emulator.
 check_kernel() {
     local log=$work/kernel-packages.log proof before=$failed

@@ -17,6 +17,16 @@ check_packages=(
     ccache
     alsa-utils
 )
+# Cross compilers, and for the programs that they make what they link and what runs them here.
+arm_packages=(
+    "${check_packages[@]}"
+    g++-arm-linux-gnueabihf
+    g++-arm-linux-gnueabi
+    qemu-user-static
+)
+for architecture in armhf armel; do
+    arm_packages+=({libstdc++6,libasound2-dev,libgtest-dev,libgmock-dev}:$architecture)
+done
 kernel_packages=(
     "${build_packages[@]}"
     ccache
