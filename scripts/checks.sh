@@ -137,6 +137,21 @@ check_install() {
     hold "the Debian package holds program and service unit" package.log packs
 }
 
+# The unit as it ships, but for its programs: they need not be installed here.
+understands_unit() {
+    local said
+    sed -E 's#^(Exec[A-Za-z]+=-?)tavrelin[a-z-]*#\1/bin/true#' packaging/tavrelin.service >"$work/tavrelin.service"
+    said=$(systemd-analyze verify --man=no "$work/tavrelin.service" 2>&1) && [ -z "$said" ] && return
+    say "$said"
+    return 1
+}
+
+check_unit() {
+    hold "the service unit is understood without a message" unit.log understands_unit
+    hold "the service unit is exposed by 3.4 of 10 at most" exposure.log \
+        systemd-analyze security --offline=true --threshold=34 "$work/tavrelin.service"
+}
+
 check_bench() {
     hold "bench" bench.log cmake --build --preset default --target bench
     cat "$work/bench.log"

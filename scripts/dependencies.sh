@@ -16,6 +16,7 @@ check_packages=(
     clang-tidy
     ccache
     alsa-utils
+    systemd
 )
 
 # missing_packages PACKAGE...: those that are not installed for this machine itself. One that is there for
