@@ -11,6 +11,7 @@ int StateTableCommand(const Arguments& arguments);
 int SelfTestCommand(const Arguments& arguments);
 
 int SafeStateCommand(const Arguments& arguments);
+int BoardCheckCommand(const Arguments& arguments);
 
 int AlarmCommand(const Arguments& arguments);
 int ToneCommand(const Arguments& arguments);
