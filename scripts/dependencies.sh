@@ -17,6 +17,7 @@ check_packages=(
     ccache
     alsa-utils
     systemd
+    device-tree-compiler
 )
 
 # missing_packages PACKAGE...: those that are not installed for this machine itself. One that is there for

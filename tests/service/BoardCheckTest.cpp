@@ -1,5 +1,6 @@
 #include "tests/service/ServiceRun.h"
 #include "tests/support/GoldenFile.h"
+#include "tests/support/Places.h"
 #include "tests/support/TestCard.h"
 #include "tests/support/Text.h"
 
@@ -72,6 +73,38 @@ TEST_F(ServiceBoardCheck, GivesBackALineThatItDoesNotFind) {
     const SimulatedCall call =
         SimulateService({"board-check"}, "[board]\nmissing = [\"/sys/class/gpio/pioB15\"]\n");
     EXPECT_THAT(call.left, testing::Not(testing::HasSubstr(" exported ")));
+}
+
+// The commands of the guide with what they print, as it shows them: "    $ tavrelin-service card".
+std::vector<std::string> TranscriptsOf(const std::string& page) {
+    std::vector<std::string> transcripts;
+    bool inTranscript = false;
+    for (const std::string& line : LinesOf(page)) {
+        if (line.rfind("    $ tavrelin-service ", 0) == 0) {
+            transcripts.emplace_back();
+            inTranscript = true;
+        }
+        inTranscript = inTranscript && line.rfind("    ", 0) == 0;
+        if (inTranscript) {
+            transcripts.back() += line.substr(4) + "\n";
+        }
+    }
+    return transcripts;
+}
+
+// On a board whose light was switched on by hand, and whose pump somebody turns.
+TEST_F(ServiceBoardCheck, PrintsLikeEveryCommandWhatTheGuideShows) {
+    const std::string board = "[[lines.event]]\nat = 3.2\nline = \"B18\"\nlevel = 0\n";
+    std::string left = "channel 0 exported 1000000 300000 1\n";
+    const std::vector<std::string> shown = TranscriptsOf(TextOf(InCheckout("docs/bring-up.md")));
+    EXPECT_EQ(shown.size(), 8U);
+    for (const std::string& transcript : shown) {
+        Words words = Split(LinesOf(transcript).front(), ' ');
+        words.erase(words.begin(), words.begin() + 2);
+        const SimulatedCall call = SimulateService(words, board, left);
+        EXPECT_EQ(Transcript(words, call.result), transcript);
+        left = call.left;
+    }
 }
 
 } // namespace
