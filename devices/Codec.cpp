@@ -11,8 +11,6 @@ namespace tavrelin {
 
 namespace {
 
-constexpr const char* kOutputSwitch = "Output Mixer HiFi";
-constexpr const char* kVolume = "Master";
 constexpr std::uint32_t kFullVolume = 100; // percent
 
 bool SoundCardExists() {
@@ -56,7 +54,7 @@ bool SetElementVolume(snd_mixer_elem_t* element, std::uint32_t selector, std::ui
 }
 
 bool SetMasterVolume(std::uint32_t selector, std::uint32_t percent) {
-    MixerElement master(kVolume);
+    MixerElement master(kMasterVolume);
     const bool set = master.Get() != nullptr && SetElementVolume(master.Get(), selector, percent);
     return master.Close() && set;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/AttributeFile.h"
 #include "platform/FileDescriptor.h"
+#include "platform/SysfsNames.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,8 +16,6 @@ namespace tavrelin {
 
 namespace {
 
-constexpr const char* kGpioClass = "/sys/class/gpio/";
-
 const char* EdgeText(std::uint32_t edge) {
     switch (edge) {
     case kEdgeRising:
@@ -28,13 +27,6 @@ const char* EdgeText(std::uint32_t edge) {
     default:
         return "none";
     }
-}
-
-// The board's GPIO driver names an exported line after port letter and bit.
-std::string DirectoryOf(std::uint32_t bank, std::uint32_t bit) {
-    std::string directory = std::string(kGpioClass) + "pio";
-    directory += static_cast<char>('A' + bank);
-    return directory + std::to_string(bit);
 }
 
 // The digit and newline of a value attribute; reading them also acknowledges a pending edge.
@@ -89,7 +81,7 @@ GpioPin::~GpioPin() {
 }
 
 bool GpioPin::IsTaken(std::uint32_t bank, std::uint32_t bit) {
-    return AttributeDirectoryExists(DirectoryOf(bank, bit));
+    return AttributeDirectoryExists(LineDirectory(bank, bit));
 }
 
 bool GpioPin::Export() {
@@ -146,7 +138,7 @@ std::uint32_t GpioPin::Read() const {
         return kLevelError;
     }
     // Whatever is not the word 1 is low, an attribute that cannot be opened too.
-    return ReadAttributeWord(DirectoryOf(bank_, bit_) + "/value") == "1" ? kLevelHigh : kLevelLow;
+    return ReadAttributeWord(LineDirectory(bank_, bit_) + "/value") == "1" ? kLevelHigh : kLevelLow;
 }
 
 std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
@@ -157,7 +149,7 @@ std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
         return kLevelError;
     }
     FileDescriptor value(
-        ::open((DirectoryOf(bank_, bit_) + "/value").c_str(), O_RDONLY | O_CLOEXEC));
+        ::open((LineDirectory(bank_, bit_) + "/value").c_str(), O_RDONLY | O_CLOEXEC));
     if (!value.IsOpen()) {
         return kLevelError;
     }
@@ -190,7 +182,7 @@ bool GpioPin::WriteToLine(const char* attribute, const char* text, const char* c
     if (!ConfirmExported()) {
         return false;
     }
-    if (!WriteAttribute(DirectoryOf(bank_, bit_) + attribute, text)) {
+    if (!WriteAttribute(LineDirectory(bank_, bit_) + attribute, text)) {
         std::cerr << complaint;
         return false;
     }

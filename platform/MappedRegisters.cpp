@@ -14,7 +14,6 @@ namespace tavrelin {
 
 namespace {
 
-constexpr const char* kMemoryDevice = "/dev/mem";
 constexpr std::uint32_t kPageSize = 4096;
 constexpr std::uint32_t kOffsetInPage = kPageSize - 1;
 

@@ -4,6 +4,9 @@
 
 namespace tavrelin {
 
+/// Where the controller's registers are mapped from.
+inline constexpr const char* kMemoryDevice = "/dev/mem";
+
 /// Level of line `bit` (0 to 31) of port `bank`, read straight from the controller's registers
 /// through the memory device: kLevelLow, kLevelHigh, or kLevelError for a wrong bit or when the
 /// registers cannot be mapped (message on standard error). Needs no exported line; the kernel must

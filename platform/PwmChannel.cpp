@@ -2,6 +2,7 @@
 
 #include "base/SaturatingCast.h"
 #include "platform/AttributeFile.h"
+#include "platform/SysfsNames.h"
 
 #include <algorithm>
 #include <iostream>
@@ -11,7 +12,6 @@ namespace tavrelin {
 
 namespace {
 
-constexpr const char* kController = "/sys/class/pwm/pwmchip0/";
 constexpr float kLowestFrequency = 1.0F;          // Hz
 constexpr float kHighestFrequency = 100000000.0F; // Hz
 constexpr float kFullDuty = 100.0F;               // percent
@@ -25,7 +25,7 @@ std::string NanosecondText(float nanoseconds) {
 
 std::uint8_t ChannelCount() {
     // Its code and not its number: all that is asked is whether there is a controller.
-    const std::optional<std::string> word = ReadAttributeWord(std::string(kController) + "npwm");
+    const std::optional<std::string> word = ReadAttributeWord(std::string(kPwmController) + "npwm");
     if (!word || word->empty()) {
         return 0;
     }
@@ -55,7 +55,7 @@ bool PwmChannel::Export() {
         std::cerr << "already used\n";
         return false;
     }
-    if (!WriteAttribute(std::string(kController) + "export", ChannelText())) {
+    if (!WriteAttribute(std::string(kPwmController) + "export", ChannelText())) {
         std::cerr << "unable to lock a pwm";
         return false;
     }
@@ -67,7 +67,7 @@ bool PwmChannel::Unexport() {
         std::cerr << "not used yet\n";
         return false;
     }
-    if (!WriteAttribute(std::string(kController) + "unexport", ChannelText())) {
+    if (!WriteAttribute(std::string(kPwmController) + "unexport", ChannelText())) {
         std::cerr << "unable to release a pwm";
         return false;
     }
@@ -153,7 +153,7 @@ std::string PwmChannel::ChannelText() const {
 }
 
 std::string PwmChannel::Directory() const {
-    return std::string(kController) + "pwm" + ChannelText();
+    return std::string(kPwmController) + "pwm" + ChannelText();
 }
 
 bool PwmChannel::IsExported() const {

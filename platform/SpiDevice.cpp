@@ -14,8 +14,6 @@ namespace tavrelin {
 
 namespace {
 
-constexpr const char* kConverterDevice = "/dev/spidev32765.1";
-
 // The request number carries the message's size in 14 bits; a longer message goes with size 0.
 constexpr unsigned long MessageRequest(std::size_t records) {
     const std::size_t bytes = records * sizeof(spi_ioc_transfer);

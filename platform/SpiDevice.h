@@ -5,6 +5,9 @@
 
 namespace tavrelin {
 
+/// The optical converter's.
+inline constexpr const char* kConverterDevice = "/dev/spidev32765.1";
+
 /// One spidev device. With words of more than 8 bits the kernel takes and gives 16-bit words in the
 /// processor's own byte order, most significant bit first on the wire. Takes no lock. Failures show
 /// in the result; open, close and a transfer that the driver refuses also write a message to

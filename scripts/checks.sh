@@ -144,6 +144,25 @@ check_install() {
     hold "the Debian package holds program and service unit" package.log packs
 }
 
+# silently COMMAND...: fails when it says anything at all.
+silently() {
+    local said
+    said=$("$@" 2>&1) && [ -z "$said" ] && return
+    say "$said"
+    return 1
+}
+
+check_unit() {
+    # As it ships, but for its programs: they need not be installed here.
+    sed -E 's#^(Exec[A-Za-z]+=-?)tavrelin[a-z-]*#\1/bin/true#' packaging/tavrelin.service >"$work/tavrelin.service"
+    hold "the service unit is understood without a message" unit.log \
+        silently systemd-analyze verify --man=no "$work/tavrelin.service"
+    hold "the device tree overlay is understood without a message" overlay.log \
+        silently dtc -@ -I dts -O dtb -o "$work/tavrelin.dtbo" packaging/board/tavrelin.dtso
+    hold "the service unit is exposed by 3.4 of 10 at most" exposure.log \
+        systemd-analyze security --offline=true --threshold=34 "$work/tavrelin.service"
+}
+
 check_bench() {
     hold "bench" bench.log cmake --build --preset default --target bench
     cat "$work/bench.log"

@@ -16,6 +16,8 @@ check_packages=(
     clang-tidy
     ccache
     alsa-utils
+    systemd
+    device-tree-compiler
 )
 # Cross compilers, and for the programs that they make what they link and what runs them here.
 arm_packages=(

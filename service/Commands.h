@@ -10,6 +10,9 @@ namespace tavrelin::service {
 int StateTableCommand(const Arguments& arguments);
 int SelfTestCommand(const Arguments& arguments);
 
+int SafeStateCommand(const Arguments& arguments);
+int BoardCheckCommand(const Arguments& arguments);
+
 int AlarmCommand(const Arguments& arguments);
 int ToneCommand(const Arguments& arguments);
 int VolumeCommand(const Arguments& arguments);

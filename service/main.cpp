@@ -22,7 +22,7 @@ struct Command {
     int (*run)(const Arguments& arguments);
 };
 
-constexpr std::array<Command, 13> kCommands = {{
+constexpr std::array<Command, 15> kCommands = {{
     {"state-table", "", "Print the steps of a measurement",
      "Prints every step with its settings. Goes through the table twice, to show that it wraps.",
      StateTableCommand},
@@ -30,6 +30,18 @@ constexpr std::array<Command, 13> kCommands = {{
      "Prints two of each. They must read 0.107906 and 0.5688, 185.04 and 975.389; a reading that\n"
      "is refused shows as a line that begins with ERROR. Status 0 says that they were printed.",
      SelfTestCommand},
+    {"board-check", "", "Look whether the board has all that is needed",
+     "Prints a line for each part of the board: ok or missing, where it was looked for, and the\n"
+     "likely cause; - for what belongs to a part that is missing. Only looks: a line that is free\n"
+     "is exported for a moment, and none is driven. Status 1 when anything is missing.",
+     BoardCheckCommand},
+    {"safe-state", "", "Switch off what an ended run left on, and give it back",
+     "Closes the valve, stops both motors, puts the light out, disables the driver chips and "
+     "gives\n"
+     "back the lines and PWM channels of a run, and no others; says what it did in a line each.\n"
+     "Meant for a run that has ended: a running instrument it takes its lines away from. Status 1\n"
+     "when something stays on or exported.",
+     SafeStateCommand},
     {"alarm", "[--for SECONDS]", "Sound the alarm",
      "Switches the output on at full volume and repeats alarm.wav of the working directory with\n"
      "amixer and aplay for SECONDS, 1 to 3600 (3 unless given), or until it is interrupted; what\n"

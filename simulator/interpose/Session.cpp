@@ -1,6 +1,7 @@
 // The preloaded library's life in a program: it arms itself before main in the one program that the
 // launcher names, stays inert in every other, and tells the launcher how the run went.
 
+#include "simulator/board/KeptState.h"
 #include "simulator/libc/Real.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
@@ -11,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fstream>
+#include <iterator>
 #include <malloc.h>
 #include <memory>
 #include <string>
@@ -52,6 +55,8 @@ class Session {
         simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
     }
 
+    bool BeginWith(const std::string& state) { return RestoreState(simulation_.board, state); }
+
     void ProgramExits() {
         simulation_.ShowHeld(stdout);
         Finish(Ending::Exited, "");
@@ -90,6 +95,8 @@ class Session {
             calls += name + " " + std::to_string(count) + "\n";
         }
         std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
+        std::snprintf(report_.board, sizeof report_.board, "%s",
+                      KeptState(simulation_.board).c_str());
         report_.ending = ending;
     }
 
@@ -115,6 +122,12 @@ std::string OwnProgram() {
     char path[4096];
     const ssize_t length = SIM_REAL(readlink)("/proc/self/exe", path, sizeof path);
     return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+/// Empty for a file that is not there, and for no file.
+std::string TextOfFile(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 RunReport* MapReport(int descriptor) {
@@ -155,7 +168,12 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
         }
         request->options.scenario = std::move(std::get<Scenario>(read));
     }
+    const std::string& boardFile = request->options.boardFile;
+    const std::string state = TextOfFile(boardFile);
     session = new Session(request->options, *report);
+    if (!session->BeginWith(state)) {
+        Refuse(*report, {boardFile + ": is not what --board has written"});
+    }
 }
 
 __attribute__((destructor)) void TellTheEnd() {

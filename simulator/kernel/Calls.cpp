@@ -32,6 +32,9 @@ long Calls::Admit(std::string_view call, std::string_view path) {
     if (!IsPlainPath(path)) {
         Unmodelled(std::string(call) + " of " + std::string(path) + ", a path with dots in it");
     }
+    if (limit && made_ == *limit) {
+        end(Ending::LimitReached, "calls");
+    }
     Count(call);
     board.Settle();
     Spend(call);
@@ -45,6 +48,7 @@ void Calls::Count(std::string_view call) {
         counted = counts_.emplace(std::string(call), 0).first;
     }
     ++counted->second;
+    ++made_;
 }
 
 void Calls::Spend(std::string_view call) {

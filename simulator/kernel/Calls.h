@@ -37,6 +37,7 @@ class Calls : public Machine {
         : Machine(machine), faults(setup), costs_(costs) {}
 
     Faults faults;
+    std::optional<std::uint64_t> limit; ///< the run ends before the call after so many
 
     /// Lets a call in: it is counted, takes its time, gives others their chance and meets its
     /// faults. 0 or a negated errno.
@@ -61,6 +62,7 @@ class Calls : public Machine {
 
     bool costs_;
     Counts counts_;
+    std::uint64_t made_ = 0;
     std::optional<std::uint64_t> cut_; ///< bytes that the read or write under way may move
 };
 

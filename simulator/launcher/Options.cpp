@@ -134,6 +134,8 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "End after so many measurements");
     option("--steps", options.run.limits.steps, "N", WholeNumber(1, kMostCount),
            "End after so many steps");
+    option("--calls", options.run.limits.calls, "N", WholeNumber(1, kMostCount),
+           "End after so many calls to the board");
     option("--board-time", raw.boardTime, "SECONDS", SpanOfSeconds(1e-6, "0.000001"),
            "End after so many seconds of board time");
     option("--real-time", raw.realTime, "SECONDS", SpanOfSeconds(0.0, "0"),
@@ -148,6 +150,9 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--root", options.root, "DIR", CheckPath,
            "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
            "go with the run");
+    option("--board", options.run.boardFile, "FILE", CheckPath,
+           "Begin with what the program of an earlier run left on the board, as this file tells\n"
+           "if it is there, and write into it what is left at the end");
     option("--events", options.run.eventsFile, "FILE", CheckPath,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
            "operation, path, data");

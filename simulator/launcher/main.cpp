@@ -70,6 +70,9 @@ sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& 
     if (!options.run.eventsFile.empty()) {
         request.options.eventsFile = fs::absolute(options.run.eventsFile, error);
     }
+    if (!options.run.boardFile.empty()) {
+        request.options.boardFile = fs::absolute(options.run.boardFile, error);
+    }
     sim::ChildCommand command;
     command.path = program;
     command.arguments = options.program;
@@ -129,6 +132,7 @@ void SaveEvents(const std::string& path, const sim::EventBuffer& rest) {
 std::string OutputProblem(const LauncherOptions& options) {
     std::error_code ignored;
     for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
+                                       std::pair{"--board", options.run.boardFile},
                                        std::pair{"--summary", options.summaryFile}}) {
         if (!Writable(path)) {
             return std::string(option) + " " + path +
@@ -163,6 +167,9 @@ int Run(const LauncherOptions& options, const std::string& program) {
     const sim::Outcome outcome = Judge(end, *shared.report, options);
     if (!options.summaryFile.empty() && outcome.status != ExitStatus::BadScenario) {
         std::ofstream(options.summaryFile, std::ios::trunc) << SummaryText(outcome, *shared.report);
+    }
+    if (!options.run.boardFile.empty() && shared.report->board[0] != '\0') {
+        std::ofstream(options.run.boardFile, std::ios::trunc) << shared.report->board;
     }
     if (!outcome.line.empty()) {
         std::cerr << outcome.line << "\n";

@@ -35,6 +35,7 @@ struct RunReport {
     EventBuffer events; ///< what is not yet in the event file
     char text[8192]{};
     char calls[2048]{}; ///< "name count" lines
+    char board[8192]{}; ///< what outlives the program (board/KeptState.h)
 };
 
 /// Names the variable that tells the preloaded library about its run.

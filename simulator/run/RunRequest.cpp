@@ -17,10 +17,12 @@ void EachField(Request& request, Visit visit) {
     visit("start", options.startTime);
     visit("root", options.root);
     visit("events", options.eventsFile);
+    visit("board", options.boardFile);
     visit("costs", options.ioCosts);
     visit("pace", options.pace);
     visit("measurements", options.limits.measurements);
     visit("steps", options.limits.steps);
+    visit("calls", options.limits.calls);
     visit("board-time", options.limits.boardTime);
 }
 

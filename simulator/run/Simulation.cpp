@@ -18,6 +18,7 @@ Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
       kernel(options.scenario.kernel, options.root, options.ioCosts,
              {board, events, timeline, scheduler, end}),
       console(options.limits.steps, options.limits.measurements) {
+    kernel.calls.limit = options.limits.calls;
     events.now = [this] { return board.Now(); };
     events.thread = [this] { return scheduler.Current(); };
     if (!options.eventsFile.empty()) {

@@ -62,13 +62,15 @@ CommandResult CallService(const Words& words) {
     return RunCommand(command);
 }
 
-SimulatedCall SimulateService(const Words& words, const std::string& board) {
-    const RunResult run =
-        RunInstrument({.board = board, .program = "tavrelin-service", .arguments = words});
+SimulatedCall SimulateService(const Words& words, const std::string& board,
+                              const std::string& left) {
+    const RunResult run = RunInstrument(
+        {.board = board, .program = "tavrelin-service", .arguments = words, .left = left});
     return {.result = AsTheProgramEnded({run.status, run.console, run.errors}),
             .events = run.events,
             .summary = run.summary,
-            .card = run.card};
+            .card = run.card,
+            .left = run.left};
 }
 
 std::string Transcript(const Words& words, const CommandResult& result) {
@@ -83,8 +85,9 @@ std::string Transcript(const Words& words, const CommandResult& result) {
     return text + (result.status == 0 ? "" : "(status " + std::to_string(result.status) + ")\n");
 }
 
-std::string SimulatedTranscript(const Words& words, const std::string& board) {
-    return Transcript(words, SimulateService(words, board).result);
+std::string SimulatedTranscript(const Words& words, const std::string& board,
+                                const std::string& left) {
+    return Transcript(words, SimulateService(words, board, left).result);
 }
 
 } // namespace tavrelin

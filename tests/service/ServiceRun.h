@@ -19,16 +19,20 @@ struct SimulatedCall {
     std::string events;
     std::string summary;
     std::map<std::string, std::string> card; ///< the card's files by their names
+    std::string left;                        ///< what outlives the program on the board
 };
 
-/// `board` is the scenario's text; empty: the board as it should be.
-SimulatedCall SimulateService(const Words& words, const std::string& board = "");
+/// `board` is the scenario's text; empty: the board as it should be. `left` is what earlier
+/// programs left on it.
+SimulatedCall SimulateService(const Words& words, const std::string& board = "",
+                              const std::string& left = "");
 
 /// What a person sees who types the words: the command, standard output, standard error with "! "
 /// before each line, and a status other than 0. Process numbers are told by whose they are.
 std::string Transcript(const Words& words, const CommandResult& result);
 
 /// The transcript of a call on a simulated board.
-std::string SimulatedTranscript(const Words& words, const std::string& board = "");
+std::string SimulatedTranscript(const Words& words, const std::string& board = "",
+                                const std::string& left = "");
 
 } // namespace tavrelin

@@ -66,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongWords{"takes no arguments, but got 'more'",
                    {{"state-table", "more"},
                     {"self-test", "more"},
+                    {"board-check", "more"},
+                    {"safe-state", "more"},
                     {"tone", "more"},
                     {"cable-length", "more"},
                     {"storage", "more"},

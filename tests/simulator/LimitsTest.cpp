@@ -53,6 +53,17 @@ TEST(MeasurementLimit, WinsOrLosesAgainstAStepLimit) {
               Instrument({"--steps", "5"}).output);
 }
 
+TEST(CallLimit, EndsBeforeTheCallThatWouldBeOneTooMany) {
+    const TestFolder folder;
+    const auto events = [&](const std::string& calls) {
+        const std::string file = folder.Path("events");
+        SimulateTrouble({"sleep-again", "300"}, {"--calls", calls, "--events", file});
+        return LinesOf(TextOf(file)).size();
+    };
+    EXPECT_EQ(events("1"), 1U);
+    EXPECT_EQ(events("250"), 250U);
+}
+
 TEST(BoardTimeLimit, EndsAtTheVeryMicrosecond) {
     const TestFolder folder;
     const std::string summary = folder.Path("summary");

@@ -78,8 +78,8 @@ TEST_F(RunFiles, AFolderOfTheRunsOwnGoesWithIt) {
     EXPECT_TRUE(fs::exists(File("given")));
 }
 
-TEST_F(RunFiles, EventsAndSummaryMustBeWritable) {
-    for (const std::string option : {"--events", "--summary"}) {
+TEST_F(RunFiles, EventsSummaryAndBoardMustBeWritable) {
+    for (const std::string option : {"--events", "--summary", "--board"}) {
         for (const std::string path : {"/nowhere/file", "/"}) {
             EXPECT_EQ(Refusal(option, path),
                       "cannot be written to; takes a file in a folder that is there\n");
@@ -111,6 +111,30 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
         ASSERT_EQ(event, std::to_string(moment) + " 1 sleep - 60000000 us");
         moment += 60'000'000;
     }
+}
+
+TEST_F(RunFiles, TheBoardIsHandedFromProgramToProgram) {
+    const auto begin = [&] {
+        return Simulate({"--calls", "100", "--board", File("board")}, {Binary("tavrelin")}).error;
+    };
+    EXPECT_EQ(begin(), "");
+    EXPECT_THAT(TextOf(File("board")), testing::StartsWith("line A2 exported in none\n"));
+    EXPECT_THAT(begin(), testing::StartsWith("already used\n"));
+}
+
+TEST_F(RunFiles, ABoardThatNoRunHasLeftIsRefused) {
+    WriteText(File("board"), "line B18 exported in none\nlines B19\n");
+    const CommandResult run = SimulateTrouble({"status", "0"}, {"--board", File("board")});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.error, "simulate: " + File("board") + ": is not what --board has written\n");
+    EXPECT_THAT(TextOf(File("board")), testing::HasSubstr("lines B19"));
+}
+
+TEST_F(RunFiles, ACrashLeavesTheBoardsFileAsItWas) {
+    const std::string before = "line B18 exported in none\n";
+    WriteText(File("board"), before);
+    SimulateTrouble({"crash-after-export", "7"}, {"--board", File("board")});
+    EXPECT_EQ(TextOf(File("board")), before);
 }
 
 TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {

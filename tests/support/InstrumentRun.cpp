@@ -37,6 +37,8 @@ RunResult RunInstrument(const Conditions& conditions) {
     const TestFolder folder;
     const std::string root = folder.Path("root");
     const std::string events = folder.Path("events");
+    const std::string left = folder.Path("left");
+    WriteText(left, conditions.left);
     const std::string binaries = InBuild("bin");
     std::vector<std::string> command = {binaries + "/simulate",
                                         "--scenario",
@@ -53,10 +55,13 @@ RunResult RunInstrument(const Conditions& conditions) {
                                         events,
                                         "--summary",
                                         folder.Path("summary"),
+                                        "--board",
+                                        left,
                                         "--real-time",
                                         kPatience};
     AddLimit(command, "--measurements", conditions.measurements);
     AddLimit(command, "--steps", conditions.steps);
+    AddLimit(command, "--calls", conditions.calls);
     AddLimit(command, "--board-time", conditions.boardTime);
     command.insert(command.end(), {"--", binaries + "/" + conditions.program});
     command.insert(command.end(), conditions.arguments.begin(), conditions.arguments.end());
@@ -66,6 +71,7 @@ RunResult RunInstrument(const Conditions& conditions) {
             .errors = result.error,
             .events = TextOf(events),
             .summary = TextOf(folder.Path("summary")),
+            .left = TextOf(left),
             .card = FilesIn(root + "/card"),
             .mountPoint = FilesIn(root + "/rootfs/mnt/sd-card")};
 }

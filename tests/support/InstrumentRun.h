@@ -16,10 +16,12 @@ struct Conditions {
     std::vector<std::string> arguments = {};
     int measurements = 0;
     int steps = 0;
+    int calls = 0;
     int boardTime = 0; ///< seconds
     std::uint64_t seed = 1;
     std::string start = "2026-03-07 09:00:00"; ///< of the clock, in UTC
     std::string ioCost = "none";
+    std::string left = {}; ///< what earlier programs left on the board, as RunResult tells it
 };
 
 /// Exit statuses of `simulate`; see its help.
@@ -32,6 +34,7 @@ struct RunResult {
     std::string errors;                            ///< standard error
     std::string events;                            ///< what happened on the board
     std::string summary;                           ///< figures of the run
+    std::string left;                              ///< what outlives the program
     std::map<std::string, std::string> card;       ///< the card's files by their names
     std::map<std::string, std::string> mountPoint; ///< those that lie below the card's place
 

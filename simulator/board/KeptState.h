@@ -1,0 +1,18 @@
+#pragma once
+
+#include "simulator/board/Board.h"
+
+#include <string>
+
+namespace sim {
+
+/// What outlives a program that ends: exported lines with direction, level and edge, levels of
+/// outputs that nobody exports, channels as they were programmed, the mounted card. A line of text
+/// each; shaft, cell and clock are not among it.
+std::string KeptState(const Board& board);
+
+/// Sets the board to what such a text tells. False for any other text, the board then being in
+/// between.
+bool RestoreState(Board& board, const std::string& text);
+
+} // namespace sim
