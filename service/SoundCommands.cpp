@@ -6,7 +6,32 @@
 #include "service/Diagnostics.h"
 #include "service/StopSignal.h"
 
+#include <unistd.h>
+
+#include <iostream>
+
 namespace tavrelin::service {
+
+namespace {
+
+constexpr const char* kAlarmFile = "alarm.wav";
+constexpr const char* kAlarmFolder = "/usr/share/tavrelin"; // where the package puts it
+
+bool AlarmFileIsHere() {
+    return ::access(kAlarmFile, R_OK) == 0;
+}
+
+// The player looks in the working directory, which becomes that of the file.
+bool GoWhereTheAlarmFileIs() {
+    if (AlarmFileIsHere() || (::chdir(kAlarmFolder) == 0 && AlarmFileIsHere())) {
+        return true;
+    }
+    std::cerr << "tavrelin-service alarm: no " << kAlarmFile << ", neither here nor in "
+              << kAlarmFolder << "\n";
+    return false;
+}
+
+} // namespace
 
 int AlarmCommand(const Arguments& arguments) {
     constexpr std::uint32_t alarmSeconds = 3;
@@ -17,6 +42,9 @@ int AlarmCommand(const Arguments& arguments) {
     const auto seconds = SecondsOf("alarm", arguments, alarmSeconds);
     if (!seconds) {
         return kWrongUsage;
+    }
+    if (!GoWhereTheAlarmFileIs()) {
+        return kFailed;
     }
     // Before there is a child, which would play on for ever if this ended without stopping it.
     CatchStopSignals();

@@ -43,11 +43,12 @@ constexpr std::array<Command, 15> kCommands = {{
      "when something stays on or exported.",
      SafeStateCommand},
     {"alarm", "[--for SECONDS]", "Sound the alarm",
-     "Switches the output on at full volume and repeats alarm.wav of the working directory with\n"
-     "amixer and aplay for SECONDS, 1 to 3600 (3 unless given), or until it is interrupted; what\n"
-     "the player has begun it plays to the end. Takes no other file: its name would go to a shell\n"
-     "as it stands. Status 0 says that a player was started, not that a sound was heard: the\n"
-     "tools' own complaints are on standard error.",
+     "Switches the output on at full volume and repeats alarm.wav with amixer and aplay for\n"
+     "SECONDS, 1 to 3600 (3 unless given), or until it is interrupted; what the player has begun\n"
+     "it plays to the end. Takes alarm.wav of the working directory, else that of\n"
+     "/usr/share/tavrelin, and no other: its name would go to a shell as it stands. Status 0 says\n"
+     "that a player was started, not that a sound was heard: the tools' own complaints are on\n"
+     "standard error.",
      AlarmCommand},
     {"tone", "", "Play the rising test tone",
      "Plays some 5 s on the default device of the sound library, at the volume that is set, and\n"

@@ -16,6 +16,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 
 namespace tavrelin {
 namespace {
@@ -30,9 +31,12 @@ class ServiceAlarm : public testing::Test {
     ServiceAlarm() {
         tools.Install("amixer", "exit 0");
         tools.Install("aplay", "exit 0");
+        WriteText(tools.Path("alarm.wav"), "");
+        std::filesystem::current_path(tools.Path());
     }
 
     void TearDown() override {
+        std::filesystem::current_path(before);
         Offspring::End();
         EXPECT_TRUE(Offspring::Children().empty());
     }
@@ -53,6 +57,7 @@ class ServiceAlarm : public testing::Test {
         return dead;
     }
 
+    std::filesystem::path before = std::filesystem::current_path();
     Offspring offspring;
     TestTools tools;
 };
@@ -81,6 +86,16 @@ TEST_F(ServiceAlarm, LastsThreeSecondsOrAsLongAsItIsTold) {
     lasts({"alarm", "--for", "1"}, "1000000");
     lasts({"alarm", "--for", "3600"}, "3600000000");
     lasts({"alarm"}, "0", kNoChild);
+}
+
+// A player that is not told so would try again for ever.
+TEST_F(ServiceAlarm, TellsOnceThatThereIsNoSoundAndStartsNoPlayer) {
+    std::filesystem::remove("alarm.wav");
+    const CommandResult result = SimulateService({"alarm"}).result;
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.error,
+              "tavrelin-service alarm: no alarm.wav, neither here nor in /usr/share/tavrelin\n");
 }
 
 TEST_F(ServiceAlarm, LeavesNoChildBehind) {
