@@ -29,6 +29,26 @@ arm_packages=(
 for architecture in armhf armel; do
     arm_packages+=({libstdc++6,libasound2-dev,libgtest-dev,libgmock-dev}:$architecture)
 done
+# Debian packages: what builds them for each board, looks at them and tries them.
+package_packages=(
+    dpkg-dev
+    debhelper
+    cmake
+    ninja-build
+    g++
+    g++-arm-linux-gnueabihf
+    g++-arm-linux-gnueabi
+    libcli11-dev
+    libtomlplusplus-dev
+    help2man
+    sox
+    lintian
+    fakeroot
+    mmdebstrap
+)
+for architecture in "$(dpkg --print-architecture)" armhf armel; do
+    package_packages+=({libstdc++6,libasound2-dev,libtomlplusplus-dev}:"$architecture")
+done
 kernel_packages=(
     "${build_packages[@]}"
     ccache
