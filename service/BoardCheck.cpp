@@ -26,8 +26,8 @@ namespace {
 struct Step {
     std::string what;
     std::string place;
-    const char* cause; // the likely one, where it is missing
-    std::function<bool(const std::string& place)> isThere;
+    // Null for what is there, else the likely cause.
+    std::function<const char*(const std::string& place)> whyMissing;
     bool isPart = false; // of the last that is none: not tried where that is missing
 };
 using Steps = std::vector<Step>;
@@ -53,22 +53,33 @@ bool CountsAllChannels(const std::string& attribute) {
     return count && *count >= wiring::kRunChannels.size();
 }
 
-// A line without edges cannot be set up. One that is exported already is only looked at.
-bool IsLine(const wiring::Line& line, const std::string& directory) {
+auto Unless(bool (*isThere)(const std::string& place), const char* cause) {
+    return [=](const std::string& place) { return isThere(place) ? nullptr : cause; };
+}
+
+// One that is exported already is only looked at.
+const char* WhyNoLine(const wiring::Line& line, const std::string& directory) {
     const SysfsResource resource = SysfsResource::Line(line.bank, line.bit);
     const bool free = !resource.IsExported();
-    const bool there = (!free || resource.Export()) && IsReadable(directory + "/edge");
-    return (!free || resource.Unexport()) && there;
+    if (free && !resource.Export()) {
+        return "named or numbered otherwise, taken by a driver, or you are not root";
+    }
+    // Without it a line cannot be set up, though no edge is waited for.
+    const bool hasEdge = IsReadable(directory + "/edge");
+    if (free && !resource.Unexport()) {
+        return "cannot be given back";
+    }
+    return hasEdge ? nullptr : "has no edge: its port is without interrupts";
 }
 
 Step LineStep(const wiring::Line& line, const std::string& carries) {
     return {LineName(line.bank, line.bit) + ", " + carries, LineDirectory(line.bank, line.bit),
-            "named or numbered otherwise, a driver's, without interrupts, or you are not root",
-            [line](const std::string& directory) { return IsLine(line, directory); }, true};
+            [line](const std::string& directory) { return WhyNoLine(line, directory); }, true};
 }
 
 void AddLines(Steps& steps) {
-    steps.push_back({"lines", kGpioClass, "no CONFIG_GPIO_SYSFS in the kernel", IsReadable});
+    steps.push_back(
+        {"lines", kGpioClass, Unless(IsReadable, "no CONFIG_GPIO_SYSFS in the kernel")});
     for (const wiring::RunLine& own : wiring::kRunLines) {
         steps.push_back(LineStep(own.line, own.carries));
     }
@@ -83,24 +94,29 @@ void AddLines(Steps& steps) {
 Steps AllSteps() {
     Steps steps;
     AddLines(steps);
-    steps.push_back({"PWM controller", kPwmController,
-                     "no driver, disabled in the device tree, or not the first one", IsReadable});
+    steps.push_back(
+        {"PWM controller", kPwmController,
+         Unless(IsReadable, "no driver, disabled in the device tree, or not the first one")});
     steps.push_back({"its four channels", std::string(kPwmController) + "npwm",
-                     "another controller comes first", CountsAllChannels, true});
-    steps.push_back({"optical converter", kConverterDevice,
-                     "no CONFIG_SPI_SPIDEV, or the bus has another number", IsCharacterDevice});
-    steps.push_back({"SD card", card::kPresenceDirectory,
-                     "no card in the slot, no driver, or another card comes first", IsReadable});
-    steps.push_back({"its partition", card::kPartition, "the card has none", IsBlockDevice, true});
-    steps.push_back({"mount table", kMountTable, "no link to /proc/self/mounts", IsReadable});
+                     Unless(CountsAllChannels, "another controller comes first"), true});
+    steps.push_back(
+        {"optical converter", kConverterDevice,
+         Unless(IsCharacterDevice, "no CONFIG_SPI_SPIDEV, or the bus has another number")});
+    steps.push_back(
+        {"SD card", card::kPresenceDirectory,
+         Unless(IsReadable, "no card in the slot, no driver, or another card comes first")});
+    steps.push_back(
+        {"its partition", card::kPartition, Unless(IsBlockDevice, "the card has none"), true});
+    steps.push_back(
+        {"mount table", kMountTable, Unless(IsReadable, "no link to /proc/self/mounts")});
     steps.push_back({"board's own converter", ADC::ReferencePath(),
-                     "no driver, or another one comes first", IsReadable});
-    steps.push_back({"registers", kMemoryDevice, "no CONFIG_DEVMEM", IsCharacterDevice});
+                     Unless(IsReadable, "no driver, or another one comes first")});
+    steps.push_back({"registers", kMemoryDevice, Unless(IsCharacterDevice, "no CONFIG_DEVMEM")});
     for (const char* element : {kOutputSwitch, kMasterVolume}) {
-        steps.push_back({"mixer", element,
-                         "no sound card, another one comes first, or its driver "
-                         "names it otherwise",
-                         IsMixerElement});
+        steps.push_back(
+            {"mixer", element,
+             Unless(IsMixerElement, "no sound card, another one comes first, or its driver "
+                                    "names it otherwise")});
     }
     return steps;
 }
@@ -127,8 +143,9 @@ int BoardCheckCommand(const Arguments& arguments) {
             PrintStep("-", step, "");
             continue;
         }
-        const bool there = step.isThere(step.place);
-        PrintStep(there ? "ok" : "missing", step, there ? "" : std::string(": ") + step.cause);
+        const char* const cause = step.whyMissing(step.place);
+        const bool there = cause == nullptr;
+        PrintStep(there ? "ok" : "missing", step, there ? "" : std::string(": ") + cause);
         wholeThere = step.isPart || there;
         allThere = allThere && there;
     }

@@ -25,6 +25,7 @@ struct Item {
 
 std::vector<Item> ItemsOfARun() {
     std::vector<Item> items;
+    items.reserve(wiring::kRunChannels.size() + wiring::kRunLines.size());
     for (const auto& [channel, actuator] : wiring::kRunChannels) {
         items.push_back({"PWM " + std::to_string(channel) + ", " + actuator, Drives::Actuator,
                          SysfsResource::Channel(channel)});

@@ -21,7 +21,10 @@ std::string_view DriveOf(const Line& line) {
 }
 
 bool RestoreLine(Board& board, std::istream& words) {
-    std::string name, ownership, drive, edge;
+    std::string name;
+    std::string ownership;
+    std::string drive;
+    std::string edge;
     words >> name >> ownership >> drive >> edge;
     const auto number = Lines::Number(name);
     if (!number) {
