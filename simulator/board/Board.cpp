@@ -101,7 +101,9 @@ void Board::OutputsChanged() {
     const PwmOutput& pulses = pwm.At(kPumpChannel);
     const bool turning = pulses.Pulsing() && lines.Drives(kPumpEnableLine, false);
     cell.PumpTurned(shaft.StepsTurned(now_));
-    shaft.SetPulsePeriod(now_, turning ? pulses.period : 0);
+    shaft.SetPulsePeriod(
+        now_,
+        turning ? static_cast<Nanoseconds>(std::min<std::uint64_t>(pulses.period, kNever)) : 0);
     cell.SetValve(now_, ValveOpen());
     cell.SetStirring(now_, Stirring(), shaft.StepsTurned(now_));
 }
@@ -116,7 +118,9 @@ bool Board::Stirring() const {
 
 double Board::Lamp() const {
     const PwmOutput& output = pwm.At(kLampChannel);
-    return output.Pulsing() ? static_cast<double>(output.duty) / output.period / kLampDuty : 0.0;
+    return output.Pulsing()
+               ? static_cast<double>(output.duty) / static_cast<double>(output.period) / kLampDuty
+               : 0.0;
 }
 
 std::int32_t Board::DetectorReading() {

@@ -1,7 +1,5 @@
 #include "simulator/board/CardSlot.h"
 
-#include "simulator/board/BoardPaths.h"
-
 #include <cerrno>
 
 namespace sim {
@@ -19,51 +17,45 @@ bool CardSlot::Listed(Nanoseconds now) const {
     return present || now - removedAt_ < kRemovalNoticed;
 }
 
-int CardSlot::Mount(std::string_view source, std::string_view target, std::string_view type) {
-    if (source != kCardPartition || !present || !partitioned) {
+int CardSlot::Mount(bool forReadingOnly) {
+    if (!present || !partitioned) {
         return ENOENT;
-    }
-    if (target != kMountPoint || !mountPointExists) {
-        return ENOENT;
-    }
-    if (type != "vfat" || !vfatSupported) {
-        return ENODEV;
     }
     if (mounted) {
         return EBUSY;
     }
-    if (writeProtected) {
+    if (writeProtected && !forReadingOnly) {
         return EACCES;
     }
     if (!fat) {
         return EINVAL;
     }
     mounted = true;
+    mountedForReading_ = forReadingOnly;
     stale_ = false;
     return 0;
 }
 
-int CardSlot::Unmount(std::string_view target, bool filesOpen) {
-    if (target != kMountPoint || !mounted) {
+int CardSlot::Unmount(bool filesOpen) {
+    if (!mounted) {
         return EINVAL;
     }
     if (filesOpen) {
         return EBUSY;
     }
-    mounted = false;
-    stale_ = false;
+    mounted = mountedForReading_ = stale_ = false;
     return 0;
 }
 
 int CardSlot::CreateFile() const {
-    if (readOnly) {
+    if (RefusesWriters()) {
         return EROFS;
     }
     return Healthy() && freeBytes != 0 ? 0 : ENOSPC;
 }
 
 int CardSlot::OpenForWriting() const {
-    return readOnly ? EROFS : 0;
+    return RefusesWriters() ? EROFS : 0;
 }
 
 int CardSlot::Write(std::int64_t bytes) {

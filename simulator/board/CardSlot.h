@@ -3,7 +3,6 @@
 #include "simulator/board/Nanoseconds.h"
 
 #include <cstdint>
-#include <string_view>
 
 namespace sim {
 
@@ -37,8 +36,10 @@ class CardSlot : public CardState {
     /// Mounted, and the card of that mount was never pulled since.
     bool Healthy() const { return mounted && present && !stale_; }
 
-    int Mount(std::string_view source, std::string_view target, std::string_view type);
-    int Unmount(std::string_view target, bool filesOpen);
+    int Mount(bool forReadingOnly);
+    int Unmount(bool filesOpen);
+    /// True while the mount or the file system itself refuses writers.
+    bool RefusesWriters() const { return readOnly || mountedForReading_; }
 
     /// 0 or the errno of creating a file on the mounted card.
     int CreateFile() const;
@@ -49,6 +50,7 @@ class CardSlot : public CardState {
     int Write(std::int64_t bytes);
 
   private:
+    bool mountedForReading_ = false;
     bool stale_ = false; ///< the card was pulled while it was mounted
     Nanoseconds removedAt_ = -kRemovalNoticed;
 };

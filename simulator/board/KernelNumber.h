@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace sim {
@@ -9,8 +8,11 @@ namespace sim {
 /// The text without the one newline at its end that the kernel's stores allow.
 std::string_view WithoutNewline(std::string_view text);
 
-/// A decimal number with an optional minus sign, as the kernel's stores read one; nothing when it
-/// is not.
-std::optional<std::int64_t> KernelNumber(std::string_view text);
+/// Reads a number as the kernel's stores do: a plus sign or, for a signed kind, a minus sign; then
+/// 0x and hexadecimal digits, 0 and octal ones, or decimal ones. 0, EINVAL for what is no number,
+/// or ERANGE for one that the kind cannot hold.
+int KernelNumber(std::string_view text, std::int32_t& number);
+int KernelNumber(std::string_view text, std::uint32_t& number);
+int KernelNumber(std::string_view text, std::uint64_t& number);
 
 } // namespace sim

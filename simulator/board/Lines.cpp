@@ -8,12 +8,12 @@
 namespace sim {
 namespace {
 
-std::optional<unsigned> LineNumber(std::string_view text) {
-    const auto number = KernelNumber(text);
-    if (!number || *number < 0 || *number >= Lines::kCount) {
-        return std::nullopt;
-    }
-    return static_cast<unsigned>(*number);
+/// Reads the number of a line; 0 or an errno.
+int LineNumber(std::string_view text, unsigned& line) {
+    std::int32_t number = 0;
+    const int error = KernelNumber(text, number);
+    line = static_cast<unsigned>(number);
+    return error == 0 && line >= Lines::kCount ? EINVAL : error;
 }
 
 bool Watches(Edge edge, bool level) {
@@ -32,11 +32,11 @@ Lines::Lines(const LinesSetup& setup) {
 }
 
 int Lines::ExportLine(std::string_view number) {
-    const auto wanted = LineNumber(number);
-    if (!wanted) {
-        return EINVAL;
+    unsigned wanted = 0;
+    if (const int error = LineNumber(number, wanted); error != 0) {
+        return error;
     }
-    Line& line = At(*wanted);
+    Line& line = At(wanted);
     if (line.exported) {
         return EBUSY;
     }
@@ -46,13 +46,17 @@ int Lines::ExportLine(std::string_view number) {
 }
 
 int Lines::UnexportLine(std::string_view number) {
-    const auto wanted = LineNumber(number);
-    if (!wanted || !At(*wanted).exported) {
+    unsigned wanted = 0;
+    if (const int error = LineNumber(number, wanted); error != 0) {
+        return error;
+    }
+    Line& line = At(wanted);
+    if (!line.exported) {
         return EINVAL;
     }
-    Line& line = At(*wanted);
     line.exported = false;
     line.edge = Edge::None;
+    line.activeLow = false;
     return 0;
 }
 
@@ -69,9 +73,6 @@ int Lines::SetDirection(unsigned number, std::string_view text) {
     }
     if (text != "out" && text != "low" && text != "high") {
         return EINVAL;
-    }
-    if (line.edge != Edge::None) {
-        return EIO; // the kernel refuses to drive a line that is in use as an interrupt
     }
     line.output = true;
     line.level = text == "high";
@@ -92,11 +93,9 @@ int Lines::SetEdge(unsigned number, std::string_view text) {
         return EINVAL;
     }
     Line& line = At(number);
-    if (edge != Edge::None && line.output) {
-        return EIO;
-    }
-    line.edge = edge;
-    return 0;
+    const bool refused = edge != Edge::None && edge != line.edge && line.output;
+    line.edge = refused ? Edge::None : edge; // the old one is given up before
+    return refused ? EIO : 0;
 }
 
 int Lines::SetValue(unsigned number, std::string_view text) {
@@ -104,13 +103,22 @@ int Lines::SetValue(unsigned number, std::string_view text) {
     if (!line.output) {
         return EPERM;
     }
-    const auto value = KernelNumber(text);
-    if (!value) {
-        return EINVAL;
+    std::int32_t value = 0;
+    if (const int error = KernelNumber(text, value); error != 0) {
+        return error;
     }
-    line.level = *value != 0;
+    line.level = (value != 0) != line.activeLow;
     Changed();
     return 0;
+}
+
+int Lines::SetActiveLow(unsigned number, std::string_view text) {
+    std::int32_t value = 0;
+    const int error = KernelNumber(text, value);
+    if (error == 0) {
+        At(number).activeLow = value != 0;
+    }
+    return error;
 }
 
 void Lines::SetInput(unsigned number, bool level) {
@@ -120,7 +128,7 @@ void Lines::SetInput(unsigned number, bool level) {
         return;
     }
     line.level = level;
-    if (Watches(line.edge, level)) {
+    if (Watches(line.edge, level != line.activeLow)) {
         ++line.edges;
     }
 }
@@ -157,7 +165,11 @@ std::string Lines::EdgeText(unsigned number) const {
 }
 
 std::string Lines::ValueText(unsigned number) const {
-    return At(number).level ? "1\n" : "0\n";
+    return At(number).level != At(number).activeLow ? "1\n" : "0\n";
+}
+
+std::string Lines::ActiveLowText(unsigned number) const {
+    return At(number).activeLow ? "1\n" : "0\n";
 }
 
 std::string Lines::Name(unsigned number) {

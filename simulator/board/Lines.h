@@ -17,9 +17,10 @@ struct Line {
     bool output = false;
     bool level = false; ///< driven level of an output, level at the pin of an input
     Edge edge = Edge::None;
-    bool outside = false; ///< what the outside puts on the pin
-    unsigned edges = 1;   ///< watched edges so far, counted from 1
-    unsigned exports = 0; ///< how often it was exported
+    bool activeLow = false; ///< value and edge tell the other level
+    bool outside = false;   ///< what the outside puts on the pin
+    unsigned edges = 1;     ///< watched edges so far, counted from 1
+    unsigned exports = 0;   ///< how often it was exported
 };
 
 /// What the lines are like at the start, by their names: "B18".
@@ -44,6 +45,7 @@ class Lines {
     int SetDirection(unsigned number, std::string_view text);
     int SetEdge(unsigned number, std::string_view text);
     int SetValue(unsigned number, std::string_view text);
+    int SetActiveLow(unsigned number, std::string_view text);
 
     /// Sets the level that the outside puts on a line; an edge that the line watches becomes
     /// pending. An output keeps its own level.
@@ -59,6 +61,7 @@ class Lines {
     std::string DirectionText(unsigned number) const;
     std::string EdgeText(unsigned number) const;
     std::string ValueText(unsigned number) const;
+    std::string ActiveLowText(unsigned number) const;
 
     /// "B18" for 50.
     static std::string Name(unsigned number);

@@ -3,25 +3,8 @@
 #include "simulator/board/KernelNumber.h"
 
 #include <cerrno>
-#include <limits>
 
 namespace sim {
-namespace {
-
-/// Reads an unsigned 32-bit attribute; returns 0 or the errno of the kernel's parser.
-int ParseUnsigned(std::string_view text, std::uint32_t& value) {
-    const auto number = KernelNumber(text);
-    if (!number || *number < 0) {
-        return EINVAL;
-    }
-    if (*number > std::numeric_limits<std::uint32_t>::max()) {
-        return ERANGE;
-    }
-    value = static_cast<std::uint32_t>(*number);
-    return 0;
-}
-
-} // namespace
 
 PwmChip::PwmChip(const std::vector<unsigned>& exported) {
     for (const unsigned channel : exported) {
@@ -31,7 +14,7 @@ PwmChip::PwmChip(const std::vector<unsigned>& exported) {
 
 int PwmChip::ExportChannel(std::string_view number) {
     std::uint32_t channel = 0;
-    if (const int error = ParseUnsigned(number, channel); error != 0) {
+    if (const int error = KernelNumber(number, channel); error != 0) {
         return error;
     }
     if (channel >= kCount) {
@@ -47,7 +30,7 @@ int PwmChip::ExportChannel(std::string_view number) {
 
 int PwmChip::UnexportChannel(std::string_view number) {
     std::uint32_t channel = 0;
-    if (const int error = ParseUnsigned(number, channel); error != 0) {
+    if (const int error = KernelNumber(number, channel); error != 0) {
         return error;
     }
     if (channel >= kCount || !At(channel).exported) {
@@ -59,24 +42,34 @@ int PwmChip::UnexportChannel(std::string_view number) {
 
 int PwmChip::SetPeriod(unsigned channel, std::string_view text) {
     PwmOutput wanted = At(channel);
-    const int error = ParseUnsigned(text, wanted.period);
+    const int error = KernelNumber(text, wanted.period);
     return error != 0 ? error : Apply(channel, wanted);
 }
 
 int PwmChip::SetDuty(unsigned channel, std::string_view text) {
     PwmOutput wanted = At(channel);
-    const int error = ParseUnsigned(text, wanted.duty);
+    const int error = KernelNumber(text, wanted.duty);
     return error != 0 ? error : Apply(channel, wanted);
 }
 
 int PwmChip::SetEnable(unsigned channel, std::string_view text) {
     PwmOutput wanted = At(channel);
-    const auto number = KernelNumber(text);
-    if (!number || (*number != 0 && *number != 1)) {
+    std::int32_t number = 0;
+    if (const int error = KernelNumber(text, number); error != 0) {
+        return error;
+    }
+    if (number != 0 && number != 1) {
         return EINVAL;
     }
-    wanted.enabled = *number == 1;
+    wanted.enabled = number == 1;
     return Apply(channel, wanted);
+}
+
+int PwmChip::SetPolarity(unsigned channel, std::string_view text) {
+    PwmOutput wanted = At(channel);
+    text = WithoutNewline(text);
+    wanted.inversed = text == "inversed";
+    return wanted.inversed || text == "normal" ? Apply(channel, wanted) : EINVAL;
 }
 
 int PwmChip::Apply(unsigned channel, const PwmOutput& wanted) {

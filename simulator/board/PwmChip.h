@@ -12,10 +12,11 @@ namespace sim {
 /// One PWM channel; period and duty in nanoseconds.
 struct PwmOutput {
     bool exported = false;
-    std::uint32_t period = 0;
-    std::uint32_t duty = 0;
+    std::uint64_t period = 0;
+    std::uint64_t duty = 0;
     bool enabled = false;
-    unsigned exports = 0; ///< how often it was exported
+    bool inversed = false; ///< polarity
+    unsigned exports = 0;  ///< how often it was exported
 
     bool Pulsing() const { return enabled && period != 0 && duty != 0; }
 };
@@ -37,6 +38,7 @@ class PwmChip {
     int SetPeriod(unsigned channel, std::string_view text);
     int SetDuty(unsigned channel, std::string_view text);
     int SetEnable(unsigned channel, std::string_view text);
+    int SetPolarity(unsigned channel, std::string_view text);
 
     PwmOutput& At(unsigned channel) { return outputs_.at(channel); }
     const PwmOutput& At(unsigned channel) const { return outputs_.at(channel); }

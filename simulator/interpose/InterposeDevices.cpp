@@ -41,8 +41,8 @@ void* mmap64(void* hint, size_t length, int protection, int flags, int descripto
              off64_t offset) noexcept {
     if (Gate gate(descriptor); gate) {
         void* address = nullptr;
-        const bool shared = (flags & MAP_SHARED) != 0;
-        const long result = gate->kernel.Map(descriptor, length, shared, offset, &address);
+        const long result =
+            gate->kernel.Map(descriptor, length, protection, flags, offset, &address);
         return AsResult(result) < 0 ? MAP_FAILED : address;
     }
     return SIM_REAL(mmap64)(hint, length, protection, flags, descriptor, offset);
@@ -83,15 +83,15 @@ int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t /*size*/) 
 int mount(const char* source, const char* target, const char* type, unsigned long flags,
           const void* data) noexcept {
     if (Gate gate; gate) {
-        return AsResult(gate->kernel.mounts.Mount(OrEmpty(source), OrEmpty(target), OrEmpty(type),
-                                                  flags, data));
+        return AsResult(gate->kernel.Mount(
+            {source, OrEmpty(target), type, flags, OrEmpty(static_cast<const char*>(data))}));
     }
     return SIM_REAL(mount)(source, target, type, flags, data);
 }
 
 int umount(const char* target) noexcept {
     if (Gate gate; gate) {
-        return AsResult(gate->kernel.mounts.Unmount(target));
+        return AsResult(gate->kernel.Unmount(OrEmpty(target)));
     }
     return SIM_REAL(umount)(target);
 }
@@ -118,7 +118,7 @@ mntent* getmntent_r(FILE* table, mntent* entry, char* buffer, int size) noexcept
 
 int statfs64(const char* path, struct statfs64* result) noexcept {
     if (Gate gate; gate) {
-        return AsResult(gate->kernel.mounts.FileSystemStatus(path, result));
+        return AsResult(gate->kernel.FileSystemStatus(path, result));
     }
     return SIM_REAL(statfs64)(path, result);
 }

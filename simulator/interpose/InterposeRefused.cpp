@@ -25,16 +25,9 @@ mode_t ModeArgument(int flags, va_list arguments) {
 
 extern "C" {
 
-SIM_REFUSE(DIR*, opendir, "opendir", (const char* path), path, path)
 SIM_REFUSE(int, chdir, "chdir", (const char* path), path, path)
-SIM_REFUSE(int, unlink, "unlink", (const char* path), path, path)
 SIM_REFUSE(int, remove, "remove", (const char* path), path, path)
-SIM_REFUSE(int, rmdir, "rmdir", (const char* path), path, path)
 SIM_REFUSE(int, chmod, "chmod", (const char* path, mode_t mode), path, path, mode)
-SIM_REFUSE(int, truncate, "truncate", (const char* path, off_t length), path, path, length)
-SIM_REFUSE(int, truncate64, "truncate", (const char* path, off64_t length), path, path, length)
-SIM_REFUSE(ssize_t, readlink, "readlink", (const char* path, char* buffer, size_t size), path, path,
-           buffer, size)
 SIM_REFUSE(char*, realpath, "realpath", (const char* path, char* resolved), path, path, resolved)
 SIM_REFUSE(int, creat, "creat", (const char* path, mode_t mode), path, path, mode)
 SIM_REFUSE(int, creat64, "creat", (const char* path, mode_t mode), path, path, mode)
@@ -74,27 +67,8 @@ SIM_REFUSE(int, dup3, "dup3", (int descriptor, int wanted, int flags), descripto
 SIM_REFUSE(int, flock, "flock", (int descriptor, int operation), descriptor, descriptor, operation)
 SIM_REFUSE(int, fsync, "fsync", (int descriptor), descriptor, descriptor)
 SIM_REFUSE(int, fdatasync, "fdatasync", (int descriptor), descriptor, descriptor)
-SIM_REFUSE(int, ftruncate, "ftruncate", (int descriptor, off_t length), descriptor, descriptor,
-           length)
-SIM_REFUSE(int, ftruncate64, "ftruncate", (int descriptor, off64_t length), descriptor, descriptor,
-           length)
-SIM_REFUSE(ssize_t, pread, "pread", (int descriptor, void* buffer, size_t size, off_t offset),
-           descriptor, descriptor, buffer, size, offset)
-SIM_REFUSE(ssize_t, pread64, "pread", (int descriptor, void* buffer, size_t size, off64_t offset),
-           descriptor, descriptor, buffer, size, offset)
-SIM_REFUSE(ssize_t, pwrite, "pwrite", (int descriptor, const void* data, size_t size, off_t offset),
-           descriptor, descriptor, data, size, offset)
-SIM_REFUSE(ssize_t, pwrite64, "pwrite",
-           (int descriptor, const void* data, size_t size, off64_t offset), descriptor, descriptor,
-           data, size, offset)
 SIM_REFUSE(ssize_t, readv, "readv", (int descriptor, const iovec* pieces, int count), descriptor,
            descriptor, pieces, count)
-
-int rename(const char* from, const char* to) noexcept {
-    sim::Refuse("rename", from);
-    sim::Refuse("rename", to);
-    return SIM_REAL(rename)(from, to);
-}
 
 int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* mask) {
     for (nfds_t i = 0; i < count; ++i) {

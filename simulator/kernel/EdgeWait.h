@@ -7,18 +7,20 @@
 
 namespace sim {
 
-/// Waiting for an edge on one line.
+/// Waiting for news of one file: of a line's level, an edge; of another attribute, that it was
+/// never read or is gone; of any other file, none.
 class EdgeWait {
   public:
     explicit EdgeWait(Calls& calls) : calls_(calls) {}
 
-    /// 1 when the line's value has an event, 0 after the time-out in ms, or a negated errno.
-    long Poll(pollfd& waiting, const TextFile& value, int timeout);
+    /// 1 when the file has an event, 0 after the time-out in ms, or a negated errno.
+    long Poll(pollfd& waiting, OpenFile& file, int timeout);
     /// Has those who wait look again: a write may have moved a level.
     void LookAgain() { calls_.scheduler.Wake(this); }
 
   private:
-    long Wait(pollfd& waiting, const TextFile& value, int timeout);
+    long Wait(pollfd& waiting, OpenFile& file, int timeout);
+    bool HasNews(const TextFile& attribute) const;
 
     Calls& calls_;
 };

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -88,13 +89,13 @@ long Kernel::Read(int descriptor, void* buffer, std::size_t size) {
         return -EBADF;
     }
     size = calls.Allowed(size);
-    TextFile* level = file->AsLevel();
-    if (level != nullptr) {
-        calls.timeline.PollsLine(*level->Line());
+    TextFile* level = file->AsText();
+    if (level == nullptr || !level->Line()) {
+        return file->Read(buffer, size);
     }
-    const bool anew = level != nullptr && level->AtStart();
+    calls.timeline.PollsLine(*level->Line());
     const long count = file->Read(buffer, size);
-    if (anew && count >= 0) {
+    if (level->ShownAnew()) {
         calls.timeline.LineRead(*level->Line(),
                                 count > 0 && static_cast<const char*>(buffer)[0] == '1');
         level->SawEdges(calls.board.lines.At(*level->Line()).edges);
@@ -126,6 +127,44 @@ long Kernel::Seek(int descriptor, std::int64_t offset, int whence) {
     return error != 0 ? error : file->Seek(offset, whence);
 }
 
+template <typename Move>
+long Kernel::AtOffset(int descriptor, std::int64_t offset, Move move) {
+    OpenFile* file = files_.Find(descriptor);
+    if (offset < 0) {
+        return -EINVAL;
+    }
+    const long before = file->Seek(0, SEEK_CUR);
+    if (before < 0) {
+        return before;
+    }
+    file->Seek(offset, SEEK_SET);
+    const long moved = move();
+    file->Seek(before, SEEK_SET);
+    return moved;
+}
+
+long Kernel::ReadAt(int descriptor, void* buffer, std::size_t size, std::int64_t offset) {
+    return AtOffset(descriptor, offset, [&] { return Read(descriptor, buffer, size); });
+}
+
+long Kernel::WriteAt(int descriptor, const void* data, std::size_t size, std::int64_t offset) {
+    return AtOffset(descriptor, offset, [&] { return Write(descriptor, data, size); });
+}
+
+long Kernel::Resize(int descriptor, std::int64_t length) {
+    const OpenFile* file = files_.Find(descriptor);
+    if (const long error = calls.Admit("ftruncate", file->Path()); error != 0) {
+        return error;
+    }
+    if (length < 0 || !S_ISREG(file->Mode()) || !file->Writable()) {
+        return -EINVAL;
+    }
+    if (file->HostDescriptor() < 0) {
+        return 0; // an attribute keeps its size
+    }
+    return SIM_REAL(ftruncate64)(file->HostDescriptor(), length) == 0 ? 0 : -errno;
+}
+
 long Kernel::Control(int descriptor, unsigned long request, void* argument) {
     OpenFile* file = files_.Find(descriptor);
     if (const long error = calls.Admit("ioctl", file->Path()); error != 0) {
@@ -136,12 +175,10 @@ long Kernel::Control(int descriptor, unsigned long request, void* argument) {
 }
 
 long Kernel::Poll(pollfd* descriptors, std::size_t count, int timeout) {
-    OpenFile* file = files_.Find(descriptors[0].fd);
-    const TextFile* level = file != nullptr ? file->AsLevel() : nullptr;
-    if (count != 1 || level == nullptr) {
-        calls.Unmodelled("poll of anything but one line's value");
+    if (count != 1) {
+        calls.Unmodelled("poll of more than one file");
     }
-    return edges_.Poll(descriptors[0], *level, timeout);
+    return edges_.Poll(descriptors[0], *files_.Find(descriptors[0].fd), timeout);
 }
 
 } // namespace sim

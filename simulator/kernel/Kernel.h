@@ -42,16 +42,29 @@ class Kernel {
     long Read(int descriptor, void* buffer, std::size_t size);
     long Write(int descriptor, const void* data, std::size_t size);
     long Seek(int descriptor, std::int64_t offset, int whence);
+    /// The same at an offset, which the descriptor's own place does not follow.
+    long ReadAt(int descriptor, void* buffer, std::size_t size, std::int64_t offset);
+    long WriteAt(int descriptor, const void* data, std::size_t size, std::int64_t offset);
+    long Resize(int descriptor, std::int64_t length);
     long Control(int descriptor, unsigned long request, void* argument);
-    /// Waits for an edge on one line: the number of descriptors with an event, 0 after the time-out
-    /// in ms.
+    /// Waits for news of one descriptor: the number of those with an event, 0 after the time-out in
+    /// ms.
     long Poll(pollfd* descriptors, std::size_t count, int timeout);
+    long Mount(const MountRequest& request) {
+        return mounts.Mount(request, paths.BoardMode(request.source),
+                            paths.BoardMode(request.target.c_str()));
+    }
+    long Unmount(const std::string& target) { return mounts.Unmount(target, paths.Mode(target)); }
+    long FileSystemStatus(const char* path, struct statfs64* result) {
+        return mounts.FileSystemStatus(path, paths.BoardMode(path), result);
+    }
     long DescriptorStatus(int descriptor, struct stat64* result) {
         return paths.StatusOf(*files_.Find(descriptor), result);
     }
     /// As Mappings::Map, of a descriptor.
-    long Map(int descriptor, std::size_t length, bool shared, std::int64_t offset, void** address) {
-        return mappings.Map(*files_.Find(descriptor), length, shared, offset, address);
+    long Map(int descriptor, std::size_t length, int protection, int flags, std::int64_t offset,
+             void** address) {
+        return mappings.Map(*files_.Find(descriptor), length, protection, flags, offset, address);
     }
 
     /// Descriptors, mappings and mount tables that the program holds.
@@ -64,6 +77,9 @@ class Kernel {
     Paths paths;
 
   private:
+    template <typename Move>
+    long AtOffset(int descriptor, std::int64_t offset, Move move);
+
     FileTable files_;
     EdgeWait edges_;
 };

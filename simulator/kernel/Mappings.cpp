@@ -9,20 +9,42 @@
 
 namespace sim {
 
-long Mappings::Map(const OpenFile& file, std::size_t length, bool shared, std::int64_t offset,
-                   void** address) {
-    if (const long error = calls_.Admit("mmap", file.Path()); error != 0) {
-        return error;
+long Mappings::Check(const OpenFile& file, std::size_t length, int protection, int flags,
+                     std::int64_t offset) const {
+    constexpr std::int64_t pageSize = RegisterPage::kSize;
+    const bool shared = (flags & MAP_SHARED) != 0;
+    if (offset % pageSize != 0 || length == 0 || (flags & (MAP_SHARED | MAP_PRIVATE)) == 0) {
+        return -EINVAL;
     }
-    if (file.Path() != kMemoryDevice ||
-        static_cast<std::uint64_t>(offset) != RegisterPage::kAddress ||
-        length != RegisterPage::kSize) {
+    if (!file.Readable() || (shared && (protection & PROT_WRITE) != 0 && !file.Writable())) {
+        return -EACCES;
+    }
+    if (file.Path() != kMemoryDevice) {
+        if (file.OfCard()) {
+            calls_.Unmodelled("mmap of " + file.Path());
+        }
+        return -ENODEV;
+    }
+    constexpr std::int64_t end = 1LL << 32; // of the board's addresses
+    if (offset < 0 || static_cast<std::int64_t>(length) > end - offset) {
+        return -EINVAL;
+    }
+    if (offset != RegisterPage::kAddress) {
         calls_.Unmodelled("mmap of " + std::to_string(length) + " bytes at " +
                           std::to_string(offset) + " of " + file.Path());
     }
-    if (!file.Readable() || (shared && !file.Writable())) {
-        return -EACCES;
+    return 0;
+}
+
+long Mappings::Map(const OpenFile& file, std::size_t length, int protection, int flags,
+                   std::int64_t offset, void** address) {
+    if (const long error = calls_.Admit("mmap", file.Path()); error != 0) {
+        return error;
     }
+    if (const long error = Check(file, length, protection, flags, offset); error != 0) {
+        return error;
+    }
+    length = RegisterPage::kSize;
     void* page = SIM_REAL(mmap64)(nullptr, length, PROT_READ | PROT_WRITE,
                                   MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (page == MAP_FAILED) {
@@ -30,15 +52,16 @@ long Mappings::Map(const OpenFile& file, std::size_t length, bool shared, std::i
     }
     calls_.board.registers.Load(
         {static_cast<std::uint32_t*>(page), length / sizeof(std::uint32_t)});
-    pages_[page] = {length, shared};
+    pages_[page] = {length, (flags & MAP_SHARED) != 0 && (protection & PROT_WRITE) != 0};
+    mprotect(page, length, protection);
     calls_.events.Add("mmap", file.Path(), file.Synchronous() ? "0xfffff000" : "0xfffff000 cached");
     *address = page;
     return 0;
 }
 
 long Mappings::Unmap(void* address) {
-    const auto [length, shared] = pages_.at(address);
-    if (shared) {
+    const auto [length, storing] = pages_.at(address);
+    if (storing) {
         const std::span<const std::uint32_t> page{static_cast<const std::uint32_t*>(address),
                                                   length / sizeof(std::uint32_t)};
         for (const std::string& store : calls_.board.registers.Store(page)) {

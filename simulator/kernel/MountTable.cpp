@@ -4,36 +4,103 @@
 #include "simulator/kernel/ErrnoNames.h"
 #include "simulator/libc/Real.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <sstream>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/statfs.h>
 
 namespace sim {
+namespace {
 
-long MountTable::Mount(const char* source, const char* target, const char* type,
-                       unsigned long flags, const void* data) {
-    long error = calls_.Admit("mount", target);
+/// True when the FAT driver knows every one of the options between the commas. What they are set to
+/// is not looked at.
+bool KnownOptions(const std::string& options) {
+    using namespace std::string_view_literals;
+    static constexpr std::array known{
+        ""sv,         "uid"sv,    "gid"sv,       "umask"sv,     "dmask"sv,   "fmask"sv,
+        "codepage"sv, "quiet"sv,  "iocharset"sv, "shortname"sv, "utf8"sv,    "flush"sv,
+        "discard"sv,  "errors"sv, "check"sv,     "showexec"sv,  "usefree"sv, "tz"sv,
+    };
+    std::istringstream list(options);
+    for (std::string option; std::getline(list, option, ',');) {
+        if (std::ranges::count(known, option.substr(0, option.find('='))) == 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+long MountTable::Mount(const MountRequest& request, long source, long target) {
+    long error = calls_.Admit("mount", request.target);
     if (error != 0) {
         return error;
     }
-    error = -calls_.board.card.Mount(source, target, type);
-    calls_.events.Add("mount", target,
-                      std::string(source) + " " + type + " " + std::to_string(flags) + " " +
-                          EventLog::Quoted(data != nullptr ? static_cast<const char*>(data) : "") +
+    error = TryMount(request, source, target);
+    const auto orEmpty = [](const char* text) { return std::string(text != nullptr ? text : ""); };
+    calls_.events.Add("mount", request.target,
+                      orEmpty(request.source) + " " + orEmpty(request.type) + " " +
+                          std::to_string(request.flags) + " " + EventLog::Quoted(request.options) +
                           " " + Outcome(error));
     return error;
 }
 
-long MountTable::Unmount(const char* target) {
-    long error = calls_.Admit("umount", target);
+long MountTable::TryMount(const MountRequest& request, long source, long target) {
+    CardSlot& card = calls_.board.card;
+    if (target < 0) {
+        return target;
+    }
+    if (request.type == nullptr) {
+        return -EINVAL;
+    }
+    if (std::string_view(request.type) != "vfat" || !card.vfatSupported) {
+        return -ENODEV;
+    }
+    if (request.source == nullptr || *request.source == '\0') {
+        return -EINVAL;
+    }
+    if (source < 0) {
+        return source;
+    }
+    if (!S_ISBLK(static_cast<unsigned>(source))) {
+        return -ENOTBLK;
+    }
+    if (request.source == kCardDevice) { // begins with a partition table, and no file system
+        return card.mounted ? -EBUSY : -EINVAL;
+    }
+    if (!card.mounted && !KnownOptions(request.options)) {
+        return -EINVAL;
+    }
+    if (!card.mounted && !S_ISDIR(static_cast<unsigned>(target))) {
+        return -ENOTDIR;
+    }
+    const bool forReadingOnly = (request.flags & MS_RDONLY) != 0;
+    const int error = card.Mount(forReadingOnly);
     if (error == 0) {
-        error = -calls_.board.card.Unmount(target, files_.CardFileOpen());
-        calls_.events.Add("umount", target, Outcome(error));
+        access_ = forReadingOnly ? "ro" : "rw";
+        access_ += (request.flags & MS_SYNCHRONOUS) != 0 ? ",sync" : "";
+    }
+    return -error;
+}
+
+long MountTable::Unmount(const std::string& path, long target) {
+    long error = calls_.Admit("umount", path);
+    if (error == 0) {
+        error = target < 0 ? target
+                : path.substr(0, path.find_last_not_of('/') + 1) != kMountPoint
+                    ? -EINVAL
+                    : -calls_.board.card.Unmount(files_.CardFileOpen());
+        calls_.events.Add("umount", path, Outcome(error));
     }
     return error;
 }
 
-long MountTable::FileSystemStatus(const char* path, struct statfs64* result) {
+long MountTable::FileSystemStatus(const std::string& path, long standing, struct statfs64* result) {
     if (const long error = calls_.Admit("statfs", path); error != 0) {
         return error;
     }
@@ -45,19 +112,25 @@ long MountTable::FileSystemStatus(const char* path, struct statfs64* result) {
     if (calls_.board.card.mounted) {
         known.push_back({std::string(kMountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
     }
+    const FileSystem* closest = nullptr;
     for (const FileSystem& system : known) {
-        if (system.directory == path) {
-            *result = {};
-            result->f_bsize = static_cast<decltype(result->f_bsize)>(system.blockSize);
-            result->f_blocks = system.blocks;
-            result->f_bfree = system.freeBlocks;
-            result->f_bavail = system.availableBlocks;
-            calls_.events.Add("statfs", path, "ok");
-            return 0;
+        const bool holds =
+            system.directory == path ||
+            (standing >= 0 && (system.directory == "/" || Within(path, system.directory)));
+        if (holds && (closest == nullptr || system.directory.size() > closest->directory.size())) {
+            closest = &system;
         }
     }
-    calls_.events.Add("statfs", path, "ENOENT");
-    return -ENOENT;
+    const long error = closest != nullptr ? 0 : standing;
+    calls_.events.Add("statfs", path, Outcome(error));
+    if (closest != nullptr) {
+        *result = {};
+        result->f_bsize = static_cast<decltype(result->f_bsize)>(closest->blockSize);
+        result->f_blocks = closest->blocks;
+        result->f_bfree = closest->freeBlocks;
+        result->f_bavail = closest->availableBlocks;
+    }
+    return error;
 }
 
 std::string MountTable::Text() const {
@@ -72,8 +145,8 @@ std::string MountTable::Text() const {
         text += line + "\n";
     }
     if (calls_.board.card.mounted) {
-        text += std::string(kCardPartition) + " " + std::string(kMountPoint) +
-                " vfat rw,sync,relatime,fmask=0022,dmask=0022 0 0\n";
+        text += std::string(kCardPartition) + " " + std::string(kMountPoint) + " vfat " + access_ +
+                ",relatime,fmask=0022,dmask=0022 0 0\n";
     }
     return text;
 }

@@ -29,6 +29,15 @@ struct MountSetup {
     std::vector<FileSystem> fileSystems; ///< as statfs knows them
 };
 
+/// What a program asks to be mounted; source and type may be null.
+struct MountRequest {
+    const char* source;
+    std::string target;
+    const char* type;
+    unsigned long flags;
+    std::string options;
+};
+
 /// What is mounted, and the table that tells it. Results are 0 or a negated errno, unless said
 /// otherwise.
 class MountTable {
@@ -36,11 +45,11 @@ class MountTable {
     MountTable(MountSetup setup, Calls& calls, const SysfsTree& tree, const FileTable& files)
         : setup_(std::move(setup)), calls_(calls), tree_(tree), files_(files) {}
 
-    long Mount(const char* source, const char* target, const char* type, unsigned long flags,
-               const void* data);
-    long Unmount(const char* target);
-    /// What is known of the file system mounted at a directory; ENOENT for a directory without one.
-    long FileSystemStatus(const char* path, struct statfs64* result);
+    /// source, target: what stands at these paths, as its type and permissions or a negated errno.
+    long Mount(const MountRequest& request, long source, long target);
+    long Unmount(const std::string& path, long target);
+    /// What is known of the file system that a path lies on; standing: what stands there, as above.
+    long FileSystemStatus(const std::string& path, long standing, struct statfs64* result);
 
     bool Present() const { return setup_.tablePresent; }
     /// A stream of the table's text; null with errno set when it fails.
@@ -54,7 +63,10 @@ class MountTable {
     void WriteTools(const std::string& folder) const;
 
   private:
+    long TryMount(const MountRequest& request, long source, long target);
+
     MountSetup setup_;
+    std::string access_ = "rw,sync"; ///< of the mounted card
     Calls& calls_;
     const SysfsTree& tree_;
     const FileTable& files_;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace sim {
 
@@ -26,6 +27,15 @@ long OpenFile::Seek(std::int64_t /*offset*/, int /*whence*/) {
 }
 long OpenFile::Control(unsigned long /*request*/, void* /*argument*/) {
     return -ENOTTY;
+}
+
+long PlacedFile::Seek(std::int64_t offset, int whence) {
+    const std::int64_t place = offset + (whence == SEEK_CUR ? place_ : 0);
+    if ((whence != SEEK_SET && whence != SEEK_CUR) || place < 0) {
+        return -EINVAL;
+    }
+    place_ = place;
+    return static_cast<long>(place);
 }
 
 } // namespace sim

@@ -37,14 +37,24 @@ class OpenFile {
     /// Below the mount point, and there on the mounted card.
     virtual bool OfCard() const { return false; }
     virtual bool OnCard() const { return false; }
-    /// The file as a line's value; null when it is none.
-    virtual TextFile* AsLevel() { return nullptr; }
+    /// The file as an attribute; null when it is none.
+    virtual TextFile* AsText() { return nullptr; }
     /// Type and permissions as fstat tells them.
     virtual unsigned Mode() const { return S_IFREG | 0644U; }
 
   private:
     std::string path_;
     int flags_ = 0;
+};
+
+/// A file of no known end in which a place can be set, to no effect.
+class PlacedFile : public OpenFile {
+  public:
+    using OpenFile::OpenFile;
+    long Seek(std::int64_t offset, int whence) override;
+
+  private:
+    std::int64_t place_ = 0;
 };
 
 } // namespace sim

@@ -19,10 +19,21 @@ bool Reads(int flags) {
     return (flags & O_ACCMODE) != O_WRONLY;
 }
 
-/// The physical memory device: nothing but its mapping is used.
-class MemoryFile : public OpenFile {
+/// 0, or the negated errno that flags meet at something that is there.
+long RefuseExisting(int flags, bool directory) {
+    if ((flags & O_CREAT) != 0 && (flags & O_EXCL) != 0) {
+        return -EEXIST;
+    }
+    if (directory) {
+        return Writes(flags) || (flags & O_CREAT) != 0 ? -EISDIR : 0;
+    }
+    return (flags & O_DIRECTORY) != 0 ? -ENOTDIR : 0;
+}
+
+/// The physical memory device: nothing but its mapping and its place are used.
+class MemoryFile : public PlacedFile {
   public:
-    using OpenFile::OpenFile;
+    using PlacedFile::PlacedFile;
     unsigned Mode() const override { return S_IFCHR | 0600U; }
 };
 
@@ -36,8 +47,8 @@ long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& 
         error = -ENOENT;
     } else if (Within(path, kMountPoint)) {
         error = OpenCardFile(path, flags, file);
-    } else if (path == kSpiDevice || path == kMemoryDevice) {
-        error = OpenDevice(path, file);
+    } else if (Within(path, kSpiDevice) || Within(path, kMemoryDevice)) {
+        error = OpenDevice(path, flags, file);
     } else {
         calls_.Unmodelled("open of " + path);
     }
@@ -49,9 +60,13 @@ long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& 
     return error;
 }
 
-long Paths::OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file) {
-    if (!calls_.board.present) {
-        return -ENOENT;
+long Paths::OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    const long mode = Mode(path);
+    if (mode < 0) {
+        return mode;
+    }
+    if (const long error = RefuseExisting(flags, false); error != 0) {
+        return error;
     }
     if (path == kSpiDevice) {
         file = std::make_unique<SpiFile>(path, calls_.board, spi_, calls_.events);
@@ -63,17 +78,20 @@ long Paths::OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file)
 
 long Paths::OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     SysfsNode node = tree_.Find(path);
-    switch (node.kind) {
-    case SysfsNode::Kind::Missing:
-        return (flags & O_CREAT) != 0 && node.parentExists ? -EACCES : -ENOENT;
-    case SysfsNode::Kind::Directory:
-        if (Writes(flags) || (flags & O_CREAT) != 0) {
-            return -EISDIR;
+    if (node.Error() != 0) {
+        const bool refused = (flags & O_CREAT) != 0 && node.parentExists;
+        return refused ? -EACCES : -node.Error();
+    }
+    const bool directory = node.kind == SysfsNode::Kind::Directory;
+    if (const long error = RefuseExisting(flags, directory); error != 0) {
+        return error;
+    }
+    if (directory) {
+        if (node.link && (flags & O_NOFOLLOW) != 0) {
+            return -ELOOP;
         }
         file = std::make_unique<DirectoryFile>(path);
         return 0;
-    case SysfsNode::Kind::Attribute:
-        break;
     }
     if ((Writes(flags) && !node.store) || (Reads(flags) && !node.show)) {
         return -EACCES;

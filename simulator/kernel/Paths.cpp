@@ -5,15 +5,16 @@
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
-#include <cstdio>
+#include <unistd.h>
 
 namespace sim {
 namespace {
 
-long Fill(struct stat64* result, unsigned mode) {
+long Fill(struct stat64* result, unsigned mode, std::int64_t size = 0) {
     *result = {};
     result->st_mode = mode;
     result->st_nlink = 1;
+    result->st_size = static_cast<decltype(result->st_size)>(size);
     return 0;
 }
 
@@ -44,14 +45,20 @@ std::string Paths::HostPath(const std::string& path) const {
            path.substr(kMountPoint.size());
 }
 
-long Paths::Access(const char* path) {
+long Paths::Access(const char* path, int wanted) {
     long error = calls_.Admit("access", path);
     if (error == 0) {
-        struct stat64 ignored {};
-        if (Within(path, kSysfs)) {
-            error = tree_.Find(path).kind == SysfsNode::Kind::Missing ? -ENOENT : 0;
-        } else {
-            error = StatusOutsideSysfs(path, &ignored);
+        const CardSlot& card = calls_.board.card;
+        const long mode = Mode(path);
+        if ((wanted & ~(R_OK | W_OK | X_OK)) != 0) {
+            error = -EINVAL;
+        } else if (mode < 0) {
+            error = mode;
+        } else if ((wanted & X_OK) != 0 && (mode & 0111) == 0) {
+            error = -EACCES; // what else it may, it may as root
+        } else if ((wanted & W_OK) != 0 && Within(path, kMountPoint) && card.mounted &&
+                   card.RefusesWriters()) {
+            error = -EROFS;
         }
         if (error != 0) {
             calls_.events.Add("access", path, Outcome(error));
@@ -63,42 +70,59 @@ long Paths::Access(const char* path) {
 long Paths::Status(const char* path, bool followLinks, struct stat64* result) {
     const char* call = followLinks ? "stat" : "lstat";
     long error = calls_.Admit(call, path);
-    if (error != 0) {
-        return error;
+    if (error == 0) {
+        error = Look(path, followLinks, result);
+        calls_.events.Add(call, path, Outcome(error));
     }
-    if (!Within(path, kSysfs)) {
-        error = StatusOutsideSysfs(path, result);
-    } else if (const SysfsNode node = tree_.Find(path); node.kind == SysfsNode::Kind::Missing) {
-        error = -ENOENT;
-    } else if (node.link && !followLinks) {
-        Fill(result, S_IFLNK | 0777U);
-    } else {
-        Fill(result, node.kind == SysfsNode::Kind::Directory ? S_IFDIR | 0755U : S_IFREG | 0644U);
-    }
-    calls_.events.Add(call, path, Outcome(error));
     return error;
 }
 
-long Paths::StatusOutsideSysfs(const std::string& path, struct stat64* result) const {
+long Paths::Mode(const std::string& path) const {
+    struct stat64 status {};
+    const long error = Look(path, true, &status);
+    return error != 0 ? error : static_cast<long>(status.st_mode);
+}
+
+long Paths::BoardMode(const char* path) const {
+    return path != nullptr && IsBoardPath(path) ? Mode(path) : -ENOENT;
+}
+
+long Paths::Look(const std::string& path, bool followLinks, struct stat64* result) const {
+    if (Within(path, kSysfs)) {
+        const SysfsNode node = tree_.Find(path);
+        const bool attribute = node.kind == SysfsNode::Kind::Attribute;
+        Fill(result, node.Mode(followLinks), attribute ? kAttributeSize : 0);
+        return -node.Error();
+    }
     if (tree_.TakenAway(path)) {
         return -ENOENT;
     }
-    if (path == kCardPartition || path == kCardDevice) {
-        Fill(result, S_IFBLK | 0660U);
-        return calls_.board.card.Listed(calls_.board.Now()) ? 0 : -ENOENT;
+    if (Within(path, kDevices) || Within(path, kMountTable)) {
+        return LookAtDevice(path, result);
     }
-    if (Within(path, kDevices)) {
-        Fill(result, S_IFCHR | 0600U);
-        return calls_.board.present ? 0 : -ENOENT;
-    }
-    if (path == kMountTable) {
-        Fill(result, S_IFREG | 0444U);
-        return mounts_.Present() ? 0 : -ENOENT;
-    }
-    if (real::stat(HostPath(path).c_str(), result) != 0) {
+    const bool ofCard = Within(path, kMountPoint);
+    if (real::stat((ofCard ? HostPath(path) : path).c_str(), result) != 0) {
         return -errno;
     }
-    return calls_.board.card.mounted ? AsOnVfat(result) : 0;
+    return ofCard && calls_.board.card.mounted ? AsOnVfat(result) : 0;
+}
+
+long Paths::LookAtDevice(const std::string& path, struct stat64* result) const {
+    const CardSlot& card = calls_.board.card;
+    const bool listed = card.Listed(calls_.board.Now());
+    const auto stands = [&](std::string_view name, unsigned mode, bool there, long& error) {
+        if (Within(path, name)) {
+            Fill(result, mode);
+            error = !there ? -ENOENT : path != name ? -ENOTDIR : 0;
+        }
+    };
+    long error = -ENOENT;
+    stands(kCardDevice, S_IFBLK | 0660U, listed, error);
+    stands(kCardPartition, S_IFBLK | 0660U, listed && card.partitioned, error);
+    stands(kMountTable, S_IFREG | 0444U, mounts_.Present(), error);
+    stands(kMemoryDevice, S_IFCHR | 0600U, calls_.board.present, error);
+    stands(kSpiDevice, S_IFCHR | 0600U, calls_.board.present, error);
+    return error;
 }
 
 long Paths::StatusOf(const OpenFile& file, struct stat64* result) {
@@ -112,27 +136,6 @@ long Paths::StatusOf(const OpenFile& file, struct stat64* result) {
         return -errno;
     }
     return file.OnCard() ? AsOnVfat(result) : 0;
-}
-
-long Paths::MakeDirectory(const char* path, unsigned mode) {
-    long error = calls_.Admit("mkdir", path);
-    if (error != 0) {
-        return error;
-    }
-    if (!Within(path, kMountPoint)) {
-        calls_.Unmodelled(std::string("mkdir of ") + path);
-    }
-    error = calls_.board.card.mounted ? -calls_.board.card.CreateFile() : 0;
-    if (error == 0) {
-        error = real::mkdir(HostPath(path).c_str(), mode) == 0 ? 0 : -errno;
-    }
-    if (error == 0 && path == kMountPoint) {
-        calls_.board.card.mountPointExists = true;
-    }
-    char octal[8];
-    std::snprintf(octal, sizeof octal, "%04o ", mode);
-    calls_.events.Add("mkdir", path, octal + Outcome(error));
-    return error;
 }
 
 } // namespace sim

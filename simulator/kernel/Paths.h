@@ -21,10 +21,23 @@ class Paths {
     /// Opens what stands there for a call that was let in, but a file of the card only on the
     /// board.
     long Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
-    long Access(const char* path);
+    long Access(const char* path, int wanted);
     long Status(const char* path, bool followLinks, struct stat64* result);
     long StatusOf(const OpenFile& file, struct stat64* result);
+    /// Type and permissions of what stands at a path.
+    long Mode(const std::string& path) const;
+    /// The same, but nothing stands at a path that is not the board's.
+    long BoardMode(const char* path) const;
+
     long MakeDirectory(const char* path, unsigned mode);
+    long RemoveDirectory(const char* path);
+    long Unlink(const char* path);
+    long Rename(const char* from, const char* to);
+    long Truncate(const char* path, std::int64_t length);
+    /// Only refusals: where the board's links lead is not modelled.
+    long ReadLink(const char* path);
+    /// host: a directory of this machine that holds what the path's directory holds.
+    long List(const char* path, std::string& host);
 
     /// Where the mounted card's files lie, and those below the mount point while none is mounted.
     std::string CardFolder() const { return root_ + "/card"; }
@@ -33,11 +46,16 @@ class Paths {
     std::string ToolFolder() const { return root_ + "/bin"; }
 
   private:
-    long OpenDevice(const std::string& path, std::unique_ptr<OpenFile>& file);
+    long OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     std::string HostPath(const std::string& path) const;
-    long StatusOutsideSysfs(const std::string& path, struct stat64* result) const;
+    /// What stands at a path, without telling it.
+    long Look(const std::string& path, bool followLinks, struct stat64* result) const;
+    long LookAtDevice(const std::string& path, struct stat64* result) const;
+    /// Changes names or sizes on the card, or below the mount point while none is mounted.
+    template <typename Change>
+    long ChangeCard(const char* call, const char* path, Change change);
 
     std::string root_;
     Calls& calls_;

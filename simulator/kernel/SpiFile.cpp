@@ -2,6 +2,7 @@
 
 #include "simulator/kernel/ErrnoNames.h"
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstdio>
@@ -90,13 +91,19 @@ long SpiFile::Message(std::size_t recordBytes, spi_ioc_transfer* records) {
     if (recordBytes % sizeof(spi_ioc_transfer) != 0) {
         return -EINVAL;
     }
-    std::size_t rounded = 0;
+    std::size_t sent = 0;
+    std::size_t received = 0;
     for (std::size_t i = 0; i < count; ++i) {
+        const spi_ioc_transfer& record = records[i];
+        const std::size_t rounded =
+            (record.len + kRecordAlignment - 1) / kRecordAlignment * kRecordAlignment;
+        sent += record.tx_buf != 0 ? rounded : 0;
+        received += record.rx_buf != 0 ? rounded : 0;
         const unsigned bits =
-            records[i].bits_per_word != 0 ? records[i].bits_per_word : settings_.bitsPerWord;
-        rounded += (records[i].len + kRecordAlignment - 1) / kRecordAlignment * kRecordAlignment;
-        const long error =
-            rounded > kLargestTransfer ? -EMSGSIZE : CheckLength(records[i].len, bits);
+            record.bits_per_word != 0 ? record.bits_per_word : settings_.bitsPerWord;
+        const long error = std::max(sent, received) > kLargestTransfer ? -EMSGSIZE
+                           : IsWordSize(bits) ? CheckLength(record.len, bits)
+                                              : -EINVAL;
         if (error != 0) {
             events_.Add("ioctl", Path(), "SPI_IOC_MESSAGE " + Outcome(error));
             return error;

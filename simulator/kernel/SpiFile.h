@@ -51,6 +51,8 @@ class SpiFile : public OpenFile {
     long SetMode(const char* name, std::uint32_t mode);
     long SetBits(std::uint8_t bits);
     long SetSpeed(std::uint32_t speed);
+    /// The controller takes words of 8 to 16 bits.
+    static bool IsWordSize(unsigned bits) { return bits >= 8 && bits <= 16; }
     static long CheckLength(std::size_t size, unsigned bits);
 
     Board& board_;

@@ -5,8 +5,11 @@
 namespace sim {
 namespace {
 
-/// What the controller can do; the kernel refuses every other mode bit.
+/// What the controller can do; the kernel refuses every other mode bit, ...
 constexpr std::uint32_t kControllerModes = SPI_CPHA | SPI_CPOL | SPI_CS_HIGH;
+/// ... but forgoes wider buses in silence, unless two widths are asked for at once.
+constexpr std::uint32_t kWiderSending = SPI_TX_DUAL | SPI_TX_QUAD;
+constexpr std::uint32_t kWiderReceiving = SPI_RX_DUAL | SPI_RX_QUAD;
 
 } // namespace
 
@@ -53,16 +56,20 @@ long SpiFile::Asked(const char* name, std::uint32_t value, bool accepted) {
 }
 
 long SpiFile::SetMode(const char* name, std::uint32_t mode) {
-    const long error = Asked(name, mode, (mode & ~kControllerModes) == 0);
+    constexpr std::uint32_t wider = kWiderSending | kWiderReceiving;
+    const bool accepted = (mode & ~(kControllerModes | wider)) == 0 &&
+                          (mode & kWiderSending) != kWiderSending &&
+                          (mode & kWiderReceiving) != kWiderReceiving;
+    const long error = Asked(name, mode, accepted);
     if (error == 0) {
-        settings_.mode = mode;
+        settings_.mode = mode & kControllerModes;
     }
     return error;
 }
 
 long SpiFile::SetBits(std::uint8_t bits) {
     const unsigned wanted = bits == 0 ? 8 : bits;
-    const long error = Asked("SPI_IOC_WR_BITS_PER_WORD", bits, wanted == 8 || wanted == 16);
+    const long error = Asked("SPI_IOC_WR_BITS_PER_WORD", bits, IsWordSize(wanted));
     if (error == 0) {
         settings_.bitsPerWord = static_cast<std::uint8_t>(wanted);
     }

@@ -2,12 +2,14 @@
 
 #include "simulator/board/Board.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sim {
 
@@ -17,14 +19,24 @@ struct PathChanges {
     std::set<std::string> missing;               ///< not there, with all below
 };
 
+/// What every attribute's file tells as its size: a page, however short its text.
+inline constexpr std::int64_t kAttributeSize = 4096;
+
 /// What stands at a path of the kernel's attribute tree.
 struct SysfsNode {
-    enum class Kind { Missing, Directory, Attribute };
+    /// BelowAttribute: missing because what it should lie in is no directory.
+    enum class Kind { Missing, BelowAttribute, Directory, Attribute };
+
+    /// 0, or the errno of a call that looks for it.
+    int Error() const;
+    /// Type and permissions, of the link itself or of what it leads to.
+    unsigned Mode(bool followLinks) const;
 
     Kind kind = Kind::Missing;
     bool parentExists = false;         ///< for a missing one: EACCES instead of ENOENT on creation
     bool link = false;                 ///< a directory that is reached through a symbolic link
     std::function<std::string()> show; ///< empty: cannot be opened for reading
+    int showError = 0;                 ///< errno of every reading
     std::function<int(std::string_view)>
         store;                    ///< empty: cannot be opened for writing; gives an errno
     std::optional<unsigned> line; ///< the line whose level this attribute is
@@ -37,6 +49,8 @@ class SysfsTree {
     SysfsTree(Board& board, PathChanges changes) : board_(board), changes_(std::move(changes)) {}
 
     SysfsNode Find(std::string_view path) const;
+    /// The names of what lies in a directory.
+    std::vector<std::string> Names(const std::string& directory) const;
 
     /// Reading the attribute gives this text from now on.
     void Replace(const std::string& path, const std::string& text) {
@@ -59,10 +73,12 @@ class SysfsTree {
   private:
     SysfsNode LookUp(std::string_view path) const;
     SysfsNode Gpio(std::string_view rest) const;
+    static SysfsNode GpioChip(std::string_view name);
     SysfsNode GpioAttribute(unsigned line, std::string_view name) const;
     SysfsNode Pwm(std::string_view rest) const;
     SysfsNode PwmAttribute(unsigned channel, std::string_view name) const;
     SysfsNode Converter(std::string_view rest) const;
+    SysfsNode Card(std::string_view rest) const;
 
     Board& board_;
     PathChanges changes_;

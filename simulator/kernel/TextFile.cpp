@@ -15,41 +15,49 @@ bool TextFile::Gone() const {
 }
 
 long TextFile::Read(void* buffer, std::size_t size) {
-    if (Gone()) {
-        events_.Add("read", Path(), "ENODEV");
-        return -ENODEV;
+    shownAnew_ = false;
+    if (const int error = Gone() ? ENODEV : node_.showError; error != 0) {
+        events_.Add("read", Path(), ErrnoName(error));
+        return -error;
     }
-    if (offset_ == 0 || !shown_) {
+    if (offset_ == 0 || offset_ != readTo_) {
         text_ = node_.show();
-        shown_ = true;
+        shownAnew_ = everShown_ = true;
         events_.Add("read", Path(), EventLog::Quoted(text_));
     }
     const std::size_t from = std::min(offset_, text_.size());
     const std::size_t count = std::min(size, text_.size() - from);
     std::memcpy(buffer, text_.data() + from, count);
-    offset_ = from + count;
+    offset_ += count;
+    readTo_ = offset_;
     return static_cast<long>(count);
 }
 
 long TextFile::Write(const void* data, std::size_t size) {
-    if (size == 0) {
+    const bool gone = Gone();
+    if (size == 0 && !gone) {
         return 0; // no store is made of nothing
     }
     const std::string text(static_cast<const char*>(data), size);
-    const int error = Gone() ? ENODEV : node_.store(text);
+    const int error = gone ? ENODEV : node_.store(text);
     events_.Add("write", Path(),
                 EventLog::Quoted(text) + (error != 0 ? " " + ErrnoName(error) : std::string()));
-    return error != 0 ? -error : static_cast<long>(size);
+    if (error != 0) {
+        return -error;
+    }
+    offset_ += size;
+    return static_cast<long>(size);
 }
 
 long TextFile::Seek(std::int64_t offset, int whence) {
-    const std::int64_t target =
-        offset + (whence == SEEK_CUR ? static_cast<std::int64_t>(offset_) : 0);
-    if ((whence != SEEK_SET && whence != SEEK_CUR) || target < 0) {
+    const std::int64_t from = whence == SEEK_CUR   ? static_cast<std::int64_t>(offset_)
+                              : whence == SEEK_END ? kAttributeSize
+                                                   : 0;
+    if (whence > SEEK_END || from + offset < 0) {
         return -EINVAL;
     }
-    offset_ = static_cast<std::size_t>(target);
-    return static_cast<long>(target);
+    offset_ = static_cast<std::size_t>(from + offset);
+    return static_cast<long>(from + offset);
 }
 
 long DirectoryFile::Read(void* /*buffer*/, std::size_t /*size*/) {

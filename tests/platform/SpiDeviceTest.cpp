@@ -80,7 +80,7 @@ TEST_F(SpiDeviceOnBoard, StopsAtTheFirstSettingThatFails) {
 TEST_F(SpiDeviceOnBoard, ReportsSettingsThatTheKernelRefuses) {
     const SpiDevice still(kDevice, 0, 0, 16);
     EXPECT_EQ(console.Error(), "Could not set SPI speed (WR)...ioctl fail");
-    const SpiDevice odd(kDevice, 0, 3000000, 12);
+    const SpiDevice odd(kDevice, 0, 3000000, 17);
     EXPECT_EQ(console.Error(), "Could not set SPI speed (WR)...ioctl fail"
                                "Could not set SPI bitsPerWord (WR)...ioctl fail");
     EXPECT_FALSE(still.Ok() || odd.Ok());

@@ -103,7 +103,6 @@ TEST_F(SpiTransfer, ExchangesWholeWordsAndLeavesTheRest) {
     EXPECT_EQ(board.Calls("ioctl"), 7U);
 }
 
-// The driver refuses 9 bits at the set-up; the device keeps them and stays open.
 TEST_F(SpiTransfer, TakesTwoBytesForAWordOfNineBits) {
     SpiDevice device(kDevice, 0, 500000, 9);
     board.Forget();

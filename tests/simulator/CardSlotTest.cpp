@@ -90,7 +90,7 @@ TEST_F(Mounting, RefusesWhatIsNotAFatFileSystem) {
 
 TEST_F(Mounting, RefusesOtherDevicesAndPlaces) {
     EXPECT_EQ(MountCard("/dev/sda1"), ENOENT);
-    EXPECT_EQ(MountCard(nullptr), ENOENT);
+    EXPECT_EQ(MountCard(nullptr), EINVAL);
     EXPECT_EQ(::mount(kDevice, "/mnt", "vfat", 0, nullptr), -1);
     EXPECT_EQ(UnmountCard("/"), EINVAL);
 }

@@ -104,7 +104,7 @@ TEST_F(ChannelFiles, AStaleDescriptorStaysStale) {
 }
 
 TEST_F(ChannelFiles, AMissingAttributeIsNeverCreated) {
-    EXPECT_EQ(OpenError(ChannelFile(1, "polarity"), O_WRONLY | O_CREAT), EACCES);
+    EXPECT_EQ(OpenError(ChannelFile(1, "phase"), O_WRONLY | O_CREAT), EACCES);
     EXPECT_EQ(OpenError(ChannelFile(2, "enable"), O_WRONLY | O_CREAT), ENOENT);
     EXPECT_EQ(OpenError("/sys/class/pwm/pwmchip0/pwm:/enable", O_WRONLY | O_CREAT), ENOENT);
 }

@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
                 12,
                 "limit of 0.1 s of real time passed " + kAtTheStart + " (--real-time sets it)",
                 {"--real-time", "0.1"}},
-        NotModelled({"open-folder", "/sys/class/gpio"}, "opendir of /sys/class/gpio"),
+        NotModelled({"go-into", "/sys/class/gpio"}, "chdir of /sys/class/gpio"),
         NotModelled({"open-file", "/sys/class/../class/gpio/export"},
                     "open of /sys/class/../class/gpio/export, a path with dots in it"),
         NotModelled({"open-file", "/dev/mmcblk0"}, "open of /dev/mmcblk0"),

@@ -90,9 +90,10 @@ TEST_F(SpiFile, MovesNoMoreThan4096BytesAtOnce) {
     EXPECT_EQ(file.Write(std::string(4096, 'x')), 4096);
 }
 
-TEST_F(SpiFile, KnowsEightAndSixteenBitsOnly) {
+TEST_F(SpiFile, KnowsWordsOfEightToSixteenBits) {
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 8);
-    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{12}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{7}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{17}), -EINVAL);
     EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{16}), 0);
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_BITS_PER_WORD), 16);
     EXPECT_EQ(Set(file, SPI_IOC_WR_BITS_PER_WORD, std::uint8_t{0}), 0) << "0 stands for 8";
@@ -121,7 +122,9 @@ TEST_F(SpiFile, TakesTheModesOfItsController) {
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_MODE), SPI_MODE_3);
     EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MODE32), std::uint32_t{SPI_MODE_3});
     EXPECT_EQ(Set(file, SPI_IOC_WR_MODE, std::uint8_t{SPI_LOOP}), -EINVAL);
-    EXPECT_EQ(Set(file, SPI_IOC_WR_MODE32, std::uint32_t{SPI_TX_QUAD}), -EINVAL);
+    EXPECT_EQ(Set(file, SPI_IOC_WR_MODE32, std::uint32_t{SPI_TX_QUAD | SPI_MODE_1}), 0);
+    EXPECT_EQ(Get<std::uint32_t>(file, SPI_IOC_RD_MODE32), std::uint32_t{SPI_MODE_1})
+        << "a wider bus is forgone";
     EXPECT_EQ(Set(file, SPI_IOC_WR_LSB_FIRST, std::uint8_t{1}), -EINVAL);
     EXPECT_EQ(Get<std::uint8_t>(file, SPI_IOC_RD_LSB_FIRST), 0);
     EXPECT_EQ(Ask(file, FIONREAD, &board), -ENOTTY);

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <dirent.h>
 #include <fcntl.h>
 #include <iostream>
 #include <poll.h>
@@ -89,8 +88,8 @@ int WaitForAnEdgeThatNeverComes(const char* line) {
 
 // --- what is not modelled
 
-int OpenFolder(const char* path) {
-    return opendir(path) != nullptr ? 0 : 1;
+int GoInto(const char* path) {
+    return chdir(path);
 }
 
 int OpenFile(const char* path) {
@@ -190,7 +189,7 @@ constexpr Trouble kTroubles[]{
     {"two-mutexes", TwoMutexes},
     {"one-mutex-twice", OneMutexTwice},
     {"edge-that-never-comes", WaitForAnEdgeThatNeverComes},
-    {"open-folder", OpenFolder},
+    {"go-into", GoInto},
     {"open-file", OpenFile},
     {"read-by-the-library", ReadByTheLibrary},
     {"become-another", BecomeAnother},
