@@ -2,7 +2,6 @@
 
 #include "platform/AttributeFile.h"
 #include "platform/FileDescriptor.h"
-#include "platform/SysfsNames.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -63,6 +62,7 @@ GpioPin::GpioPin(std::uint32_t bank, std::uint32_t bit) {
     }
     bit_ = bit;
     bank_ = bank;
+    directory_ = LineDirectory(bank, bit);
     ok_ = Export() && SetDirection(kPinInput) && SetEdge(kEdgeNone);
 }
 
@@ -73,6 +73,7 @@ GpioPin::GpioPin(std::uint32_t bank, std::uint32_t bit, std::uint32_t mode, std:
     }
     bit_ = bit;
     bank_ = bank;
+    directory_ = LineDirectory(bank, bit);
     ok_ = Export() && SetDirection(mode) && SetEdge(mode >= kPinInputWithEdge ? edge : kEdgeNone);
 }
 
@@ -138,7 +139,7 @@ std::uint32_t GpioPin::Read() const {
         return kLevelError;
     }
     // Whatever is not the word 1 is low, an attribute that cannot be opened too.
-    return ReadAttributeWord(LineDirectory(bank_, bit_) + "/value") == "1" ? kLevelHigh : kLevelLow;
+    return ReadAttributeWord(directory_ + "/value") == "1" ? kLevelHigh : kLevelLow;
 }
 
 std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
@@ -148,8 +149,7 @@ std::uint32_t GpioPin::WaitForEdge(std::int32_t timeoutMs) const {
     if (!ConfirmExported()) {
         return kLevelError;
     }
-    FileDescriptor value(
-        ::open((LineDirectory(bank_, bit_) + "/value").c_str(), O_RDONLY | O_CLOEXEC));
+    FileDescriptor value(::open((directory_ + "/value").c_str(), O_RDONLY | O_CLOEXEC));
     if (!value.IsOpen()) {
         return kLevelError;
     }
@@ -167,7 +167,7 @@ std::string GpioPin::LineNumber() const {
 }
 
 bool GpioPin::IsExported() const {
-    return IsTaken(bank_, bit_);
+    return AttributeDirectoryExists(directory_);
 }
 
 bool GpioPin::ConfirmExported() const {
@@ -182,7 +182,7 @@ bool GpioPin::WriteToLine(const char* attribute, const char* text, const char* c
     if (!ConfirmExported()) {
         return false;
     }
-    if (!WriteAttribute(LineDirectory(bank_, bit_) + attribute, text)) {
+    if (!WriteAttribute(directory_ + attribute, text)) {
         std::cerr << complaint;
         return false;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/SysfsNames.h"
+
 #include <cstdint>
 #include <string>
 
@@ -88,6 +90,7 @@ class GpioPin {
     // No port has a line 32: a refused pin must not release somebody else's line.
     std::uint32_t bit_ = kLinesPerBank;
     std::uint32_t bank_ = 0;
+    std::string directory_ = LineDirectory(bank_, bit_);
     std::uint32_t mode_ = kPinInput;
     std::uint32_t edge_ = kEdgeNone;
     bool ok_ = false;
