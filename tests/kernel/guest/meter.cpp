@@ -17,19 +17,24 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iostream>
+#include <iterator>
 #include <string>
 
 namespace {
 
-enum { kProgram, kKernel, kSwitches, kCounters };
-using Counts = std::array<std::uint64_t, kCounters>;
+enum { kProgram, kKernel, kSwitches, kCounters, kReads = kCounters, kFigures };
+using Counts = std::array<std::uint64_t, kFigures>;
 
 constexpr int kQuietMilliseconds = 200;
 constexpr int kSearchStep = 11;
 constexpr int kMeasured = 2; // the first one mounts the card and makes the log
 
 Counts operator-(const Counts& a, const Counts& b) {
-    return {a[kProgram] - b[kProgram], a[kKernel] - b[kKernel], a[kSwitches] - b[kSwitches]};
+    Counts difference{};
+    std::transform(a.begin(), a.end(), b.begin(), difference.begin(), std::minus<>());
+    return difference;
 }
 
 Counts& operator+=(Counts& a, const Counts& b) {
@@ -54,7 +59,7 @@ int OpenCounter(pid_t pid, std::uint32_t type, std::uint64_t event, bool program
 
 class Meter {
   public:
-    explicit Meter(pid_t pid) {
+    explicit Meter(pid_t pid) : calls_("/proc/" + std::to_string(pid) + "/io") {
         constexpr std::uint64_t instructions = PERF_COUNT_HW_INSTRUCTIONS;
         files_ = {OpenCounter(pid, PERF_TYPE_HARDWARE, instructions, true, false),
                   OpenCounter(pid, PERF_TYPE_HARDWARE, instructions, false, true),
@@ -70,24 +75,27 @@ class Meter {
         ::Counts now{};
         for (int i = 0; i < kCounters; ++i) {
             if (read(files_[i], &now[i], sizeof now[i]) != sizeof now[i]) {
-                std::puts("a counter cannot be read");
+                std::cout << "a counter cannot be read\n";
             }
         }
+        std::ifstream calls(calls_);
+        for (std::string word; calls >> word && word != "syscr:";) {
+        }
+        calls >> now[kReads];
         const ::Counts passed = now - last_;
         last_ = now;
         return passed;
     }
 
   private:
+    std::string calls_;
     std::array<int, kCounters> files_{};
     ::Counts last_{};
 };
 
 void Print(const std::string& what, const Counts& counts) {
-    std::printf("%s: program %llu kernel %llu switches %llu\n", what.c_str(),
-                static_cast<unsigned long long>(counts[kProgram]),
-                static_cast<unsigned long long>(counts[kKernel]),
-                static_cast<unsigned long long>(counts[kSwitches]));
+    std::cout << what << ": program " << counts[kProgram] << " kernel " << counts[kKernel]
+              << " switches " << counts[kSwitches] << " reads " << counts[kReads] << '\n';
 }
 
 void PrintMemory(pid_t pid) {
@@ -95,11 +103,11 @@ void PrintMemory(pid_t pid) {
     std::ifstream status(folder + "/status");
     for (std::string line; std::getline(status, line);) {
         if (line.starts_with("VmHWM")) {
-            std::puts(line.c_str());
+            std::cout << line << '\n';
         }
     }
     const std::filesystem::directory_iterator files(folder + "/fd");
-    std::printf("descriptors: %d\n", static_cast<int>(std::distance(begin(files), end(files))));
+    std::cout << "descriptors: " << std::distance(begin(files), end(files)) << '\n';
 }
 
 // Follows the console, and books what was counted to the step that its lines announce.
@@ -164,7 +172,7 @@ class Account {
     Counts span_{};
     Counts others_{};
     Counts search_{};
-    Counts rest_{~0ULL, ~0ULL, ~0ULL};
+    Counts rest_{~0ULL, ~0ULL, ~0ULL, ~0ULL};
 };
 
 pid_t Start(const char* program, int console, int go) {
