@@ -95,7 +95,7 @@ class Meter {
 
 void Print(const std::string& what, const Counts& counts) {
     std::cout << what << ": program " << counts[kProgram] << " kernel " << counts[kKernel]
-              << " switches " << counts[kSwitches] << " reads " << counts[kReads] << '\n';
+              << " switches " << counts[kSwitches] << '\n';
 }
 
 void PrintMemory(pid_t pid) {
@@ -142,6 +142,10 @@ class Account {
     void PrintSums() const {
         Print("a measurement outside step 11", others_);
         Print("a measurement in step 11", search_);
+        // All but four or so of them are looks at the home sensor.
+        Print("of it for each read", {search_[kProgram] / search_[kReads],
+                                      search_[kKernel] / search_[kReads],
+                                      search_[kSwitches] / search_[kReads]});
         Print("at rest, 200 ms", rest_);
     }
 
