@@ -29,7 +29,7 @@ module_param(reference, int, 0);
 MODULE_PARM_DESC(reference, "counts with light through a clear sample");
 static int samples[SAMPLES] = { 1500000 };
 static int sample_count = 1;
-module_param_array(samples, int, &sample_count, 0);
+module_param_array(samples, int, &sample_count, 0600);
 MODULE_PARM_DESC(samples, "counts of each measurement's sample, fully coloured; the last one stays");
 
 static DEFINE_RAW_SPINLOCK(lock);
