@@ -222,7 +222,7 @@ check_kernel() {
     fi
     hold "kernel: board module, programs and the guest's root" kernel-build.log scripts/kernel build
     [ "$failed" = "$before" ] || return
-    for proof in measure card registers power-cut safe-state cost; do
+    for proof in contract measure card registers power-cut safe-state cost; do
         hold "kernel: $proof" "kernel-$proof.log" scripts/kernel prove "$proof"
         cat "$work/kernel-$proof.log"
     done
