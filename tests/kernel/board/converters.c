@@ -96,8 +96,8 @@ static int start_bus(struct device *parent)
 	return spi_add_device(device);
 }
 
-static int read_raw(struct iio_dev *device, struct iio_chan_spec const *channel, int *value,
-		    int *micro, long what)
+static int read_raw(struct iio_dev *device, struct iio_chan_spec const *channel, int *value, int *micro,
+		    long what)
 {
 	if (what == IIO_CHAN_INFO_RAW) {
 		*value = inputs[channel->channel];

@@ -160,9 +160,8 @@ static s64 cell_counts(s64 now)
 		return reference;
 	dose = min_t(s64, FULL_DOSE_STEPS, steps_turned(now) - clean_at_step);
 	colour = min_t(s64, DEVELOPMENT_NS, now - developing_since);
-	return reference +
-	       div64_s64((sample - reference) * dose * div_s64(colour, NSEC_PER_USEC),
-			 FULL_DOSE_STEPS * div_s64(DEVELOPMENT_NS, NSEC_PER_USEC));
+	return reference + div64_s64((sample - reference) * dose * div_s64(colour, NSEC_PER_USEC),
+				     FULL_DOSE_STEPS * div_s64(DEVELOPMENT_NS, NSEC_PER_USEC));
 }
 
 s32 instrument_reading(void)
