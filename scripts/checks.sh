@@ -223,7 +223,8 @@ check_kernel() {
     hold "kernel: board module, programs and the guest's root" kernel-build.log scripts/kernel build
     [ "$failed" = "$before" ] || return
     for proof in contract measure card registers power-cut safe-state cost; do
+        before=$failed
         hold "kernel: $proof" "kernel-$proof.log" scripts/kernel prove "$proof"
-        cat "$work/kernel-$proof.log"
+        [ "$failed" != "$before" ] || cat "$work/kernel-$proof.log"
     done
 }
