@@ -17,7 +17,7 @@
 #define FLAG_STEPS 67
 #define FULL_DOSE_STEPS 1400
 #define DEVELOPMENT_NS (1500 * (s64)NSEC_PER_MSEC)
-#define VALVE_RELEASE_NS NSEC_PER_MSEC /* a shorter pause is no closing */
+#define VALVE_RELEASE_NS (20 * (s64)NSEC_PER_MSEC) /* a shorter pause is no closing */
 #define NEVER S64_MAX
 #define SAMPLES 16
 
