@@ -217,13 +217,14 @@ check_package() {
 check_kernel() {
     local log=$work/kernel-packages.log proof before=$failed
     if ! (require_packages "$log" "${kernel_packages[@]}" && scripts/kernel fetch) >>"$log" 2>&1; then
-        not_run kernel "$(tail -n 1 "$log")"
+        not_run kernel "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
         return
     fi
     hold "kernel: board module, programs and the guest's root" kernel-build.log scripts/kernel build
     [ "$failed" = "$before" ] || return
-    for proof in measure card registers power-cut cost; do
+    for proof in contract measure card registers power-cut safe-state cost; do
+        before=$failed
         hold "kernel: $proof" "kernel-$proof.log" scripts/kernel prove "$proof"
-        cat "$work/kernel-$proof.log"
+        [ "$failed" != "$before" ] || cat "$work/kernel-$proof.log"
     done
 }

@@ -8,7 +8,7 @@
 #include <linux/seq_file.h>
 #include <linux/spi/spi.h>
 
-#define LINE(port, bit) ((port) * 32 + (bit))
+#define LINE(port, bit) ((port)*32 + (bit))
 #define PUMP_ENABLE LINE(0, 2)	   /* low: the driver chip is enabled */
 #define STIRRER_ENABLE LINE(1, 15) /* low: the driver chip is enabled */
 #define HOME_SENSOR LINE(1, 18)	   /* low: the flag is in the sensor */

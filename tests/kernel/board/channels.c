@@ -39,6 +39,5 @@ void channels_tell(struct seq_file *out)
 	for (i = 0; i < CHANNELS; ++i)
 		seq_printf(out, "channel %u %s %s period %llu duty %llu\n", i,
 			   test_bit(PWMF_EXPORTED, &chip.pwms[i].flags) ? "exported" : "free",
-			   outputs[i].enabled ? "on" : "off", outputs[i].period,
-			   outputs[i].duty_cycle);
+			   outputs[i].enabled ? "on" : "off", outputs[i].period, outputs[i].duty_cycle);
 }

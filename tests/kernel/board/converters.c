@@ -80,7 +80,7 @@ static int start_bus(struct device *parent)
 		return -ENOMEM;
 	bus->bus_num = BUS;
 	bus->num_chipselect = 2;
-	bus->mode_bits = SPI_MODE_X_MASK | SPI_CS_HIGH | SPI_LSB_FIRST;
+	bus->mode_bits = SPI_MODE_X_MASK | SPI_CS_HIGH;
 	bus->bits_per_word_mask = SPI_BPW_MASK(8) | SPI_BPW_MASK(16);
 	bus->transfer_one = transfer_one;
 	error = spi_register_controller(bus);
@@ -90,14 +90,14 @@ static int start_bus(struct device *parent)
 	if (!device)
 		return -ENOMEM;
 	device->chip_select = 1;
-	device->max_speed_hz = 500000;
+	device->max_speed_hz = 1000000;
 	strscpy(device->modalias, "spidev", sizeof(device->modalias));
 	device->driver_override = kstrdup("spidev", GFP_KERNEL);
 	return spi_add_device(device);
 }
 
-static int read_raw(struct iio_dev *device, struct iio_chan_spec const *channel, int *value,
-		    int *micro, long what)
+static int read_raw(struct iio_dev *device, struct iio_chan_spec const *channel, int *value, int *micro,
+		    long what)
 {
 	if (what == IIO_CHAN_INFO_RAW) {
 		*value = inputs[channel->channel];

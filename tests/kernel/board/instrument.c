@@ -17,7 +17,7 @@
 #define FLAG_STEPS 67
 #define FULL_DOSE_STEPS 1400
 #define DEVELOPMENT_NS (1500 * (s64)NSEC_PER_MSEC)
-#define VALVE_RELEASE_NS NSEC_PER_MSEC /* a shorter pause is no closing */
+#define VALVE_RELEASE_NS (20 * (s64)NSEC_PER_MSEC) /* a shorter pause is no closing */
 #define NEVER S64_MAX
 #define SAMPLES 16
 
@@ -29,7 +29,7 @@ module_param(reference, int, 0);
 MODULE_PARM_DESC(reference, "counts with light through a clear sample");
 static int samples[SAMPLES] = { 1500000 };
 static int sample_count = 1;
-module_param_array(samples, int, &sample_count, 0);
+module_param_array(samples, int, &sample_count, 0600);
 MODULE_PARM_DESC(samples, "counts of each measurement's sample, fully coloured; the last one stays");
 
 static DEFINE_RAW_SPINLOCK(lock);
@@ -160,9 +160,8 @@ static s64 cell_counts(s64 now)
 		return reference;
 	dose = min_t(s64, FULL_DOSE_STEPS, steps_turned(now) - clean_at_step);
 	colour = min_t(s64, DEVELOPMENT_NS, now - developing_since);
-	return reference +
-	       div64_s64((sample - reference) * dose * div_s64(colour, NSEC_PER_USEC),
-			 FULL_DOSE_STEPS * div_s64(DEVELOPMENT_NS, NSEC_PER_USEC));
+	return reference + div64_s64((sample - reference) * dose * div_s64(colour, NSEC_PER_USEC),
+				     FULL_DOSE_STEPS * div_s64(DEVELOPMENT_NS, NSEC_PER_USEC));
 }
 
 s32 instrument_reading(void)

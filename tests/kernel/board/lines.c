@@ -12,7 +12,7 @@
 #include <linux/module.h>
 
 #define PAGE_ADDRESS 0xFFFFF000
-#define PORT_REGISTERS(port) (0x400 + (port) * 0x200)
+#define PORT_REGISTERS(port) (0x400 + (port)*0x200)
 #define SET_OUTPUT 0x30
 #define CLEAR_OUTPUT 0x34
 #define PIN_STATUS 0x3C
@@ -91,8 +91,8 @@ void line_set_input(unsigned int line, bool level)
 	bool heard;
 
 	raw_spin_lock_irqsave(&lock, flags);
-	heard = bit_of(levels, line) != level && !bit_of(outputs, line) &&
-		bit_of(listening, line) && (edges_wanted[line] & edge);
+	heard = bit_of(levels, line) != level && !bit_of(outputs, line) && bit_of(listening, line) &&
+		(edges_wanted[line] & edge);
 	set_bit_of(outside, line, level);
 	settle();
 	raw_spin_unlock_irqrestore(&lock, flags);

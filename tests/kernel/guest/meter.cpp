@@ -1,43 +1,49 @@
-// Runs the instrument and counts what it costs, with the processor's own counters: instructions of the
-// program and of the kernel on its behalf, context switches, memory. Board time stands still for the
-// counting, and what this program itself does is not counted.
+// Runs the instrument and counts what it costs, with the processor's own counters: instructions of
+// the program and of the kernel on its behalf, context switches, memory. Board time stands still
+// for the counting, and what this program itself does is not counted.
 
 #include <fcntl.h>
 #include <linux/perf_event.h>
 #include <poll.h>
 #include <sched.h>
-#include <signal.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
 #include <string>
 
 namespace {
 
-enum { kProgram, kKernel, kSwitches, kCounters };
-using Counts = std::array<std::uint64_t, kCounters>;
+struct Counts {
+    std::uint64_t program = 0;  // instructions
+    std::uint64_t kernel = 0;   // instructions
+    std::uint64_t switches = 0; // of context
+    std::uint64_t reads = 0;    // calls of read
+};
 
 constexpr int kQuietMilliseconds = 200;
 constexpr int kSearchStep = 11;
 constexpr int kMeasured = 2; // the first one mounts the card and makes the log
 
 Counts operator-(const Counts& a, const Counts& b) {
-    return {a[kProgram] - b[kProgram], a[kKernel] - b[kKernel], a[kSwitches] - b[kSwitches]};
+    return {a.program - b.program, a.kernel - b.kernel, a.switches - b.switches, a.reads - b.reads};
 }
 
-Counts& operator+=(Counts& a, const Counts& b) {
-    std::transform(a.begin(), a.end(), b.begin(), a.begin(), std::plus<>());
-    return a;
+Counts operator+(const Counts& a, const Counts& b) {
+    return {a.program + b.program, a.kernel + b.kernel, a.switches + b.switches, a.reads + b.reads};
 }
 
-// A counter of a process and all its threads, from its exec on; -1 when there is none.
+// A counter of a process and all its threads, from its exec on; negative when there is none.
 int OpenCounter(pid_t pid, std::uint32_t type, std::uint64_t event, bool program, bool kernel) {
     perf_event_attr wanted{};
     wanted.size = sizeof wanted;
@@ -54,40 +60,51 @@ int OpenCounter(pid_t pid, std::uint32_t type, std::uint64_t event, bool program
 
 class Meter {
   public:
-    explicit Meter(pid_t pid) {
-        constexpr std::uint64_t instructions = PERF_COUNT_HW_INSTRUCTIONS;
-        files_ = {OpenCounter(pid, PERF_TYPE_HARDWARE, instructions, true, false),
-                  OpenCounter(pid, PERF_TYPE_HARDWARE, instructions, false, true),
-                  OpenCounter(pid, PERF_TYPE_SOFTWARE, PERF_COUNT_SW_CONTEXT_SWITCHES, true, true)};
-    }
+    explicit Meter(pid_t pid)
+        : program_(OpenCounter(pid, PERF_TYPE_HARDWARE, PERF_COUNT_HW_INSTRUCTIONS, true, false)),
+          kernel_(OpenCounter(pid, PERF_TYPE_HARDWARE, PERF_COUNT_HW_INSTRUCTIONS, false, true)),
+          switches_(
+              OpenCounter(pid, PERF_TYPE_SOFTWARE, PERF_COUNT_SW_CONTEXT_SWITCHES, true, true)),
+          calls_("/proc/" + std::to_string(pid) + "/io") {}
 
-    bool Counts() const {
-        return *std::min_element(files_.begin(), files_.end()) >= 0;
-    }
+    [[nodiscard]] bool Works() const { return program_ >= 0 && kernel_ >= 0 && switches_ >= 0; }
 
     // What was counted since the last call.
-    ::Counts Take() {
-        ::Counts now{};
-        for (int i = 0; i < kCounters; ++i) {
-            if (read(files_[i], &now[i], sizeof now[i]) != sizeof now[i]) {
-                std::puts("a counter cannot be read");
-            }
-        }
-        const ::Counts passed = now - last_;
+    Counts Take() {
+        const Counts now{Value(program_), Value(kernel_), Value(switches_), Reads()};
+        const Counts passed = now - last_;
         last_ = now;
         return passed;
     }
 
   private:
-    std::array<int, kCounters> files_{};
-    ::Counts last_{};
+    static std::uint64_t Value(int counter) {
+        std::uint64_t value = 0;
+        if (read(counter, &value, sizeof value) != sizeof value) {
+            std::cout << "a counter cannot be read\n";
+        }
+        return value;
+    }
+
+    [[nodiscard]] std::uint64_t Reads() const {
+        std::ifstream calls(calls_);
+        std::uint64_t reads = 0;
+        for (std::string word; calls >> word && word != "syscr:";) {
+        }
+        calls >> reads;
+        return reads;
+    }
+
+    int program_;
+    int kernel_;
+    int switches_;
+    std::string calls_;
+    Counts last_;
 };
 
 void Print(const std::string& what, const Counts& counts) {
-    std::printf("%s: program %llu kernel %llu switches %llu\n", what.c_str(),
-                static_cast<unsigned long long>(counts[kProgram]),
-                static_cast<unsigned long long>(counts[kKernel]),
-                static_cast<unsigned long long>(counts[kSwitches]));
+    std::cout << what << ": program " << counts.program << " kernel " << counts.kernel
+              << " switches " << counts.switches << '\n';
 }
 
 void PrintMemory(pid_t pid) {
@@ -95,11 +112,11 @@ void PrintMemory(pid_t pid) {
     std::ifstream status(folder + "/status");
     for (std::string line; std::getline(status, line);) {
         if (line.starts_with("VmHWM")) {
-            std::puts(line.c_str());
+            std::cout << line << '\n';
         }
     }
     const std::filesystem::directory_iterator files(folder + "/fd");
-    std::printf("descriptors: %d\n", static_cast<int>(std::distance(begin(files), end(files))));
+    std::cout << "descriptors: " << std::distance(begin(files), end(files)) << '\n';
 }
 
 // Follows the console, and books what was counted to the step that its lines announce.
@@ -107,19 +124,20 @@ class Account {
   public:
     explicit Account(Meter& meter) : meter_(meter) {}
 
-    bool Done() const { return measurement_ > kMeasured; }
+    [[nodiscard]] bool Done() const { return measurement_ > kMeasured; }
 
     void Quiet() {
         const Counts passed = meter_.Take();
-        if (quiet_) {
-            rest_ = std::min(rest_, passed);
+        // The first one may still hold what the last line's step did.
+        if (quiet_ && (!rest_ || passed.kernel < rest_->kernel)) {
+            rest_ = passed;
         }
         quiet_ = true;
-        span_ += passed;
+        span_ = span_ + passed;
     }
 
     void Line(const std::string& line) {
-        span_ += meter_.Take();
+        span_ = span_ + meter_.Take();
         quiet_ = false;
         if (!started_) {
             started_ = true;
@@ -134,7 +152,10 @@ class Account {
     void PrintSums() const {
         Print("a measurement outside step 11", others_);
         Print("a measurement in step 11", search_);
-        Print("at rest, 200 ms", rest_);
+        // All but four or so of them are looks at the home sensor.
+        Print("of it for each read",
+              {search_.program / search_.reads, search_.kernel / search_.reads});
+        Print("at rest, 200 ms", rest_.value_or(Counts{}));
     }
 
   private:
@@ -148,7 +169,8 @@ class Account {
             Book("from there to step 1");
         }
         if (measurement_ == kMeasured) {
-            (step_ == kSearchStep ? search_ : others_) += span_;
+            Counts& sum = step_ == kSearchStep ? search_ : others_;
+            sum = sum + span_;
             Book("step " + std::to_string(step_));
         }
         span_ = {};
@@ -161,11 +183,13 @@ class Account {
     bool quiet_ = false;
     int step_ = 0;
     int measurement_ = 0;
-    Counts span_{};
-    Counts others_{};
-    Counts search_{};
-    Counts rest_{~0ULL, ~0ULL, ~0ULL};
+    Counts span_;
+    Counts others_;
+    Counts search_;
+    std::optional<Counts> rest_;
 };
+
+using Pipe = std::array<int, 2>;
 
 pid_t Start(const char* program, int console, int go) {
     const pid_t pid = fork();
@@ -184,17 +208,17 @@ void Follow(int console, Account& account) {
     std::string text;
     while (!account.Done()) {
         pollfd waited{console, POLLIN, 0};
-        char piece[512];
+        std::array<char, 512> piece{};
         if (poll(&waited, 1, kQuietMilliseconds) == 0) {
             account.Quiet();
             continue;
         }
-        const ssize_t size = read(console, piece, sizeof piece);
+        const ssize_t size = read(console, piece.data(), piece.size());
         if (size <= 0) {
             return;
         }
-        text.append(piece, static_cast<std::size_t>(size));
-        for (std::size_t end; (end = text.find('\n')) != std::string::npos;) {
+        text.append(piece.data(), static_cast<std::size_t>(size));
+        for (std::size_t end = 0; (end = text.find('\n')) != std::string::npos;) {
             account.Line(text.substr(0, end));
             text.erase(0, end + 1);
         }
@@ -204,9 +228,9 @@ void Follow(int console, Account& account) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    int console[2];
-    int go[2];
-    if (argc != 2 || pipe2(console, O_CLOEXEC) != 0 || pipe2(go, O_CLOEXEC) != 0) {
+    Pipe console{};
+    Pipe go{};
+    if (argc != 2 || pipe2(console.data(), O_CLOEXEC) != 0 || pipe2(go.data(), O_CLOEXEC) != 0) {
         return 2;
     }
     const pid_t pid = Start(argv[1], console[1], go[0]);
@@ -215,7 +239,7 @@ int main(int argc, char* argv[]) {
     const sched_param first{1};
     sched_setscheduler(0, SCHED_FIFO, &first);
     Meter meter(pid);
-    if (!meter.Counts()) {
+    if (!meter.Works()) {
         std::perror("no counters");
         kill(pid, SIGKILL);
         return 1;
