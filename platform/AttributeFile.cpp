@@ -6,8 +6,8 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstddef>
+#include <memory>
 
 namespace tavrelin {
 
@@ -50,12 +50,13 @@ std::optional<std::string> ReadAttributeWord(const std::string& path) {
     if (!file.IsOpen()) {
         return std::nullopt;
     }
-    std::array<char, kAttributePage> page{};
-    const ssize_t length = ::read(file.Get(), page.data(), page.size());
+    // Not cleared: mostly a digit comes.
+    const auto page = std::make_unique_for_overwrite<char[]>(kAttributePage);
+    const ssize_t length = ::read(file.Get(), page.get(), kAttributePage);
     if (length <= 0) {
         return std::string();
     }
-    return FirstWord({page.data(), static_cast<std::size_t>(length)});
+    return FirstWord({page.get(), static_cast<std::size_t>(length)});
 }
 
 } // namespace tavrelin

@@ -16,7 +16,7 @@ bool is_mounted(const mntent*& entry, const std::string& path) {
     mntent record{};
     while ((entry = ::getmntent_r(table.get(), &record, text.data(), kMountEntryText)) != nullptr) {
         // Contained, not equal: the card counts as mounted wherever its directory's name appears.
-        if (std::string(entry->mnt_dir).find(path) != std::string::npos) {
+        if (std::string_view(entry->mnt_dir).find(path) != std::string_view::npos) {
             return true;
         }
     }
