@@ -31,7 +31,8 @@ bool RestoreLine(Board& board, std::istream& words) {
         return false;
     }
     board.lines.At(*number).exported = ownership == kExported;
-    return board.lines.SetDirection(*number, drive) == 0 && board.lines.SetEdge(*number, edge) == 0;
+    // The edge first: an output that watches edges is one that was an input before.
+    return board.lines.SetEdge(*number, edge) == 0 && board.lines.SetDirection(*number, drive) == 0;
 }
 
 bool RestoreChannel(Board& board, std::istream& words) {
