@@ -29,6 +29,10 @@ bool SysfsResource::IsExported() const {
 }
 
 bool SysfsResource::Export() const {
+    // Named otherwise by its driver, and somebody else's.
+    if (AttributeDirectoryExists(parent_ + "gpio" + number_)) {
+        return false;
+    }
     WriteAttribute(parent_ + "export", number_);
     if (IsExported()) {
         return true;

@@ -39,14 +39,13 @@ package_packages=(
     g++-arm-linux-gnueabihf
     g++-arm-linux-gnueabi
     libcli11-dev
-    libtomlplusplus-dev
     help2man
     sox
     lintian
     fakeroot
     mmdebstrap
 )
-for architecture in "$(dpkg --print-architecture)" armhf armel; do
+for architecture in "$(dpkg --print-architecture 2>/dev/null)" armhf armel; do
     package_packages+=({libstdc++6,libasound2-dev,libtomlplusplus-dev}:"$architecture")
 done
 kernel_packages=(

@@ -75,7 +75,7 @@ bool RestoreState(Board& board, const std::string& text) {
         std::istringstream words(line);
         std::string kind;
         words >> kind;
-        if (kind == "card") {
+        if (line == "card mounted") {
             board.card.mounted = board.card.present;
         } else if (kind == "line" ? !RestoreLine(board, words)
                                   : kind != "channel" || !RestoreChannel(board, words)) {
