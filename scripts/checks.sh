@@ -125,7 +125,7 @@ tidy_below() {
 }
 
 installs() {
-    cmake --install build/default --prefix "$work/prefix" &&
+    build default && cmake --install build/default --prefix "$work/prefix" &&
         "$work/prefix/bin/tavrelin" --version
 }
 
