@@ -27,6 +27,9 @@ struct SysfsNode {
     /// BelowAttribute: missing because what it should lie in is no directory.
     enum class Kind { Missing, BelowAttribute, Directory, Attribute };
 
+    /// A directory, reached through a symbolic link or not.
+    static SysfsNode Directory(bool link = false);
+
     /// 0, or the errno of a call that looks for it.
     int Error() const;
     /// Type and permissions, of the link itself or of what it leads to.
