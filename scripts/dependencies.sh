@@ -6,6 +6,7 @@ build_packages=(
     ninja-build
     libcli11-dev
     libtomlplusplus-dev
+    libsqlite3-dev
     libasound2-dev
     libgtest-dev
     libgmock-dev

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "log/Entry.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tavrelin::daylog {
+
+/// A day's file, or a database of imported ones, with its size in bytes as it was found.
+struct Source {
+    std::string path;
+    std::uint64_t bytes = 0;
+};
+
+/// The sources that the paths name, in their order: of a folder the day's files directly in it, by
+/// name. What is missing or cannot be listed is told by Complain.
+std::vector<Source> FindSources(const std::vector<std::string>& paths);
+
+/// Visits every entry of every source, in their order, and tells on a terminal how far it has come.
+/// What cannot be read is told by Complain; the rest is read all the same.
+void ReadSources(const std::vector<Source>& sources, const Visit& visit);
+
+/// Hands a file on in pieces, from its begin. False when it cannot be read to its end, which
+/// Complain has told.
+bool ReadFile(const std::string& path, const std::function<void(std::string_view)>& take);
+
+/// The last part of a path.
+std::string FileName(const std::string& path);
+
+} // namespace tavrelin::daylog

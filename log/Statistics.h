@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <queue>
+#include <vector>
+
+namespace tavrelin::daylog {
+
+/// Mean, spread and range of numbers, in one pass.
+class Spread {
+  public:
+    void Add(double number);
+
+    std::uint64_t Count() const { return count_; }
+    double Mean() const { return mean_; }
+    double Least() const { return least_; }
+    double Most() const { return most_; }
+    /// Of a sample (n - 1); 0 for fewer than two numbers.
+    double StandardDeviation() const;
+
+  private:
+    std::uint64_t count_ = 0;
+    double mean_ = 0.0;
+    double squares_ = 0.0; ///< of the distances from the mean
+    double least_ = 0.0;
+    double most_ = 0.0;
+};
+
+/// The straight line through points that is nearest to them, in one pass.
+class Trend {
+  public:
+    void Add(double x, double y);
+    /// Change of y with x; 0 while all x are the same.
+    double Slope() const { return squares_ > 0.0 ? products_ / squares_ : 0.0; }
+
+  private:
+    double count_ = 0.0;
+    double meanX_ = 0.0;
+    double meanY_ = 0.0;
+    double squares_ = 0.0;
+    double products_ = 0.0;
+};
+
+/// Spans between measurements in whole seconds: their number by length, and where the longest
+/// began.
+class Cycles {
+  public:
+    /// So many of the longest are kept with their begin.
+    static constexpr std::size_t kKept = 1000;
+
+    struct Span {
+        std::int64_t seconds = 0;
+        std::int64_t begin = 0;
+        auto operator<=>(const Span&) const = default;
+    };
+
+    void Add(std::int64_t seconds, std::int64_t begin);
+
+    bool Empty() const { return lengths_.empty(); }
+    std::int64_t Median() const;
+    std::int64_t Longest() const { return lengths_.rbegin()->first; }
+    std::uint64_t CountAbove(std::int64_t seconds) const;
+    /// Those of the kept ones that are longer, by their begin.
+    std::vector<Span> Above(std::int64_t seconds) const;
+
+  private:
+    std::map<std::int64_t, std::uint64_t> lengths_;
+    std::priority_queue<Span, std::vector<Span>, std::greater<>> longest_;
+};
+
+} // namespace tavrelin::daylog
