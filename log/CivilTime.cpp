@@ -77,7 +77,7 @@ std::optional<CivilSeconds> ParseIsoTime(std::string_view text) {
         second > 59) {
         return std::nullopt;
     }
-    return *date + (hour * 60 + minute) * 60 + second;
+    return *date + CivilSeconds{hour} * 3600 + CivilSeconds{minute} * 60 + second;
 }
 
 } // namespace tavrelin::daylog

@@ -38,7 +38,7 @@ struct Entry {
     std::string_view text;    ///< the line without its end, at most LineParser::kLongestLine of it
     std::uint64_t line = 0;   ///< its number in the file, from 1
 
-    bool IsRecord() const { return kind == Kind::Result || kind == Kind::Sample; }
+    [[nodiscard]] bool IsRecord() const { return kind == Kind::Result || kind == Kind::Sample; }
 };
 
 /// Called for each entry, with the name of its file.

@@ -37,28 +37,34 @@ std::size_t LastTime(std::string_view text) {
     return std::string_view::npos;
 }
 
-bool Take(std::string_view& text, std::string_view expected) {
-    if (text.substr(0, expected.size()) != expected) {
-        return false;
-    }
-    text.remove_prefix(expected.size());
-    return true;
-}
-
-/// Takes a number of one or two digits: its value, at most 99, and how many there were.
+/// A number of one or two digits: its value and how many there were. What follows must be readable.
 struct ShortNumber {
     int value = 0;
-    std::size_t digits = 0;
+    int digits = 0;
 };
 
-ShortNumber TakeShortNumber(std::string_view& text) {
-    ShortNumber number;
-    while (number.digits < 2 && number.digits < text.size() && IsDigit(text[number.digits])) {
-        number.value = number.value * 10 + (text[number.digits] - '0');
-        ++number.digits;
+ShortNumber ReadShortNumber(const char* at) {
+    if (!IsDigit(at[0])) {
+        return {};
     }
-    text.remove_prefix(number.digits);
-    return number;
+    return IsDigit(at[1]) ? ShortNumber{(at[0] - '0') * 10 + (at[1] - '0'), 2}
+                          : ShortNumber{at[0] - '0', 1};
+}
+
+/// Takes a whole number of at most 18 digits; false when there is none.
+bool TakeInteger(std::string_view& text, std::int64_t& number) {
+    constexpr std::size_t most = 18;
+    const bool negative = text.starts_with('-');
+    text.remove_prefix(negative ? 1 : 0);
+    std::size_t digits = 0;
+    number = 0;
+    while (digits < text.size() && digits <= most && IsDigit(text[digits])) {
+        number = number * 10 + (text[digits] - '0');
+        ++digits;
+    }
+    number = negative ? -number : number;
+    text.remove_prefix(digits);
+    return digits > 0 && digits <= most;
 }
 
 bool ParseFigures(std::string_view text, Figures& figures) {
@@ -149,8 +155,20 @@ bool LineParser::ParseRecord(std::string_view line, Entry& entry) {
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
     }
+    // Four readings or so share a second.
+    if (!secondText_.empty() && line.starts_with(secondText_)) {
+        line.remove_prefix(secondText_.size());
+        entry.kind = Entry::Kind::Sample;
+        entry.time = second_;
+        return ParseSample(line, entry);
+    }
+    const std::string_view whole = line;
     if (!ParseTime(line, entry)) {
         return false;
+    }
+    if (entry.kind == Entry::Kind::Sample) {
+        secondText_ = whole.substr(0, whole.size() - line.size());
+        second_ = entry.time;
     }
     return entry.kind == Entry::Kind::Result ? ParseFigures(line, entry.figures)
                                              : ParseSample(line, entry);
@@ -159,65 +177,60 @@ bool LineParser::ParseRecord(std::string_view line, Entry& entry) {
 /// Takes the time with the commas after it, whose kind tells that of the record: a full stop with
 /// two digits each side of it, and three commas, or a colon and one.
 bool LineParser::ParseTime(std::string_view& text, Entry& entry) {
-    if (text.size() < kTimePattern.size()) {
+    constexpr std::size_t shortest = std::string_view("2026-03-07 09:0:0,0,x,,").size();
+    if (text.size() < shortest) {
         return false;
     }
-    if (date_.empty() || std::memcmp(text.data(), date_.data(), kDateLength) != 0) {
+    if (std::memcmp(text.data(), date_.data(), kDateLength) != 0) {
         const auto day = ParseIsoTime(text.substr(0, kDateLength));
         if (!day) {
             return false;
         }
-        date_ = text.substr(0, kDateLength);
+        std::copy_n(text.begin(), kDateLength, date_.begin());
         day_ = *day;
     }
-    text.remove_prefix(kDateLength);
-    if (!Take(text, " ")) {
+    const char* at = text.data() + kDateLength;
+    const ShortNumber hour = ReadShortNumber(at + 1);
+    if (at[0] != ' ' || hour.digits != 2 || hour.value >= 24 || at[3] != ':') {
         return false;
     }
-    const ShortNumber hour = TakeShortNumber(text);
-    if (!Take(text, ":")) {
+    at += 4;
+    const ShortNumber minute = ReadShortNumber(at);
+    at += minute.digits;
+    const bool result = *at == '.';
+    const ShortNumber second = ReadShortNumber(at + 1);
+    const int least = result ? 2 : 1;
+    if ((!result && *at != ':') || minute.digits < least || minute.value >= 60 ||
+        second.digits < least || second.value > 60) {
         return false;
     }
-    const ShortNumber minute = TakeShortNumber(text);
-    const bool result = Take(text, ".");
-    if (!result && !Take(text, ":")) {
-        return false;
-    }
-    const ShortNumber second = TakeShortNumber(text);
-    const std::size_t least = result ? 2 : 1;
+    at += 1 + second.digits;
+    const std::string_view after = result ? ",,," : ",";
+    text.remove_prefix(static_cast<std::size_t>(at - text.data()));
     entry.kind = result ? Entry::Kind::Result : Entry::Kind::Sample;
-    entry.time = day_ + (hour.value * 60 + minute.value) * 60 + second.value;
-    return hour.digits == 2 && hour.value < 24 && minute.digits >= least && minute.value < 60 &&
-           second.digits >= least && second.value < 61 && Take(text, result ? ",,," : ",");
+    entry.time =
+        day_ + CivilSeconds{hour.value} * 3600 + CivilSeconds{minute.value} * 60 + second.value;
+    if (!text.starts_with(after)) {
+        return false;
+    }
+    text.remove_prefix(after.size());
+    return true;
 }
 
 bool LineParser::ParseSample(std::string_view text, Entry& entry) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, entry.reading);
-    if (error != std::errc()) {
+    if (!TakeInteger(text, entry.reading)) {
         return false;
     }
-    text.remove_prefix(static_cast<std::size_t>(rest - text.data()));
-    if (text.size() < 4 || text.front() != ',' || text.substr(text.size() - 2) != ",,") {
-        return false;
+    if (text.empty() || text != tail_) { // most lines are of the same step as the one before
+        // A description may hold nearly anything, but no time: that would be a second record.
+        if (text.size() < 4 || text.front() != ',' || !text.ends_with(",,") ||
+            LastTime(text) != std::string_view::npos) {
+            return false;
+        }
+        tail_ = text;
     }
     entry.step = text.substr(1, text.size() - 3);
-    return KnownStep(entry.step);
-}
-
-/// A description may hold nearly anything, but no time: that would be a second record.
-bool LineParser::KnownStep(std::string_view step) {
-    constexpr std::size_t most = 64;
-    if (std::find(steps_.begin(), steps_.end(), step) != steps_.end()) {
-        return true;
-    }
-    if (LastTime(step) != std::string_view::npos) {
-        return false;
-    }
-    if (steps_.size() < most) {
-        steps_.emplace_back(step);
-    }
     return true;
 }
 

@@ -2,11 +2,11 @@
 
 #include "log/Entry.h"
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tavrelin::daylog {
 
@@ -33,17 +33,18 @@ class LineParser {
     bool ParseRecord(std::string_view line, Entry& entry);
     bool ParseTime(std::string_view& text, Entry& entry);
     bool ParseSample(std::string_view text, Entry& entry);
-    bool KnownStep(std::string_view step);
     void Tell(Entry::Kind kind, std::string_view text);
     void TellRecovered(Entry& entry);
 
     std::function<void(const Entry&)> take_;
     std::uint64_t line_ = 0;
-    std::string rest_; ///< begin of a line that goes on in the next piece
-    std::string head_; ///< begin of a record that another one cut in two
-    std::string date_; ///< of the last record
+    std::string rest_;            ///< begin of a line that goes on in the next piece
+    std::string head_;            ///< begin of a record that another one cut in two
+    std::array<char, 10> date_{}; ///< of the last record
     CivilSeconds day_ = 0;
-    std::vector<std::string> steps_; ///< descriptions met, none with a time in it
+    std::string secondText_; ///< time of the last sample, with its comma
+    CivilSeconds second_ = 0;
+    std::string tail_; ///< what follows the reading of the last sample
 };
 
 } // namespace tavrelin::daylog

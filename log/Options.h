@@ -19,7 +19,7 @@ struct Options {
     std::optional<CivilSeconds> measurement; ///< the time of its result record
     int (*run)(const Options& options) = nullptr;
 
-    bool Selects(CivilSeconds time) const {
+    [[nodiscard]] bool Selects(CivilSeconds time) const {
         return (!from || time >= *from) && (!to || time < *to);
     }
 };

@@ -24,7 +24,7 @@ void Progress::Add(std::uint64_t bytes) {
     const std::chrono::duration<double> elapsed = Clock::now() - begin_;
     std::cerr << "\r" << std::min<std::uint64_t>(done_ * 100 / total_, 100) << " %, "
               << done_ / megabyte << " MB, "
-              << static_cast<std::uint64_t>(static_cast<double>(done_ / megabyte) / elapsed.count())
+              << static_cast<std::uint64_t>(static_cast<double>(done_) / elapsed.count() / 1e6)
               << " MB/s\033[K" << std::flush;
     shown_ = true;
     next_ = Clock::now() + std::chrono::milliseconds(200);

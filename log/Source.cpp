@@ -83,7 +83,7 @@ std::vector<Source> FindSources(const std::vector<std::string>& paths) {
 }
 
 bool ReadFile(const std::string& path, const std::function<void(std::string_view)>& take) {
-    constexpr std::size_t pieceSize = 1 << 18;
+    constexpr std::size_t pieceSize = 1 << 16;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
                                                                std::fclose);
     if (!file) {

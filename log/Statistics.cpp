@@ -29,9 +29,11 @@ void Trend::Add(double x, double y) {
 
 void Cycles::Add(std::int64_t seconds, std::int64_t begin) {
     ++lengths_[seconds];
-    longest_.push({seconds, begin});
-    if (longest_.size() > kKept) {
+    if (longest_.size() < kKept) {
+        longest_.push({seconds, begin});
+    } else if (Span{seconds, begin} > longest_.top()) {
         longest_.pop();
+        longest_.push({seconds, begin});
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <queue>
+#include <tuple>
 #include <vector>
 
 namespace tavrelin::daylog {
@@ -13,12 +14,12 @@ class Spread {
   public:
     void Add(double number);
 
-    std::uint64_t Count() const { return count_; }
-    double Mean() const { return mean_; }
-    double Least() const { return least_; }
-    double Most() const { return most_; }
+    [[nodiscard]] std::uint64_t Count() const { return count_; }
+    [[nodiscard]] double Mean() const { return mean_; }
+    [[nodiscard]] double Least() const { return least_; }
+    [[nodiscard]] double Most() const { return most_; }
     /// Of a sample (n - 1); 0 for fewer than two numbers.
-    double StandardDeviation() const;
+    [[nodiscard]] double StandardDeviation() const;
 
   private:
     std::uint64_t count_ = 0;
@@ -33,7 +34,7 @@ class Trend {
   public:
     void Add(double x, double y);
     /// Change of y with x; 0 while all x are the same.
-    double Slope() const { return squares_ > 0.0 ? products_ / squares_ : 0.0; }
+    [[nodiscard]] double Slope() const { return squares_ > 0.0 ? products_ / squares_ : 0.0; }
 
   private:
     double count_ = 0.0;
@@ -53,17 +54,20 @@ class Cycles {
     struct Span {
         std::int64_t seconds = 0;
         std::int64_t begin = 0;
-        auto operator<=>(const Span&) const = default;
+        bool operator==(const Span&) const = default;
+        bool operator>(const Span& other) const {
+            return std::tie(seconds, begin) > std::tie(other.seconds, other.begin);
+        }
     };
 
     void Add(std::int64_t seconds, std::int64_t begin);
 
-    bool Empty() const { return lengths_.empty(); }
-    std::int64_t Median() const;
-    std::int64_t Longest() const { return lengths_.rbegin()->first; }
-    std::uint64_t CountAbove(std::int64_t seconds) const;
+    [[nodiscard]] bool Empty() const { return lengths_.empty(); }
+    [[nodiscard]] std::int64_t Median() const;
+    [[nodiscard]] std::int64_t Longest() const { return lengths_.rbegin()->first; }
+    [[nodiscard]] std::uint64_t CountAbove(std::int64_t seconds) const;
     /// Those of the kept ones that are longer, by their begin.
-    std::vector<Span> Above(std::int64_t seconds) const;
+    [[nodiscard]] std::vector<Span> Above(std::int64_t seconds) const;
 
   private:
     std::map<std::int64_t, std::uint64_t> lengths_;

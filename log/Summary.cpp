@@ -27,9 +27,9 @@ class Findings {
             text_ += "  " + line + "\n";
         }
     }
-    std::uint64_t Count() const { return count_; }
+    [[nodiscard]] std::uint64_t Count() const { return count_; }
     /// Nothing when there are none.
-    std::string Text(const std::string& title) const {
+    [[nodiscard]] std::string Text(const std::string& title) const {
         const auto shown = static_cast<std::uint64_t>(std::count(text_.begin(), text_.end(), '\n'));
         return count_ == 0
                    ? ""
@@ -94,7 +94,7 @@ class Report {
 
     void Print() const;
 
-    bool FoundSomething() const {
+    [[nodiscard]] bool FoundSomething() const {
         return broken_.Count() + flagged_.Count() > 0 ||
                (!all_.cycles.Empty() && all_.cycles.CountAbove(2 * all_.cycles.Median()) > 0);
     }

@@ -5,6 +5,7 @@
 #include "log/Zone.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <iostream>
 
 namespace {
@@ -118,9 +119,7 @@ void AddCommands(CLI::App& app, Options& options) {
         .Zone();
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     CLI::App app("Reads the days' files that the instrument leaves on its card.");
     app.name("tavrelin-log");
     app.require_subcommand(1);
@@ -139,4 +138,15 @@ int main(int argc, char** argv) {
     }
     std::ios::sync_with_stdio(false);
     return options.run(options);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (...) {
+        std::fputs("tavrelin-log: out of memory\n", stderr);
+        return kFound;
+    }
 }

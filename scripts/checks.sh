@@ -55,7 +55,7 @@ arrows() {
 
 # Needs a configured build folder, for each file's options, but nothing built.
 names() {
-    configure default && files '*.cpp' | grep -E '^\./(app|base|cycle|devices|platform|service|simulator|storage)/' |
+    configure default && files '*.cpp' | grep -E '^\./(app|base|cycle|devices|log|platform|service|simulator|storage)/' |
         grep -v 32.cpp | xargs -P "$(nproc)" -n 4 clang-tidy -p build/default --quiet \
         --extra-arg=-O0 --checks='-*,readability-identifier-naming'
 }
@@ -97,6 +97,10 @@ build_and_test() {
 }
 
 check_default() { build_and_test default; }
+check_fuzz() {
+    hold "fuzz: a minute of random days' files" fuzz.log scripts/fuzz 60
+}
+
 check_asan() { build_and_test asan; }
 check_tsan() { build_and_test tsan; }
 
@@ -109,7 +113,7 @@ tidy_file() {
     fi
 }
 
-check_tidy() { tidy_below app base cycle devices platform service storage; }
+check_tidy() { tidy_below app base cycle devices log platform service storage; }
 check_tidy-rest() { tidy_below bench simulator tests; }
 
 # tidy_below FOLDER...: a line for each source below the folders.

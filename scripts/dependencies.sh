@@ -19,6 +19,11 @@ check_packages=(
     alsa-utils
     systemd
     device-tree-compiler
+    clang
+    libclang-rt-dev
+    mawk
+    python3
+    tzdata
 )
 # Cross compilers, and for the programs that they make what they link and what runs them here.
 arm_packages=(
@@ -28,7 +33,7 @@ arm_packages=(
     qemu-user-static
 )
 for architecture in armhf armel; do
-    arm_packages+=({libstdc++6,libasound2-dev,libgtest-dev,libgmock-dev}:$architecture)
+    arm_packages+=({libstdc++6,libasound2-dev,libsqlite3-dev,libgtest-dev,libgmock-dev}:$architecture)
 done
 # Debian packages: what builds them for each board, looks at them and tries them.
 package_packages=(
@@ -47,7 +52,7 @@ package_packages=(
     mmdebstrap
 )
 for architecture in "$(dpkg --print-architecture 2>/dev/null)" armhf armel; do
-    package_packages+=({libstdc++6,libasound2-dev,libtomlplusplus-dev}:"$architecture")
+    package_packages+=({libstdc++6,libasound2-dev,libsqlite3-dev,libtomlplusplus-dev}:"$architecture")
 done
 kernel_packages=(
     "${build_packages[@]}"
@@ -56,6 +61,7 @@ kernel_packages=(
     gcc-arm-linux-gnueabihf
     g++-arm-linux-gnueabihf
     libasound2-dev:armhf
+    libsqlite3-dev:armhf
     make
     fdisk
     dosfstools
