@@ -24,7 +24,7 @@ class Command {
 
     Command&
     Paths(const std::string& help = "Days' files, folders of them, databases that import made") {
-        command_->add_option("PATH", options_.paths, help)->required();
+        command_->add_option("PATH", options_.paths, help)->required()->type_name("");
         return *this;
     }
     Command& Json() {

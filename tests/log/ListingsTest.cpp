@@ -1,4 +1,5 @@
 #include "tests/log/LogProgram.h"
+#include "tests/support/GoldenFile.h"
 #include "tests/support/Places.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
@@ -133,14 +134,21 @@ TEST(LogUsage, IsHeldInOneLine) {
     }
 }
 
-TEST(LogHelp, NamesEveryCommand) {
-    const CommandResult run = RunLog({"--help"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.error, "");
-    for (const char* command : {"results", "samples", "summary"}) {
-        EXPECT_THAT(run.output, HasSubstr(std::string("\n  ") + command + " "));
-        EXPECT_EQ(RunLog({command, "--help"}).status, 0);
+TEST(LogHelp, IsThereForEveryCommand) {
+    const CommandResult help = RunLog({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.error, "");
+    std::string transcript = "$ tavrelin-log --help\n" + help.output;
+    const std::string_view all = help.output;
+    const std::string title = "Subcommands:\n";
+    const std::size_t begin = all.find(title) + title.size();
+    for (const std::string& line : LinesOf(all.substr(begin, all.find("\n\n", begin) - begin))) {
+        const std::string command = line.substr(2, line.find(' ', 2) - 2);
+        const CommandResult more = RunLog({command, "--help"});
+        EXPECT_EQ(more.status, 0) << command;
+        transcript += "\n$ tavrelin-log " + command + " --help\n" + more.output;
     }
+    EXPECT_TRUE(MatchesGoldenFile(transcript, "log/golden/help.txt"));
 }
 
 } // namespace
