@@ -40,7 +40,7 @@ void Board::Settle() {
 
 void Board::AdvanceTo(Nanoseconds moment) {
     for (Nanoseconds next = NextEvent(); next <= moment; next = NextEvent()) {
-        now_ = std::max(now_, next);
+        PassTo(next);
         FollowFlag();
         while (!agenda_.empty() && agenda_.begin()->first <= now_) {
             const auto action = std::move(agenda_.begin()->second);
@@ -48,7 +48,17 @@ void Board::AdvanceTo(Nanoseconds moment) {
             action();
         }
     }
-    now_ = std::max(now_, moment);
+    PassTo(moment);
+}
+
+void Board::PassTo(Nanoseconds moment) {
+    if (moment <= now_) {
+        return;
+    }
+    if (onPass) {
+        onPass(moment);
+    }
+    now_ = moment;
 }
 
 void Board::Happen(const WorldEvent& event) {
@@ -106,6 +116,9 @@ void Board::OutputsChanged() {
         turning ? static_cast<Nanoseconds>(std::min<std::uint64_t>(pulses.period, kNever)) : 0);
     cell.SetValve(now_, ValveOpen());
     cell.SetStirring(now_, Stirring(), shaft.StepsTurned(now_));
+    if (onOutputs) {
+        onOutputs();
+    }
 }
 
 bool Board::ValveOpen() const {

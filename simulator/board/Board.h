@@ -61,6 +61,10 @@ class Board {
 
     /// Called for everything that happens by itself: what, and the data that goes with it.
     std::function<void(const std::string& what, const std::string& data)> onEvent;
+    /// Called after lines and channels have acted on pump, stirrer, valve and lamp.
+    std::function<void()> onOutputs;
+    /// Called before time goes on to a moment until which nothing happens.
+    std::function<void(Nanoseconds until)> onPass;
 
     Nanoseconds Now() const { return now_; }
     /// Lets time pass, with all that happens on the way in its order; a moment in the past changes
@@ -97,6 +101,7 @@ class Board {
 
   private:
     void Happen(const WorldEvent& event);
+    void PassTo(Nanoseconds moment);
     void OutputsChanged();
     void FollowFlag();
     std::int32_t DetectorReading();

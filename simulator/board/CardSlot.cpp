@@ -62,13 +62,11 @@ int CardSlot::Write(std::int64_t bytes) {
     if (!Healthy()) {
         return EIO;
     }
-    if (freeBytes < 0) {
-        return 0;
-    }
-    if (bytes > freeBytes) {
+    if (freeBytes >= 0 && bytes > freeBytes) {
         return ENOSPC;
     }
-    freeBytes -= bytes;
+    freeBytes -= freeBytes < 0 ? 0 : bytes;
+    written_ += bytes;
     return 0;
 }
 

@@ -48,10 +48,13 @@ class CardSlot : public CardState {
     /// Takes the space of a write as a whole or not at all: 0, EIO on a pulled card, ENOSPC on a
     /// full one.
     int Write(std::int64_t bytes);
+    /// Bytes that the card took since the start.
+    std::int64_t Written() const { return written_; }
 
   private:
     bool mountedForReading_ = false;
     bool stale_ = false; ///< the card was pulled while it was mounted
+    std::int64_t written_ = 0;
     Nanoseconds removedAt_ = -kRemovalNoticed;
 };
 

@@ -12,12 +12,18 @@ void Converter::Receive(Nanoseconds now, std::span<const std::uint8_t> wire) {
     startedAt_ = now;
     shift_.clear();
     shifted_ = 0;
+    if (onCommand) {
+        onCommand(command_);
+    }
 }
 
 void Converter::Send(Nanoseconds now, std::span<std::uint8_t> wire) {
     for (std::uint8_t& byte : wire) {
         if (shifted_ == shift_.size()) {
             const std::uint32_t word = NextWord(now);
+            if (onWord) {
+                onWord(word);
+            }
             shift_ = {static_cast<std::uint8_t>(word >> 24U),
                       static_cast<std::uint8_t>(word >> 16U), static_cast<std::uint8_t>(word >> 8U),
                       static_cast<std::uint8_t>(word)};
@@ -37,6 +43,11 @@ std::uint32_t Converter::NextWord(Nanoseconds now) {
         return command_;
     }
     return ResultWord(detector(now));
+}
+
+std::int32_t Converter::Reading(std::uint32_t word) {
+    const auto low = static_cast<std::int32_t>((word >> 5U) & 0xFFFFFFU);
+    return (word >> 29U & 1U) != 0 ? low : low - (1 << 24);
 }
 
 std::uint32_t Converter::ResultWord(std::int32_t reading) {

@@ -22,6 +22,9 @@ class Converter {
 
     /// Gives the detector's reading in counts at a moment; set by the board.
     std::function<std::int32_t(Nanoseconds now)> detector;
+    /// Called with each command that comes in, and each word that begins to go out.
+    std::function<void(std::uint32_t command)> onCommand;
+    std::function<void(std::uint32_t word)> onWord;
 
     /// Result words to answer with instead of measured ones, one per read, in order.
     void AnswerWith(const std::vector<std::uint32_t>& words) {
@@ -31,6 +34,8 @@ class Converter {
     void Receive(Nanoseconds now, std::span<const std::uint8_t> wire);
     void Send(Nanoseconds now, std::span<std::uint8_t> wire);
 
+    /// The reading that a result word stands for.
+    static std::int32_t Reading(std::uint32_t word);
     /// The result word that stands for a reading; readings beyond 24 bits are held at the end of
     /// the range.
     static std::uint32_t ResultWord(std::int32_t reading);

@@ -18,7 +18,7 @@ std::int64_t PumpShaft::Position(Nanoseconds now) const {
 }
 
 bool PumpShaft::OnFlag(Nanoseconds now) const {
-    const std::int64_t step = Position(now) % kStepsPerTurn;
+    const std::int64_t step = StepOfTurn(now);
     return flagSeen_ && step >= kFlagFirstStep && step < kFlagFirstStep + kFlagSteps;
 }
 

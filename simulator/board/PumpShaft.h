@@ -27,6 +27,8 @@ class PumpShaft {
     void SetPulsePeriod(Nanoseconds now, Nanoseconds period);
     /// Whole steps turned since the start.
     std::int64_t StepsTurned(Nanoseconds now) const { return Position(now) - startStep_; }
+    /// The step of the turn, 0 to 1599.
+    std::int64_t StepOfTurn(Nanoseconds now) const { return Position(now) % kStepsPerTurn; }
     bool Turning() const { return period_ != 0; }
     /// True while the flag stands in the sensor.
     bool OnFlag(Nanoseconds now) const;

@@ -6,7 +6,9 @@ namespace sim {
 
 // Which line and channel of the controller goes where on the board. Kernel line number: port * 32 +
 // bit.
-inline constexpr unsigned kPumpEnableLine = 0 * 32 + 2;     // A2, low: driver chip enabled
+inline constexpr unsigned kPumpEnableLine = 0 * 32 + 2;    // A2, low: driver chip enabled
+inline constexpr unsigned kPumpDirectionLine = 0 * 32 + 3; // A3
+inline constexpr std::array<unsigned, 3> kPumpCurrentLines{0 * 32 + 4, 0 * 32 + 5, 0 * 32 + 6};
 inline constexpr unsigned kStirrerEnableLine = 1 * 32 + 15; // B15, low: driver chip enabled
 inline constexpr unsigned kHomeSensorLine = 1 * 32 + 18;    // B18, low: the flag is in the sensor
 

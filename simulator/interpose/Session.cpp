@@ -47,7 +47,7 @@ std::uint32_t OpenDescriptors() {
 class Session {
   public:
     Session(const RunOptions& options, RunReport& report)
-        : report_(report), simulation_(options, &report.events) {
+        : report_(report), simulation_(options, &report.files) {
         simulation_.end.how = [this](Ending ending, const std::string& text) {
             EndEarly(ending, text);
         };
@@ -86,6 +86,7 @@ class Session {
 
     void Finish(Ending ending, const std::string& text) {
         simulation_.events.Finish();
+        simulation_.waves.Finish();
         report_.boardTime = simulation_.board.Now();
         report_.steps = simulation_.console.Steps();
         report_.measurements = simulation_.console.Measurements();

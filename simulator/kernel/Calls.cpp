@@ -64,6 +64,10 @@ long Calls::Strike(std::string_view call, std::string_view path) {
     if (error != 0) {
         events.Add(call, path.empty() ? "-" : path, Outcome(error));
     }
+    if (fault != nullptr && onFault) {
+        onFault(call, path,
+                error != 0 ? Outcome(error) : std::to_string(cut_.value_or(0)) + " bytes");
+    }
     return error;
 }
 

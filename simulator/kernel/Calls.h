@@ -37,6 +37,9 @@ class Calls : public Machine {
         : Machine(machine), faults(setup), costs_(costs) {}
 
     Faults faults;
+    /// Called when a fault meets a call: the call, its path, and the error or how many bytes move.
+    std::function<void(std::string_view call, std::string_view path, const std::string& what)>
+        onFault;
     std::optional<std::uint64_t> limit; ///< the run ends before the call after so many
 
     /// Lets a call in: it is counted, takes its time, gives others their chance and meets its

@@ -1,11 +1,7 @@
 #include "simulator/kernel/EventLog.h"
 
-#include "simulator/libc/Real.h"
-
 #include <algorithm>
 #include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -19,19 +15,6 @@ std::string AsWord(const std::string& path) {
 }
 
 } // namespace
-
-EventLog::~EventLog() {
-    Finish();
-    if (file_ >= 0) {
-        real::close(file_);
-    }
-}
-
-bool EventLog::WriteTo(const std::string& path, EventBuffer& buffer) {
-    buffer_ = &buffer;
-    file_ = real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    return file_ >= 0;
-}
 
 void EventLog::Add(std::string_view operation, std::string_view path, std::string_view data) {
     if (Active()) {
@@ -49,7 +32,7 @@ void EventLog::Record(Event event) {
     if (keeping_) {
         kept_.push_back(event);
     }
-    if (file_ < 0) {
+    if (!file_.IsOpen()) {
         return;
     }
     if (event.operation == "read" && last_.operation == "read" && event.thread == last_.thread &&
@@ -59,7 +42,7 @@ void EventLog::Record(Event event) {
         return;
     }
     EndRepeats();
-    Put(Line(event));
+    file_.Put(Line(event));
     last_ = std::move(event);
 }
 
@@ -70,50 +53,19 @@ void EventLog::EndRepeats() {
     Event again = last_;
     again.at = repeatedAt_;
     again.data += " again " + std::to_string(repeats_) + (repeats_ == 1 ? " time" : " times");
-    Put(Line(again));
+    file_.Put(Line(again));
     repeats_ = 0;
 }
 
 void EventLog::Abandon() {
     keeping_ = false;
-    file_ = -1;
+    file_.Abandon();
     repeats_ = 0;
 }
 
 void EventLog::Finish() {
     EndRepeats();
-    Flush();
-}
-
-void EventLog::Flush() {
-    if (file_ >= 0) {
-        WriteOut({buffer_->text.data(), buffer_->used});
-    }
-}
-
-void EventLog::Put(std::string_view text) {
-    if (text.size() > EventBuffer::kSize - buffer_->used) {
-        Flush();
-    }
-    if (text.size() > EventBuffer::kSize) {
-        WriteOut(text);
-        return;
-    }
-    std::copy(text.begin(), text.end(), buffer_->text.begin() + buffer_->used);
-    buffer_->used += static_cast<std::uint32_t>(text.size());
-}
-
-void EventLog::WriteOut(std::string_view text) {
-    const std::uint64_t size = text.size();
-    while (!text.empty()) {
-        const ssize_t written = real::write(file_, text.data(), text.size());
-        if (written <= 0) {
-            break;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    buffer_->used = 0; // first: a run may be stopped between any two of these lines
-    buffer_->offset += size;
+    file_.Flush();
 }
 
 std::string EventLog::Quoted(std::string_view text) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/board/Nanoseconds.h"
-#include "simulator/kernel/EventBuffer.h"
+#include "simulator/kernel/BufferedFile.h"
 
 #include <functional>
 #include <string>
@@ -30,16 +30,16 @@ class EventLog {
     EventLog() = default;
     EventLog(const EventLog&) = delete;
     EventLog& operator=(const EventLog&) = delete;
-    ~EventLog();
+    ~EventLog() { Finish(); }
 
     /// Writes to a file from now on, replacing it, by way of a buffer that lives as long as this
     /// object; false when the file cannot be opened.
-    bool WriteTo(const std::string& path, EventBuffer& buffer);
+    bool WriteTo(const std::string& path, FileBuffer& buffer) { return file_.Open(path, buffer); }
     /// Keeps the events in memory from now on, repeated reads one by one.
     void Keep() { keeping_ = true; }
     const std::vector<Event>& Kept() const { return kept_; }
     void Clear() { kept_.clear(); }
-    bool Active() const { return keeping_ || file_ >= 0; }
+    bool Active() const { return keeping_ || file_.IsOpen(); }
 
     void Add(std::string_view operation, std::string_view path, std::string_view data = "-");
     /// The same, told of the world instead of a thread.
@@ -47,7 +47,7 @@ class EventLog {
     /// Writes nothing more: the file is another process's.
     void Abandon();
     /// Hands all lines to the file, but the end of repeats that may go on.
-    void Flush();
+    void Flush() { file_.Flush(); }
     /// Hands everything to the file: there will be no more.
     void Finish();
 
@@ -58,13 +58,10 @@ class EventLog {
   private:
     void Record(Event event);
     void EndRepeats();
-    void Put(std::string_view text);
-    void WriteOut(std::string_view text);
 
-    int file_ = -1;
+    BufferedFile file_;
     bool keeping_ = false;
     std::vector<Event> kept_;
-    EventBuffer* buffer_ = nullptr;
     Event last_;
     Nanoseconds repeatedAt_ = 0;
     std::size_t repeats_ = 0;

@@ -119,7 +119,7 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
         "other than 0, 10 program crashed, 11 deadlock, 12 limit of real time passed, 13 call on "
         "a\n"
         "board path that the simulation does not model, 14 simulation not armed, 15 cannot start,\n"
-        "130 and 143 interrupted.");
+        "or not write to the end, 130 and 143 interrupted.");
     const auto option = [&app](const char* name, auto& value, const char* type, const Check& check,
                                const char* text) {
         return app.add_option(name, value, text)->type_name(type)->check(check);
@@ -156,6 +156,8 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--events", options.run.eventsFile, "FILE", CheckPath,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
            "operation, path, data");
+    option("--vcd", options.run.vcdFile, "FILE", CheckPath,
+           "Write the run as waveforms (value changes, IEEE 1364) for GTKWave, sigrok and others");
     option("--io-cost", raw.ioCost, "none|board", CheckCost,
            "Board time that calls take: none, or what a board needs")
         ->capture_default_str();

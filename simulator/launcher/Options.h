@@ -19,7 +19,7 @@ enum class ExitStatus {
     RealTimeLimit = 12,
     Unmodelled = 13,
     NotArmed = 14,
-    CannotStart = 15 ///< program, root folder or file cannot be used
+    CannotStart = 15 ///< program, root folder or file cannot be used, or a file took no more
 };
 
 /// The command line of `simulate`.

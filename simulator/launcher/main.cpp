@@ -8,7 +8,10 @@
 #include "simulator/run/RunRequest.h"
 #include "simulator/run/RunRoot.h"
 
+#include <array>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -70,6 +73,9 @@ sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& 
     if (!options.run.eventsFile.empty()) {
         request.options.eventsFile = fs::absolute(options.run.eventsFile, error);
     }
+    if (!options.run.vcdFile.empty()) {
+        request.options.vcdFile = fs::absolute(options.run.vcdFile, error);
+    }
     if (!options.run.boardFile.empty()) {
         request.options.boardFile = fs::absolute(options.run.boardFile, error);
     }
@@ -118,31 +124,50 @@ bool Writable(const std::string& path) {
     return path.empty() || std::ofstream(path, std::ios::app).is_open();
 }
 
-/// Appends the events that a program which was stopped could not write itself.
-void SaveEvents(const std::string& path, const sim::EventBuffer& rest) {
-    const int file = rest.used == 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
+/// Appends what a program that was stopped could not write itself. False, with a line that says
+/// where the file ends, when it does not hold the whole run.
+bool SaveRest(const std::string& option, const std::string& path, const sim::FileBuffer& rest) {
+    int error = rest.error;
+    const int file = rest.used == 0 || error != 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (file >= 0) {
-        static_cast<void>(
-            pwrite(file, rest.text.data(), rest.used, static_cast<off_t>(rest.offset)) == 0);
+        const auto end = static_cast<off_t>(rest.offset);
+        if (pwrite(file, rest.text.data(), rest.used, end) != static_cast<ssize_t>(rest.used)) {
+            error = ftruncate(file, end) == 0 ? ENOSPC : errno;
+        }
         close(file);
     }
+    if (error != 0) {
+        std::cerr << "simulate: " << option << " " << path << ": " << std::strerror(error)
+                  << " after " << rest.offset << " bytes; the rest of the run is not in it\n";
+    }
+    return error == 0;
 }
 
 /// What is wrong with the files that the run is to write; empty when nothing is.
 std::string OutputProblem(const LauncherOptions& options) {
-    std::error_code ignored;
-    for (const auto& [option, path] : {std::pair{"--events", options.run.eventsFile},
-                                       std::pair{"--board", options.run.boardFile},
-                                       std::pair{"--summary", options.summaryFile}}) {
-        if (!Writable(path)) {
-            return std::string(option) + " " + path +
+    struct Output {
+        std::string option;
+        std::string path;
+        std::string holds;
+    };
+    const std::array outputs{Output{"--events", options.run.eventsFile, "the events"},
+                             Output{"--vcd", options.run.vcdFile, "the waveforms"},
+                             Output{"--board", options.run.boardFile, "the board"},
+                             Output{"--summary", options.summaryFile, "the summary"}};
+    for (const Output& output : outputs) {
+        if (!Writable(output.path)) {
+            return output.option + " " + output.path +
                    ": cannot be written to; takes a file in a folder that is there";
         }
+        for (const Output* other = outputs.data(); other != &output; ++other) {
+            std::error_code ignored;
+            if (fs::equivalent(other->path, output.path, ignored)) {
+                return output.option + " " + output.path + ": holds " + other->holds +
+                       " already; takes another file";
+            }
+        }
     }
-    return fs::equivalent(options.run.eventsFile, options.summaryFile, ignored)
-               ? "--summary " + options.summaryFile +
-                     ": holds the events already; takes another file"
-               : "";
+    return "";
 }
 
 int Run(const LauncherOptions& options, const std::string& program) {
@@ -163,8 +188,13 @@ int Run(const LauncherOptions& options, const std::string& program) {
         end = RunChild(CommandFor(options, program, root.Path(), shared.descriptor),
                        [&] { progress.Update(*shared.report); });
     }
-    SaveEvents(options.run.eventsFile, shared.report->events);
-    const sim::Outcome outcome = Judge(end, *shared.report, options);
+    const sim::RunBuffers& files = shared.report->files;
+    const bool whole = SaveRest("--events", options.run.eventsFile, files.events) &
+                       SaveRest("--vcd", options.run.vcdFile, files.waves);
+    sim::Outcome outcome = Judge(end, *shared.report, options);
+    if (!whole && outcome.status == ExitStatus::AsAsked) {
+        outcome.status = ExitStatus::CannotStart;
+    }
     if (!options.summaryFile.empty() && outcome.status != ExitStatus::BadScenario) {
         std::ofstream(options.summaryFile, std::ios::trunc) << SummaryText(outcome, *shared.report);
     }

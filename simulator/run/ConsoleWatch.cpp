@@ -1,6 +1,7 @@
 #include "simulator/run/ConsoleWatch.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace sim {
@@ -70,6 +71,8 @@ ConsoleWatch::Line ConsoleWatch::ReadLine(std::string_view line) {
     if (Begins(line, kStepTag)) {
         stepShown_ = true;
         ++steps_;
+        line.remove_prefix(kStepTag.size());
+        std::from_chars(line.data(), line.data() + line.size(), stepNumber_);
         if (onStep) {
             onStep(steps_);
         }

@@ -33,6 +33,9 @@ class ConsoleWatch {
     std::string Release();
 
     std::uint64_t Steps() const { return steps_; }
+    /// Number and text of the step under way as the program shows them; 0 before the first.
+    unsigned StepNumber() const { return stepNumber_; }
+    const std::string& StepText() const { return announced_; }
     std::uint64_t Measurements() const { return measurements_; }
 
   private:
@@ -51,6 +54,7 @@ class ConsoleWatch {
     bool stepShown_ = false; ///< the announced step's own line was seen
     std::string announced_;
     std::uint64_t steps_ = 0;
+    unsigned stepNumber_ = 0;
     std::uint64_t measurements_ = 0;
 };
 

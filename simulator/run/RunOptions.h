@@ -32,6 +32,7 @@ struct RunOptions {
     std::int64_t startTime = WallClock::kDefaultStart; ///< seconds since 1970
     std::string root;       ///< folder on this machine for the card's and the mount point's files
     std::string eventsFile; ///< empty: none
+    std::string vcdFile;    ///< the waveforms; empty: none
     std::string boardFile;  ///< what the programs before left on the board; empty: none was before
     bool ioCosts = false;   ///< calls take board time (kernel/Calls.h)
     double pace = 0.0;      ///< board seconds per real second; 0: as fast as it goes

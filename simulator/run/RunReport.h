@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/kernel/EventBuffer.h"
+#include "simulator/kernel/BufferedFile.h"
 #include "simulator/time/RunEnd.h"
 
 #include <atomic>
@@ -18,6 +18,12 @@ struct Footprint {
     std::uint32_t threads = 0;
 };
 
+/// What is on its way to the files of a run.
+struct RunBuffers {
+    FileBuffer events;
+    FileBuffer waves;
+};
+
 /// The page that launcher and program share: the program tells how its run goes.
 struct RunReport {
     /// Footprints are taken at step 200 and every 1700 steps (100 measurements) later, in the same
@@ -30,9 +36,9 @@ struct RunReport {
     std::atomic<std::int64_t> boardTime{0};
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
-    Footprint early;    ///< at footprintStep
-    Footprint late;     ///< the last one
-    EventBuffer events; ///< what is not yet in the event file
+    Footprint early;  ///< at footprintStep
+    Footprint late;   ///< the last one
+    RunBuffers files; ///< what is not yet in them
     char text[8192]{};
     char calls[2048]{}; ///< "name count" lines
     char board[8192]{}; ///< what outlives the program (board/KeptState.h)

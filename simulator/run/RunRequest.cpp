@@ -17,6 +17,7 @@ void EachField(Request& request, Visit visit) {
     visit("start", options.startTime);
     visit("root", options.root);
     visit("events", options.eventsFile);
+    visit("vcd", options.vcdFile);
     visit("board", options.boardFile);
     visit("costs", options.ioCosts);
     visit("pace", options.pace);

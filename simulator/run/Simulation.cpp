@@ -11,8 +11,9 @@ Simulation* living = nullptr;
 
 } // namespace
 
-Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
-    : board(options.scenario.board, options.seed, options.startTime),
+Simulation::Simulation(const RunOptions& options, RunBuffers* buffers)
+    : ownBuffers_(buffers == nullptr ? std::make_unique<RunBuffers>() : nullptr),
+      board(options.scenario.board, options.seed, options.startTime),
       scheduler(options.scenario.threadOrder, options.seed ^ 0x5EEDULL, end),
       timeline(board, scheduler, options.limits.boardTime, options.pace, end),
       kernel(options.scenario.kernel, options.root, options.ioCosts,
@@ -21,14 +22,18 @@ Simulation::Simulation(const RunOptions& options, EventBuffer* eventBuffer)
     kernel.calls.limit = options.limits.calls;
     events.now = [this] { return board.Now(); };
     events.thread = [this] { return scheduler.Current(); };
-    if (!options.eventsFile.empty()) {
-        if (eventBuffer == nullptr) {
-            ownBuffer_ = std::make_unique<EventBuffer>();
-        }
-        if (!events.WriteTo(options.eventsFile,
-                            eventBuffer != nullptr ? *eventBuffer : *ownBuffer_)) {
-            std::abort(); // the launcher has opened it before
-        }
+    RunBuffers& files = buffers != nullptr ? *buffers : *ownBuffers_;
+    const bool writable =
+        (options.eventsFile.empty() || events.WriteTo(options.eventsFile, files.events)) &&
+        (options.vcdFile.empty() || waves.WriteTo(options.vcdFile, files.waves));
+    if (!writable) {
+        std::abort(); // the launcher has opened them before
+    }
+    if (!options.vcdFile.empty()) {
+        kernel.calls.onFault = [this](std::string_view call, std::string_view path,
+                                      const std::string& what) {
+            waves.ShowFault(call, path, what);
+        };
     }
     board.onEvent = [this](const std::string& what, const std::string& data) {
         events.AddWorld(what, "-", data);
@@ -48,13 +53,14 @@ Simulation* Simulation::OfThisThread() {
 
 void Simulation::Leave() {
     events.Abandon();
+    waves.Abandon();
     SetThreadSelf(nullptr);
     living = nullptr;
 }
 
 void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
     const ConsoleWatch::Verdict verdict = console.Read({static_cast<const char*>(data), size});
-    real::fwrite(verdict.show.data(), 1, verdict.show.size(), stream);
+    HandOn(verdict.show, stream);
     if (verdict.limit) {
         SIM_REAL(fflush)(stream);
         end(Ending::LimitReached, std::string(*verdict.limit));
@@ -62,8 +68,12 @@ void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
 }
 
 void Simulation::ShowHeld(FILE* stream) {
-    const std::string held = console.Release();
-    real::fwrite(held.data(), 1, held.size(), stream);
+    HandOn(console.Release(), stream);
+}
+
+void Simulation::HandOn(const std::string& text, FILE* stream) {
+    real::fwrite(text.data(), 1, text.size(), stream);
+    waves.Show(text);
 }
 
 } // namespace sim

@@ -5,6 +5,8 @@
 #include "simulator/kernel/Kernel.h"
 #include "simulator/run/ConsoleWatch.h"
 #include "simulator/run/RunOptions.h"
+#include "simulator/run/RunReport.h"
+#include "simulator/run/Waveform.h"
 #include "simulator/time/RunEnd.h"
 #include "simulator/time/Scheduler.h"
 #include "simulator/time/Timeline.h"
@@ -19,8 +21,8 @@ namespace sim {
 /// that descend from it are scheduled by it and see its board. At most one lives at a time.
 class Simulation {
   public:
-    /// The lines of an event file pass through the given buffer, or through one of its own.
-    explicit Simulation(const RunOptions& options, EventBuffer* eventBuffer = nullptr);
+    /// What goes into files passes through the given buffers, or through some of its own.
+    explicit Simulation(const RunOptions& options, RunBuffers* buffers = nullptr);
     Simulation(const Simulation&) = delete;
     Simulation& operator=(const Simulation&) = delete;
     ~Simulation();
@@ -36,6 +38,10 @@ class Simulation {
     /// Hands on what may have been held back, for a run that ends otherwise.
     void ShowHeld(FILE* stream);
 
+  private:
+    std::unique_ptr<RunBuffers> ownBuffers_;
+
+  public:
     RunEnd end; ///< how is to be set before the program does anything
     EventLog events;
     Board board;
@@ -43,9 +49,10 @@ class Simulation {
     Timeline timeline;
     Kernel kernel;
     ConsoleWatch console;
+    Waveform waves{board, console};
 
   private:
-    std::unique_ptr<EventBuffer> ownBuffer_;
+    void HandOn(const std::string& text, FILE* stream);
 };
 
 } // namespace sim

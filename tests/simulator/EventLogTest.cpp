@@ -6,9 +6,12 @@
 
 #include "tests/support/TestFolder.h"
 
+#include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 
 namespace tavrelin {
 namespace {
@@ -56,7 +59,7 @@ class EventFile : public testing::Test {
     }
 
     TestFolder folder;
-    sim::EventBuffer buffer;
+    sim::FileBuffer buffer;
     std::unique_ptr<EventLog> log;
     sim::Nanoseconds now = 0;
     unsigned thread = 1;
@@ -114,6 +117,25 @@ TEST_F(EventFile, WhatIsNotWrittenYetLiesInTheBuffer) {
     EXPECT_EQ(buffer.offset, 19U);
 }
 
+TEST_F(EventFile, EndsWithAWholeLineWhereTheDiskIsFull) {
+    const std::string line(100, 'x');
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{sim::FileBuffer::kSize + 10'000, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    for (int i = 0; i < 2000; ++i) {
+        log->Add("write", "/a", line);
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    const std::string text = Text();
+    EXPECT_EQ(buffer.error, EFBIG);
+    EXPECT_EQ(text.size(), buffer.offset);
+    EXPECT_GT(text.size(), sim::FileBuffer::kSize - 200);
+    EXPECT_EQ(text.substr(text.size() - 3), "xx\n");
+}
+
 TEST_F(EventFile, AForkedProcessWritesNoMore) {
     log->Add("write", "/a", "first");
     log->Flush();
@@ -124,7 +146,7 @@ TEST_F(EventFile, AForkedProcessWritesNoMore) {
 
 TEST(EventFileOfNowhere, IsRefused) {
     EventLog log;
-    sim::EventBuffer buffer;
+    sim::FileBuffer buffer;
     EXPECT_FALSE(log.WriteTo("/nowhere/events", buffer));
     EXPECT_FALSE(log.Active());
 }

@@ -62,6 +62,7 @@ std::vector<WrongUse> WrongValues() {
         {"--root", "a path", {"", "a\nb"}},
         {"--board", "a path", {""}},
         {"--events", "a path", {""}},
+        {"--vcd", "a path", {"", "a\nb"}},
         {"--summary", "a path", {""}},
         {"--scenario", "a path", {""}}};
     std::vector<WrongUse> uses;

@@ -2,8 +2,10 @@
 
 #include "tests/simulator/Launcher.h"
 
+#include "tests/support/GoldenFile.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
+#include "tests/support/ValueChanges.h"
 
 #include "simulator/run/RunRoot.h"
 
@@ -78,15 +80,38 @@ TEST_F(RunFiles, AFolderOfTheRunsOwnGoesWithIt) {
     EXPECT_TRUE(fs::exists(File("given")));
 }
 
-TEST_F(RunFiles, EventsSummaryAndBoardMustBeWritable) {
-    for (const std::string option : {"--events", "--summary", "--board"}) {
+TEST_F(RunFiles, WhatTheRunWritesMustBeWritable) {
+    for (const std::string option : {"--events", "--vcd", "--summary", "--board"}) {
         for (const std::string path : {"/nowhere/file", "/"}) {
             EXPECT_EQ(Refusal(option, path),
                       "cannot be written to; takes a file in a folder that is there\n");
         }
     }
+}
+
+TEST_F(RunFiles, OneFileHoldsOneThing) {
     EXPECT_EQ(Refusal("--summary", File("same"), {"--events", File("same")}),
               "holds the events already; takes another file\n");
+    EXPECT_EQ(Refusal("--vcd", File("same"), {"--events", File("same")}),
+              "holds the events already; takes another file\n");
+    EXPECT_EQ(Refusal("--summary", folder.Path() + "/./same", {"--vcd", File("same")}),
+              "holds the waveforms already; takes another file\n");
+    EXPECT_EQ(Refusal("--board", File("same"), {"--vcd", File("same")}),
+              "holds the waveforms already; takes another file\n");
+}
+
+TEST_F(RunFiles, AFullDiskIsToldAndEndsNoRun) {
+    for (const std::string option : {"--events", "--vcd"}) {
+        const CommandResult run =
+            SimulateTrouble({"sleep", "5"}, {option, "/dev/full", "--summary", File("summary")});
+        EXPECT_EQ(run.status, kCannotStart);
+        EXPECT_EQ(run.error, "simulate: " + option +
+                                 " /dev/full: No space left on device after 0 bytes; the rest of "
+                                 "the run is not in it\n");
+        EXPECT_THAT(TextOf(File("summary")),
+                    testing::HasSubstr("status = 15\nboard_time_us = 5000\n"));
+    }
+    EXPECT_EQ(SimulateTrouble({"status", "3"}, {"--vcd", "/dev/full"}).status, 4);
 }
 
 TEST_F(RunFiles, AnEventFileIsWrittenAnew) {
@@ -111,6 +136,47 @@ TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
         ASSERT_EQ(event, std::to_string(moment) + " 1 sleep - 60000000 us");
         moment += 60'000'000;
     }
+}
+
+TEST_F(RunFiles, WaveformsAreWholeHoweverTheRunEnds) {
+    const auto waves = [&](const Words& trouble, const Words& options = {}) {
+        WriteText(File("waves"), std::string(10'000, 'x'));
+        Words all{"--vcd", File("waves")};
+        all.insert(all.end(), options.begin(), options.end());
+        SimulateTrouble(trouble, all);
+        const ValueChanges read = ReadValueChanges(TextOf(File("waves")));
+        EXPECT_THAT(read.problems, testing::IsEmpty()) << trouble.front();
+        EXPECT_EQ(read.types.size(), 30U) << trouble.front();
+        return read.end;
+    };
+    EXPECT_EQ(waves({"status", "3"}), 0);
+    EXPECT_EQ(waves({"sleep-again", "300"}, {"--board-time", "1"}), 1'000'000);
+    EXPECT_EQ(waves({"one-mutex-twice"}), 0);
+    waves({"segfault"});
+    waves({"crash-after-export", "7"});
+    waves({"spin"}, {"--real-time", "0.1"});
+}
+
+TEST_F(RunFiles, WaveformsOfAStoppedRunReachItsLastMoment) {
+    const CommandResult run =
+        Simulate({"--vcd", File("waves"), "--pace", "1", "--real-time", "1"}, {Binary("tavrelin")});
+    const ValueChanges read = ReadValueChanges(TextOf(File("waves")));
+    EXPECT_EQ(run.status, 12);
+    EXPECT_THAT(read.problems, testing::IsEmpty());
+    EXPECT_GT(read.values.at("shaft_angle").size(), 50U);
+    EXPECT_GT(read.end, 500'000);
+}
+
+TEST_F(RunFiles, WaveformsOfALauncherThatIsKilledCanBeRead) {
+    const Words run{"timeout", "-s",    "KILL",        "0.5", Binary("simulate"), "--pace",
+                    "real",    "--vcd", File("waves"), "--",  Binary("tavrelin")};
+    EXPECT_EQ(RunCommand(run).status, 128 + 9);
+    EXPECT_THAT(ReadValueChanges(TextOf(File("waves"))).problems, testing::IsEmpty());
+}
+
+TEST_F(RunFiles, WaveformsOfAShortRunAreTheseBytes) {
+    SimulateTrouble({"sleep", "5"}, {"--vcd", File("waves"), "--start", "2040-01-31 23:59:59"});
+    EXPECT_TRUE(MatchesGoldenFile(TextOf(File("waves")), "simulator/golden/waveform.vcd"));
 }
 
 TEST_F(RunFiles, TheBoardIsHandedFromProgramToProgram) {

@@ -63,6 +63,9 @@ RunResult RunInstrument(const Conditions& conditions) {
     AddLimit(command, "--steps", conditions.steps);
     AddLimit(command, "--calls", conditions.calls);
     AddLimit(command, "--board-time", conditions.boardTime);
+    if (conditions.waves) {
+        command.insert(command.end(), {"--vcd", folder.Path("waves")});
+    }
     command.insert(command.end(), {"--", binaries + "/" + conditions.program});
     command.insert(command.end(), conditions.arguments.begin(), conditions.arguments.end());
     const CommandResult result = RunCommand(command);
@@ -70,6 +73,7 @@ RunResult RunInstrument(const Conditions& conditions) {
             .console = result.output,
             .errors = result.error,
             .events = TextOf(events),
+            .waves = TextOf(folder.Path("waves")),
             .summary = TextOf(folder.Path("summary")),
             .left = TextOf(left),
             .card = FilesIn(root + "/card"),

@@ -21,6 +21,7 @@ struct Conditions {
     std::uint64_t seed = 1;
     std::string start = "2026-03-07 09:00:00"; ///< of the clock, in UTC
     std::string ioCost = "none";
+    bool waves = false;    ///< whether RunResult tells them
     std::string left = {}; ///< what earlier programs left on the board, as RunResult tells it
 };
 
@@ -33,6 +34,7 @@ struct RunResult {
     std::string console;                           ///< standard output
     std::string errors;                            ///< standard error
     std::string events;                            ///< what happened on the board
+    std::string waves;                             ///< the board's signals as value changes
     std::string summary;                           ///< figures of the run
     std::string left;                              ///< what outlives the program
     std::map<std::string, std::string> card;       ///< the card's files by their names

@@ -14,13 +14,14 @@ namespace tavrelin {
 namespace {
 
 const Conditions kNoisy = {
-    .scenario = "noisy-detector", .measurements = 2, .seed = 7, .ioCost = "board"};
+    .scenario = "noisy-detector", .measurements = 2, .seed = 7, .ioCost = "board", .waves = true};
 // Told apart, so that a difference shows where it lies.
 void ExpectSame(const RunResult& run, const RunResult& other) {
     EXPECT_EQ(run.status, kEndedAsAsked);
     EXPECT_EQ(FirstDifference(other.console, run.console), "");
     EXPECT_EQ(FirstDifference(other.errors, run.errors), "");
     EXPECT_EQ(FirstDifference(other.events, run.events), "");
+    EXPECT_EQ(FirstDifference(other.waves, run.waves), "");
     EXPECT_EQ(run.card, other.card);
     EXPECT_TRUE(run == other);
 }

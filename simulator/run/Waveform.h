@@ -1,0 +1,69 @@
+#pragma once
+
+#include "simulator/board/Board.h"
+#include "simulator/kernel/BufferedFile.h"
+#include "simulator/run/ConsoleWatch.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sim {
+
+/// Writes a run down as value changes (IEEE 1364), in microseconds of board time: what the board
+/// does and what the program shows. Logic is one-bit wires and figures are reals, because not every
+/// reader knows vectors; texts are of the type "string", which readers know or leave out.
+class Waveform {
+  public:
+    /// Turns of the pump's shaft are written at this interval, and where something changes.
+    static constexpr Nanoseconds kShaftInterval = Milliseconds(5);
+
+    /// Listens to a board that outlives this object.
+    Waveform(Board& board, const ConsoleWatch& console);
+    Waveform(const Waveform&) = delete;
+    Waveform& operator=(const Waveform&) = delete;
+    ~Waveform() { Finish(); }
+
+    /// Begins a file, replacing it, as EventLog::WriteTo does.
+    bool WriteTo(const std::string& path, FileBuffer& buffer);
+    /// What the program has shown on the console.
+    void Show(std::string_view text);
+    /// A fault of the scenario met a call.
+    void ShowFault(std::string_view call, std::string_view path, const std::string& what);
+    /// Writes nothing more: the file is another process's.
+    void Abandon() { file_.Abandon(); }
+    /// Hands everything to the file, up to this moment.
+    void Finish();
+
+  private:
+    void WriteHeader();
+    void NoteOutputs();
+    void NoteShaft(Nanoseconds now);
+    void NoteWorld();
+    void Pass(Nanoseconds until);
+    void ShowLine();
+    void Set(std::size_t variable, double value) {
+        if (values_[variable] != value) {
+            Change(variable, value, board_.Now());
+        }
+    }
+    void Change(std::size_t variable, double value, Nanoseconds moment);
+    void PutValue(std::size_t variable, double value);
+    void PutText(std::size_t variable, std::string_view text);
+    void Stamp() { Stamp(board_.Now()); }
+    void Stamp(Nanoseconds moment);
+
+    Board& board_;
+    const ConsoleWatch& console_;
+    BufferedFile file_;
+    std::vector<double> values_;
+    Nanoseconds stamped_ = 0;    ///< the time that was written last, in microseconds
+    Nanoseconds faultEnds_ = -1; ///< when the fault's pulse ends; negative: there is none
+    std::string stepName_;
+    std::string line_;  ///< of the console, under way
+    std::string shown_; ///< the lines of this very moment
+    Nanoseconds shownAt_ = -1;
+};
+
+} // namespace sim
