@@ -220,6 +220,20 @@ check_package() {
     rm -rf "$work/root"
 }
 
+# What other people's programs read in a run's waveforms.
+check_waveform() {
+    local log=$work/waveform-packages.log before=$failed
+    if ! (require_packages "$log" "${waveform_packages[@]}") >>"$log" 2>&1; then
+        not_run waveform "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
+        return
+    fi
+    hold "build default" default-build.log build default
+    [ "$failed" = "$before" ] || return
+    hold "waveforms: GTKWave's converters and sigrok read what the event log tells, for 15 % of a run at most" \
+        waveform.log scripts/try-waveform "$work/waveform"
+    [ "$failed" != "$before" ] || cat "$work/waveform.log"
+}
+
 # What a real kernel makes of the shipping program, in an emulator.
 check_kernel() {
     local log=$work/kernel-packages.log proof before=$failed

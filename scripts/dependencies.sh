@@ -54,6 +54,12 @@ package_packages=(
 for architecture in "$(dpkg --print-architecture 2>/dev/null)" armhf armel; do
     package_packages+=({libstdc++6,libasound2-dev,libsqlite3-dev,libtomlplusplus-dev}:"$architecture")
 done
+# Programs of others that read the waveforms of a run.
+waveform_packages=(
+    "${build_packages[@]}"
+    gtkwave
+    sigrok-cli
+)
 kernel_packages=(
     "${build_packages[@]}"
     ccache

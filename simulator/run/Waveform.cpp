@@ -3,6 +3,7 @@
 #include "simulator/board/Wiring.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <utility>
@@ -102,8 +103,9 @@ double DutyPercent(const PwmOutput& output) {
                : 0.0;
 }
 
+/// In hertz, to the thousandth.
 double Frequency(const PwmOutput& output) {
-    return output.Pulsing() ? 1e9 / static_cast<double>(output.period) : 0.0;
+    return output.Pulsing() ? std::round(1e12 / static_cast<double>(output.period)) / 1e3 : 0.0;
 }
 
 /// Printable characters but blank and backslash stand for themselves, the rest in octal digits.

@@ -134,7 +134,7 @@ TEST(Waveform, TellsShaftFlagAndHomeSensor) {
     EXPECT_EQ(angles.at(2).first - angles.at(1).first, 5'000);
     EXPECT_THAT(run.waves.values.at("pump_frequency"),
                 testing::Contains(
-                    testing::Field(&ValueChanges::Values::value_type::second, "888.888888889")));
+                    testing::Field(&ValueChanges::Values::value_type::second, "888.889")));
 }
 
 TEST(Waveform, TellsTheCardsMountAndBytes) {
