@@ -1,6 +1,8 @@
 // The waveforms of a run against its event log: the same edges at the same microseconds.
 
 #include "tests/support/InstrumentRun.h"
+#include "tests/support/Places.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 #include "tests/support/ValueChanges.h"
 #include "tests/system/EventLog.h"
@@ -132,9 +134,9 @@ TEST(Waveform, TellsShaftFlagAndHomeSensor) {
         EXPECT_THAT(angles, testing::Contains(testing::Pair(at, "270")));
     }
     EXPECT_EQ(angles.at(2).first - angles.at(1).first, 5'000);
-    EXPECT_THAT(run.waves.values.at("pump_frequency"),
-                testing::Contains(
-                    testing::Field(&ValueChanges::Values::value_type::second, "888.889")));
+    EXPECT_THAT(
+        run.waves.values.at("pump_frequency"),
+        testing::Contains(testing::Field(&ValueChanges::Values::value_type::second, "888.889")));
 }
 
 TEST(Waveform, TellsTheCardsMountAndBytes) {
@@ -210,6 +212,27 @@ TEST(Waveform, BeginsWithDateScaleAndScopesThatEveryReaderTakes) {
     }
     EXPECT_EQ(waves.types.at("pump/shaft_angle"), "real 64");
     EXPECT_EQ(waves.types.at("converter/converting"), "wire 1");
+}
+
+TEST(Waveform, HasEveryVariableInItsDocumentAndInTheSaveFile) {
+    const std::string document = TextOf(InCheckout("docs/simulated-board.md"));
+    const std::string saved = TextOf(InCheckout("docs/instrument.gtkw"));
+    std::size_t known = 0;
+    for (const auto& [name, type] : TwoMeasurements().waves.types) {
+        const std::size_t slash = name.find('/');
+        const std::string scope = name.substr(0, slash);
+        const std::string variable = name.substr(slash + 1);
+        EXPECT_THAT(document, testing::HasSubstr("| `" + scope + "` |"));
+        EXPECT_THAT(document, testing::HasSubstr("`" + variable + "`"));
+        known += saved.find(" board." + scope + "." + variable) != std::string::npos ? 1 : 0;
+    }
+    std::size_t shown = 0;
+    for (std::size_t at = saved.find(" board."); at != std::string::npos;
+         at = saved.find(" board.", at + 1)) {
+        ++shown;
+    }
+    EXPECT_EQ(shown, known);
+    EXPECT_GT(shown, 20U);
 }
 
 TEST(Waveform, EndsWithTheRun) {
