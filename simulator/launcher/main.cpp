@@ -189,8 +189,8 @@ int Run(const LauncherOptions& options, const std::string& program) {
                        [&] { progress.Update(*shared.report); });
     }
     const sim::RunBuffers& files = shared.report->files;
-    const bool whole = SaveRest("--events", options.run.eventsFile, files.events) &
-                       SaveRest("--vcd", options.run.vcdFile, files.waves);
+    bool whole = SaveRest("--events", options.run.eventsFile, files.events);
+    whole = SaveRest("--vcd", options.run.vcdFile, files.waves) && whole;
     sim::Outcome outcome = Judge(end, *shared.report, options);
     if (!whole && outcome.status == ExitStatus::AsAsked) {
         outcome.status = ExitStatus::CannotStart;

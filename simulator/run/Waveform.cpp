@@ -140,12 +140,12 @@ bool Waveform::WriteTo(const std::string& path, FileBuffer& buffer) {
     board_.onPass = [this](Nanoseconds until) { Pass(until); };
     board_.converter.onCommand = [this](std::uint32_t command) {
         Set(ConverterCommand, command >> 16U);
-        Set(Converting, 1.0);
+        SetLevel(Converting, true);
     };
     board_.converter.onWord = [this](std::uint32_t word) {
         Set(ConverterResult, word);
         Set(ConverterCount, Converter::Reading(word));
-        Set(Converting, 0.0);
+        SetLevel(Converting, false);
     };
     return true;
 }
@@ -212,7 +212,8 @@ void Waveform::ShowLine() {
 }
 
 void Waveform::ShowFault(std::string_view call, std::string_view path, const std::string& what) {
-    Set(Fault, 1.0);
+    Stamp(); // first: the pulse before may end with it
+    SetLevel(Fault, true);
     Set(FaultCount, values_[FaultCount] + 1.0);
     PutText(FaultCall, std::string(call) + " " + std::string(path) + " " + what);
     faultEnds_ = stamped_ + 1;
@@ -232,12 +233,12 @@ void Waveform::NoteOutputs() {
         return at.output ? static_cast<double>(at.level) : kUndriven;
     };
     const PwmChip& channels = board_.pwm;
-    Set(LightOn, channels.At(kLampChannel).Pulsing());
+    SetLevel(LightOn, channels.At(kLampChannel).Pulsing());
     Set(LightDuty, DutyPercent(channels.At(kLampChannel)));
-    Set(ValveOpen, board_.ValveOpen());
+    SetLevel(ValveOpen, board_.ValveOpen());
     Set(ValveDuty, DutyPercent(channels.At(kValveChannel)));
     Set(StirrerEnable, level(kStirrerEnableLine));
-    Set(Stirring, board_.Stirring());
+    SetLevel(Stirring, board_.Stirring());
     Set(StirrerFrequency, Frequency(channels.At(kStirrerChannel)));
     Set(PumpEnable, level(kPumpEnableLine));
     Set(PumpDirection, level(kPumpDirectionLine));
@@ -261,9 +262,9 @@ void Waveform::NoteWorld() {
         Set(Flag, 1.0 - values_[Flag]);
         NoteShaft(board_.Now());
     }
-    Set(HomeSensor, board_.lines.At(kHomeSensorLine).level);
-    Set(CardPresent, board_.card.present);
-    Set(CardMounted, board_.card.mounted);
+    SetLevel(HomeSensor, board_.lines.At(kHomeSensorLine).level);
+    SetLevel(CardPresent, board_.card.present);
+    SetLevel(CardMounted, board_.card.mounted);
     Set(CardBytes, static_cast<double>(board_.card.Written()));
 }
 

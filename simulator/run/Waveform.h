@@ -48,6 +48,7 @@ class Waveform {
             Change(variable, value, board_.Now());
         }
     }
+    void SetLevel(std::size_t variable, bool high) { Set(variable, high ? 1.0 : 0.0); }
     void Change(std::size_t variable, double value, Nanoseconds moment);
     void PutValue(std::size_t variable, double value);
     void PutText(std::size_t variable, std::string_view text);

@@ -202,6 +202,15 @@ TEST(Waveform, TellsEveryFaultAsAPulseOfAMicrosecond) {
                 testing::MatchesRegex("write /sys/class/gpio/[A-Za-z0-9/]+ 1 bytes"));
 }
 
+TEST(Waveform, TellsFaultsApartBetweenWhichNothingChanges) {
+    const Recording run({.board = "[[fault]]\ncall = 'setmntent'\nerrno = 'EACCES'\n"
+                                  "repeat = 'forever'\n",
+                         .boardTime = 6});
+    const Moments faults = run.When("setmntent /etc/mtab EACCES");
+    EXPECT_EQ(run.waves.Moments("fault", true), faults);
+    EXPECT_GT(faults.size(), 5U);
+}
+
 TEST(Waveform, BeginsWithDateScaleAndScopesThatEveryReaderTakes) {
     const ValueChanges& waves = TwoMeasurements().waves;
     EXPECT_EQ(waves.notes.at("$date"), "2026-03-07 09:00:00 UTC on the board's clock");
