@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 #include <utility>
 
@@ -116,9 +115,10 @@ std::string Escaped(std::string_view text) {
         if (byte > ' ' && byte < 0x7F && byte != '\\') {
             result += character;
         } else {
-            char digits[8];
-            std::snprintf(digits, sizeof digits, "\\%03o", byte);
-            result += digits;
+            result += '\\';
+            for (const unsigned shift : {6U, 3U, 0U}) {
+                result += static_cast<char>('0' + ((byte >> shift) & 7U));
+            }
         }
     }
     return result;
