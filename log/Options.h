@@ -17,6 +17,15 @@ struct Options {
     std::optional<CivilSeconds> to;          ///< the first moment that no longer counts
     std::string step;                        ///< text in the description of a step
     std::optional<CivilSeconds> measurement; ///< the time of its result record
+    std::string database;                    ///< to import into
+    std::string grab;                        ///< file of grab samples
+    double withinMinutes = 15.0;             ///< between a grab sample and a result
+    double tolerancePercent = 15.0;          ///< of the grab sample's value
+    double tolerance = 0.1;                  ///< at least, in its unit
+    double scale = 1.0;                      ///< chlorine in the user's unit
+    std::string output;                      ///< file of a picture
+    std::string unit = "as calibrated";
+    std::string title;
     int (*run)(const Options& options) = nullptr;
 
     [[nodiscard]] bool Selects(CivilSeconds time) const {
@@ -28,5 +37,8 @@ struct Options {
 int ListResults(const Options& options);
 int ListSamples(const Options& options);
 int Summarize(const Options& options);
+int ImportFiles(const Options& options);
+int VerifyResults(const Options& options);
+int DrawChart(const Options& options);
 
 } // namespace tavrelin::daylog

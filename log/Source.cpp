@@ -1,6 +1,7 @@
 #include "log/Source.h"
 
 #include "log/Complaint.h"
+#include "log/Database.h"
 #include "log/LineParser.h"
 #include "log/Progress.h"
 
@@ -103,14 +104,22 @@ bool ReadFile(const std::string& path, const std::function<void(std::string_view
     return true;
 }
 
-void ReadSources(const std::vector<Source>& sources, const Visit& visit) {
+std::uint64_t TotalBytes(const std::vector<Source>& sources) {
     std::uint64_t total = 0;
     for (const Source& source : sources) {
         total += source.bytes;
     }
-    Progress progress(total);
+    return total;
+}
+
+void ReadSources(const std::vector<Source>& sources, const Visit& visit) {
+    Progress progress(TotalBytes(sources));
     for (const Source& source : sources) {
-        ReadDayFile(source, visit, progress);
+        if (Database::Is(source.path)) {
+            Database(source.path, Database::Use::Read).ReadAll(source.bytes, visit, progress);
+        } else {
+            ReadDayFile(source, visit, progress);
+        }
     }
 }
 

@@ -19,6 +19,8 @@ struct Source {
 /// name. What is missing or cannot be listed is told by Complain.
 std::vector<Source> FindSources(const std::vector<std::string>& paths);
 
+std::uint64_t TotalBytes(const std::vector<Source>& sources);
+
 /// Visits every entry of every source, in their order, and tells on a terminal how far it has come.
 /// What cannot be read is told by Complain; the rest is read all the same.
 void ReadSources(const std::vector<Source>& sources, const Visit& visit);

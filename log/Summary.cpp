@@ -54,16 +54,6 @@ struct Period {
     std::array<std::uint64_t, 5> flagged{}; ///< by Flag
 };
 
-/// A printable begin of a text.
-std::string Shown(std::string_view text) {
-    constexpr std::size_t most = 100;
-    std::string shown;
-    for (const char c : text.substr(0, most)) {
-        shown += c >= ' ' && c <= '~' ? c : '?';
-    }
-    return shown + (text.size() > most ? "..." : "");
-}
-
 std::string Counted(std::uint64_t count, const std::string& one, const std::string& many) {
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }

@@ -41,6 +41,27 @@ std::size_t MultiByte(std::string_view text) {
 
 } // namespace
 
+std::string Shown(std::string_view text) {
+    constexpr std::size_t most = 100;
+    std::string shown;
+    for (const char c : text.substr(0, most)) {
+        shown += c >= ' ' && c <= '~' ? c : '?';
+    }
+    return shown + (text.size() > most ? "..." : "");
+}
+
+bool IsPlain(std::string_view text) {
+    while (!text.empty()) {
+        const auto byte = static_cast<unsigned char>(text.front());
+        const std::size_t length = byte < 0x80 ? 1 : MultiByte(text);
+        if (length == 0 || byte < 0x20 || byte == 0x7F) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
 std::string JsonText(std::string_view text) {
     std::string result = "\"";
     while (!text.empty()) {
@@ -67,7 +88,8 @@ std::string JsonText(std::string_view text) {
 }
 
 std::string JsonNumber(std::string_view number) {
-    return std::string(number.find_first_of("ni") == std::string_view::npos ? number : "null");
+    const bool isNumber = !number.empty() && number.find_first_of("ni") == std::string_view::npos;
+    return std::string(isNumber ? number : "null");
 }
 
 bool FlushOutput() {

@@ -36,9 +36,13 @@ class Table {
     std::vector<std::vector<std::string>> waiting_; ///< rows that tell how wide the columns are
 };
 
+/// A printable begin of a text.
+std::string Shown(std::string_view text);
+/// True for whole UTF-8 without control characters.
+bool IsPlain(std::string_view text);
 /// A text in the double quotes of JSON.
 std::string JsonText(std::string_view text);
-/// A number as JSON spells it: null for those that it does not have.
+/// A number as JSON spells it: null for those that it does not have, and for none.
 std::string JsonNumber(std::string_view number);
 /// Hands all of standard output on; false, told by Complain, when something could not be written.
 bool FlushOutput();

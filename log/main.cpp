@@ -1,16 +1,19 @@
 // tavrelin-log: reads the days' files that the instrument leaves on its card.
 
+#include "base/NumberText.h"
 #include "log/Complaint.h"
 #include "log/Options.h"
 #include "log/Zone.h"
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 
 namespace {
 
 using namespace tavrelin::daylog;
+using tavrelin::GeneralText;
 
 /// A command with the options that it knows.
 class Command {
@@ -25,6 +28,10 @@ class Command {
     Command&
     Paths(const std::string& help = "Days' files, folders of them, databases that import made") {
         command_->add_option("PATH", options_.paths, help)->required()->type_name("");
+        return *this;
+    }
+    Command& Operand(const std::string& name, std::string& text, const std::string& help) {
+        command_->add_option(name, text, help)->required()->type_name("");
         return *this;
     }
     Command& Json() {
@@ -72,9 +79,30 @@ class Command {
         return *this;
     }
     Command& Text(const std::string& name, std::string& text, const std::string& type,
-                  const std::string& help) {
-        command_->add_option(name, text, help)->type_name(type);
+                  const std::string& help, bool required = false) {
+        command_->add_option(name, text, help)->type_name(type)->required(required);
         return *this;
+    }
+    Command& Number(const std::string& name, double& number, double least, double most,
+                    const std::string& type, const std::string& help) {
+        command_
+            ->add_option_function<double>(
+                name,
+                [&number, least, most, name](double value) {
+                    if (!(value >= least && value <= most)) { // nan is refused, too
+                        throw CLI::ValidationError(name, "takes a number from " +
+                                                             GeneralText(least) + " to " +
+                                                             GeneralText(most));
+                    }
+                    number = value;
+                },
+                help)
+            ->type_name(type);
+        return *this;
+    }
+    Command& Scale() {
+        return Number("--scale", options_.scale, 1e-9, 1e9, "FACTOR",
+                      "Chlorine of the log times this is in the unit wanted (1)");
     }
 
   private:
@@ -117,6 +145,62 @@ void AddCommands(CLI::App& app, Options& options) {
         .Paths()
         .Span()
         .Zone();
+    Command(app, options, "import", "Keep days' files in an SQLite database",
+            "Makes DATABASE where there is none. Each file is taken in whole or not at all. One "
+            "that is\n"
+            "there already is passed over when size and modification time are the same, taken in "
+            "anew when\n"
+            "it has grown or changed, and refused when it is shorter or begins otherwise: another "
+            "instrument's.\n"
+            "All other commands read the database as they read the files; docs/day-files.md has "
+            "its tables.\n"
+            "Status 1 when a file was refused or could not be read or written.",
+            ImportFiles)
+        .Operand("DATABASE", options.database, "The database to write")
+        .Paths("Days' files or folders of them");
+    Command(
+        app, options, "verify", "Compare with grab samples",
+        "For each grab sample the nearest result: difference, percent of the grab sample's "
+        "value, and\n"
+        "whether that is within 15 percent or 0.1 mg/L, whichever is greater (the criterion of "
+        "EPA\n"
+        "Method 334.0 for on-line chlorine analysers); exactly on the limit is within. GRAB.csv "
+        "has a\n"
+        "line for each: local time (2026-03-07T09:00, or as the log spells it), comma, value in "
+        "mg/L;\n"
+        "a header and further columns may be there. Results whose chlorine is not a finite "
+        "number are\n"
+        "passed over. Status 1 when one is out, has no result or could not be read.",
+        VerifyResults)
+        .Text("--grab", options.grab, "GRAB.csv", "The grab samples", true)
+        .Paths()
+        .Scale()
+        .Number("--within", options.withinMinutes, 0, 1e6, "MINUTES",
+                "Longest time between grab sample and result (15)")
+        .Number("--percent", options.tolerancePercent, 0, 1e6, "PERCENT",
+                "Tolerance in percent of the grab sample (15)")
+        .Number("--absolute", options.tolerance, 0, 1e9, "VALUE",
+                "Least tolerance, in the grab sample's unit (0.1)")
+        .Json();
+    Command(
+        app, options, "chart", "Draw chlorine, dark and reference counts over time",
+        "The file's name ends in .svg, .png or .pdf. Lines are broken where results are missing "
+        "for\n"
+        "longer than twice the median cycle. Flagged records (see summary) are marked; one that "
+        "cannot\n"
+        "be drawn where it belongs stands at the edge. Where there are more records than the "
+        "picture can\n"
+        "show, least and greatest of each stretch are drawn, so that no peak is lost. gnuplot "
+        "draws it\n"
+        "(Debian's gnuplot-nox). Status 1 when there is no record or no picture.",
+        DrawChart)
+        .Text("--output,-o", options.output, "FILE", "The picture to write", true)
+        .Paths()
+        .Text("--title", options.title, "TEXT", "Its title (the days that it shows)")
+        .Text("--unit", options.unit, "TEXT", "Unit of chlorine on the axis (as calibrated)")
+        .Scale()
+        .Span()
+        .Zone();
 }
 
 int Run(int argc, char** argv) {
@@ -137,6 +221,7 @@ int Run(int argc, char** argv) {
         return kWrongUsage;
     }
     std::ios::sync_with_stdio(false);
+    std::signal(SIGXFSZ, SIG_IGN); // a limit of file sizes is told as a full disk is
     return options.run(options);
 }
 

@@ -10,6 +10,8 @@ build_packages=(
     libasound2-dev
     libgtest-dev
     libgmock-dev
+    gnuplot-nox
+    fonts-dejavu-core
 )
 check_packages=(
     "${build_packages[@]}"
@@ -24,6 +26,7 @@ check_packages=(
     mawk
     python3
     tzdata
+    sqlite3
 )
 # Cross compilers, and for the programs that they make what they link and what runs them here.
 arm_packages=(

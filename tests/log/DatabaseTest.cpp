@@ -1,0 +1,404 @@
+// import: what the database holds after any number of imports, whatever befalls one, and that all
+// else reads it as it reads the files.
+
+#include "tests/log/LogProgram.h"
+#include "tests/support/Places.h"
+#include "tests/support/TestFolder.h"
+#include "tests/support/Text.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace tavrelin {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const std::string kDark = "2026-03-07 09:0:16,   20000,Dark Count (lid, closed),,\n";
+const std::string kFirst = "2026-03-07 09:00.17,,,0.1,171.482,20000,3e+06,2.3871e+06\n";
+const std::string kSecond = "2026-03-07 09:00.34,,,-0,-0,nan,inf,-inf\n";
+const std::string kTornBegin = "2026-03-07 09:0:4";
+const std::string kTornEnd = "7, 2387098,Color Development (debubbling),,\n";
+const std::string kNoise = "\x01no \xFF"
+                           "record\n";
+const std::string kCut = "2026-03-07 09:1:0, 2" + kFirst + "387098,Priming,,\n";
+const std::string kCounts = " imported, 0 imported anew, 0 as they were, 0 refused\n";
+
+class DatabaseOf : public testing::Test {
+  protected:
+    CommandResult Import(std::vector<std::string> paths = {}) {
+        if (paths.empty()) {
+            paths = {card_.Path()};
+        }
+        paths.insert(paths.begin(), {"import", database_});
+        return RunLog(paths);
+    }
+    static std::string Sql(const std::string& database, const std::string& sql) {
+        const CommandResult run = RunCommand({"sqlite3", database, sql});
+        return run.output + run.error;
+    }
+    std::string Sql(const std::string& sql) { return Sql(database_, sql); }
+    static std::string Rows(const std::string& database) {
+        return Sql(
+            database,
+            "SELECT id, name, bytes, lines, begin FROM file; SELECT file, line, time, reading, "
+            "description, recovered FROM sample JOIN step ON id = step; SELECT * FROM "
+            "result; SELECT * FROM oddity; PRAGMA integrity_check");
+    }
+    /// What import makes of the card's files as they are now, in a database of its own.
+    std::string RowsOfOneImport() {
+        const std::string fresh = files_.Path("fresh.db");
+        std::filesystem::remove(fresh);
+        RunLog({"import", fresh, card_.Path()});
+        return Rows(fresh);
+    }
+    void Day(const std::string& text, const std::string& day = "07") {
+        WriteText(DayFile(day), text);
+    }
+    std::string DayFile(const std::string& day = "07") {
+        return card_.Path("2026-03-" + day + "_logfile.csv");
+    }
+    /// Imports; `meanwhile` runs after the file was looked at and before it is read.
+    CommandResult ImportWhile(const std::string& meanwhile) {
+        const std::string program = InBuild("bin/tavrelin-log");
+        return RunCommand({"sh", "-c",
+                           "(echo 'BEGIN IMMEDIATE;'; sleep 1; " + meanwhile +
+                               "; echo 'COMMIT;') | sqlite3 " + database_ + " & sleep 0.4; " +
+                               program + " import " + database_ + " " + card_.Path() +
+                               "; status=$?; wait; exit $status"});
+    }
+
+    TestFolder card_;
+    TestFolder files_;
+    const std::string database_ = files_.Path("archive.db");
+};
+
+TEST_F(DatabaseOf, ADayHasItsRecordsInTheTablesThatAreDocumented) {
+    Day(kDark + kFirst + kSecond + kNoise + kTornBegin);
+    const CommandResult run = Import();
+    EXPECT_EQ(run.output, "1" + kCounts);
+    EXPECT_EQ(run.error, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(Sql("SELECT name, bytes, lines FROM file"),
+              "2026-03-07_logfile.csv|" + std::to_string(TextOf(DayFile()).size()) + "|5\n");
+    EXPECT_EQ(Sql("SELECT sample.line, time, reading, description, recovered FROM sample JOIN step "
+                  "ON step.id = sample.step"),
+              "1|2026-03-07T09:00:16|20000|Dark Count (lid, closed)|0\n");
+    EXPECT_EQ(Sql("SELECT line, time, absorbance, chlorine, dark, reference, sample, recovered "
+                  "FROM result"),
+              "2|2026-03-07T09:00:17|0.1|171.482|20000.0|3000000.0|2387100.0|0\n"
+              "3|2026-03-07T09:00:34|0.0|0.0||Inf|-Inf|0\n");
+    // The shell shows no sign of a zero; that it is kept shows where results are listed.
+    EXPECT_EQ(Sql("SELECT line, kind, text FROM oddity"),
+              "4|unknown|" + kNoise + "5|torn|" + kTornBegin + "\n");
+    EXPECT_EQ(Sql("PRAGMA journal_mode; PRAGMA user_version; PRAGMA application_id"),
+              "wal\n1\n1416392551\n");
+}
+
+TEST_F(DatabaseOf, ADayHasItsTableDefinitionsInTheDocuments) {
+    Day(kFirst);
+    Import();
+    const std::string documents = TextOf(InCheckout("docs/day-files.md"));
+    const std::string schema = Sql("SELECT sql || ';' FROM sqlite_schema WHERE sql IS NOT NULL");
+    for (const std::string& line : LinesOf(schema)) {
+        EXPECT_THAT(documents, HasSubstr(line));
+    }
+}
+
+TEST_F(DatabaseOf, TheSameFilesTwiceIsTheSame) {
+    Day(kDark + kFirst);
+    Day(kDark, "08");
+    Import();
+    const std::string rows = Rows(database_);
+    EXPECT_EQ(Import().output, "0 imported, 0 imported anew, 2 as they were, 0 refused\n");
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, AFileThatHasGrownIsThatOfOneImport) {
+    Day(kDark);
+    Day(kDark, "08");
+    Import();
+    Day(kDark + kFirst + kCut);
+    EXPECT_EQ(Import().output, "0 imported, 1 imported anew, 1 as they were, 0 refused\n");
+    EXPECT_EQ(Rows(database_), RowsOfOneImport());
+}
+
+TEST_F(DatabaseOf, ATornLastLineCompletedLaterIsThatOfOneImport) {
+    Day(kDark + kTornBegin);
+    Import();
+    EXPECT_EQ(Sql("SELECT text FROM oddity"), kTornBegin + "\n");
+    Day(kDark + kTornBegin + kTornEnd);
+    EXPECT_EQ(Import().status, 0);
+    EXPECT_EQ(Sql("SELECT count(*) FROM oddity"), "0\n");
+    EXPECT_EQ(Rows(database_), RowsOfOneImport());
+}
+
+TEST_F(DatabaseOf, AFileThatIsShorterIsRefusedAndItsRowsStay) {
+    Day(kDark + kFirst);
+    Import();
+    const std::string rows = Rows(database_);
+    Day(kDark);
+    const CommandResult run = Import();
+    EXPECT_EQ(run.output, "0 imported, 0 imported anew, 0 as they were, 1 refused\n");
+    EXPECT_EQ(run.error, "tavrelin-log: " + DayFile() +
+                             ": is shorter than the file of this name in " + database_ +
+                             ", which stays as it is\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, AnotherInstrumentsFileOfTheSameNameIsRefusedAndTheRowsStay) {
+    Day(kDark + kFirst);
+    Import();
+    const std::string rows = Rows(database_);
+    Day(kFirst + kDark + kDark);
+    const CommandResult run = Import();
+    EXPECT_EQ(run.error, "tavrelin-log: " + DayFile() +
+                             ": begins otherwise than the file of this name in " + database_ +
+                             ", which stays as it is\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, FilesIsReadAsTheFilesAre) {
+    Day(kDark + kFirst + kSecond + kCut + kNoise + kTornBegin);
+    Day("", "08");
+    Day(kDark + kNoise + kCut, "09");
+    Import();
+    for (const std::string command : {"results", "samples", "summary"}) {
+        const CommandResult files = RunLog({command, card_.Path()});
+        CommandResult database = RunLog({command, database_});
+        for (std::size_t at = 0;
+             (at = database.output.find(database_ + ":")) != std::string::npos;) {
+            database.output.replace(at, database_.size() + 1, card_.Path() + "/");
+        }
+        EXPECT_EQ(database.output, files.output) << command;
+        EXPECT_EQ(database.error, files.error) << command;
+        EXPECT_EQ(database.status, files.status) << command;
+    }
+}
+
+TEST_F(DatabaseOf, FilesCanBeReadWhileAnImportIsAtWork) {
+    Day(kDark + kFirst);
+    Import();
+    const CommandResult run = RunCommand(
+        {"sh", "-c",
+         "(echo 'BEGIN IMMEDIATE; DELETE FROM result;'; sleep 1) | sqlite3 " + database_ +
+             " & sleep 0.4; " + InBuild("bin/tavrelin-log") + " results " + database_ + "; wait"});
+    EXPECT_THAT(run.output, HasSubstr("2026-03-07T09:00:17,0.1,171.482"));
+}
+
+TEST_F(DatabaseOf, AnImportThatIsKilledAtAnyMomentHoldsWholeFiles) {
+    std::string much;
+    for (int i = 0; i < 10'000; ++i) {
+        much += kDark;
+    }
+    for (const char* day : {"07", "08", "09", "10"}) {
+        Day(kFirst + much, day);
+    }
+    const std::string whole = RowsOfOneImport();
+    bool killed = false;
+    for (int milliseconds = 2; milliseconds < 100; milliseconds += 7) {
+        const CommandResult run = RunCommand(
+            {"sh", "-c",
+             InBuild("bin/tavrelin-log") + " import " + database_ + " " + card_.Path() +
+                 " & sleep " + std::to_string(milliseconds * 0.001) + "; kill -9 $!; wait $!"});
+        killed = killed || run.status == 128 + 9;
+        if (std::filesystem::exists(database_)) {
+            EXPECT_EQ(Sql("PRAGMA integrity_check"), "ok\n") << milliseconds;
+            EXPECT_THAT(Sql("SELECT count(*) FROM sqlite_schema"), testing::Not("1\n"));
+            for (const std::string& count :
+                 LinesOf(Sql("SELECT (SELECT count(*) FROM sample WHERE file = id) + (SELECT "
+                             "count(*) FROM result WHERE file = id) FROM file"))) {
+                if (count.find("no such table") == std::string::npos) {
+                    EXPECT_EQ(count, "10001") << milliseconds;
+                }
+            }
+        }
+    }
+    EXPECT_TRUE(killed);
+    EXPECT_EQ(Import().status, 0);
+    EXPECT_EQ(Rows(database_), whole);
+}
+
+TEST_F(DatabaseOf, TwoImportsAtOnceHoldsTheFilesOfBoth) {
+    for (const char* day : {"07", "08", "09", "10", "11"}) {
+        Day(kDark + kFirst + kSecond, day);
+    }
+    const std::string import = InBuild("bin/tavrelin-log") + " import " + database_ + " ";
+    const CommandResult run =
+        RunCommand({"sh", "-c",
+                    import + card_.Path() + " & first=$!; " + import + card_.Path() +
+                        "; second=$?; wait $first; exit $(($? + second))"});
+    EXPECT_EQ(run.error, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(Rows(database_), RowsOfOneImport());
+}
+
+TEST_F(DatabaseOf, OneThatStaysBusySaysSoInOneLine) {
+    Day(kDark);
+    Import();
+    const CommandResult run =
+        RunCommand({"sh", "-c",
+                    "(echo 'BEGIN IMMEDIATE;'; sleep 12) | sqlite3 " + database_ +
+                        " & sleep 0.4; " + InBuild("bin/tavrelin-log") + " import " + database_ +
+                        " " + card_.Path() + "; status=$?; kill $!; exit $status"});
+    EXPECT_EQ(run.error,
+              "tavrelin-log: " + database_ + ": busy: another import is at work on it\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(DatabaseOf, AFileCutWhileItIsReadHoldsWhatItHeldBefore) {
+    Day(kDark);
+    Import();
+    const std::string rows = Rows(database_);
+    Day(kDark + kFirst);
+    const CommandResult run = ImportWhile("truncate -s 80 " + DayFile());
+    EXPECT_EQ(run.error,
+              "tavrelin-log: " + DayFile() + ": changed while it was read; import it again\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, AFileThatVanishesWhileItIsReadHoldsNothingOfIt) {
+    Day(kDark);
+    Import();
+    const std::string rows = Rows(database_);
+    Day(kFirst, "08");
+    const CommandResult run = ImportWhile("rm " + DayFile("08"));
+    EXPECT_THAT(run.error, HasSubstr(DayFile("08") + ": No such file or directory\n"));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, AFileThatGrowsWhileItIsReadHoldsItsBeginAndTheRestNextTime) {
+    Day(kDark);
+    Import();
+    Day(kDark + kFirst);
+    WriteText(files_.Path("more"), kSecond);
+    const CommandResult run = ImportWhile("cat " + files_.Path("more") + " >> " + DayFile());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(Sql("SELECT count(*) FROM result"), "1\n");
+    EXPECT_EQ(Import().output, "0 imported, 1 imported anew, 0 as they were, 0 refused\n");
+    EXPECT_EQ(Rows(database_), RowsOfOneImport());
+}
+
+TEST_F(DatabaseOf, MoreThanTheDiskTakesKeepsTheFilesBefore) {
+    Day(kDark);
+    Import();
+    const std::string rows = Rows(database_);
+    std::string much;
+    for (int i = 0; i < 10'000; ++i) {
+        much += kDark;
+    }
+    Day(much, "08");
+    const std::string import =
+        "ulimit -f 300; exec " + InBuild("bin/tavrelin-log") + " import " + database_ + " ";
+    const CommandResult run = RunCommand({"sh", "-c", import + card_.Path()});
+    EXPECT_EQ(run.error, "tavrelin-log: " + database_ + ": disk I/O error\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Rows(database_), rows);
+}
+
+TEST_F(DatabaseOf, NothingThatTheDiskTakesIsNotLeftBehind) {
+    Day(kDark);
+    const CommandResult run = RunCommand({"sh", "-c",
+                                          "ulimit -f 4; exec " + InBuild("bin/tavrelin-log") +
+                                              " import " + database_ + " " + card_.Path()});
+    EXPECT_EQ(LinesOf(run.error).size(), 1U) << run.error;
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(FilesIn(files_.Path()), testing::IsEmpty());
+}
+
+struct Refusal {
+    std::string sql; ///< what makes the database
+    std::string why;
+};
+
+TEST_F(DatabaseOf, SomethingElseIsRefusedAndNotTouched) {
+    Day(kDark);
+    const Refusal refusals[]{
+        {"CREATE TABLE mail(id)", "is a database, but none that tavrelin-log import made"},
+        {"PRAGMA application_id = 7; CREATE TABLE mail(id)",
+         "is a database, but none that tavrelin-log import made"},
+        {"PRAGMA application_id = 1416392551; PRAGMA user_version = 2; CREATE TABLE file(id)",
+         "its tables have version 2, this tavrelin-log knows version 1"}};
+    for (const Refusal& refusal : refusals) {
+        std::filesystem::remove(database_);
+        Sql(refusal.sql);
+        const std::string bytes = TextOf(database_);
+        for (const CommandResult& run : {Import(), RunLog({"results", database_})}) {
+            EXPECT_EQ(run.error, "tavrelin-log: " + database_ + ": " + refusal.why + "\n");
+            EXPECT_EQ(run.status, 1);
+        }
+        EXPECT_EQ(TextOf(database_), bytes);
+    }
+}
+
+TEST_F(DatabaseOf, AFileThatIsNoDatabaseIsRefusedAndNotTouched) {
+    Day(kDark);
+    Day(kFirst + kFirst + kDark, "08");
+    const CommandResult run = RunLog({"import", DayFile("08"), DayFile()});
+    EXPECT_EQ(run.error, "tavrelin-log: " + DayFile("08") + ": file is not a database\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(TextOf(DayFile("08")), kFirst + kFirst + kDark);
+}
+
+TEST_F(DatabaseOf, APlaceThatCannotBeWrittenIsNamed) {
+    Day(kDark);
+    const CommandResult run = RunLog({"import", files_.Path("missing/archive.db"), card_.Path()});
+    EXPECT_EQ(run.error, "tavrelin-log: " + files_.Path("missing/archive.db") +
+                             ": No such file or directory\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(DatabaseOf, AFolderThatIsNotTheReadersIsReadAndNotWritten) {
+    namespace fs = std::filesystem;
+    Day(kDark + kFirst);
+    Import();
+    const std::string program = files_.Path("tavrelin-log");
+    fs::copy(InBuild("bin/tavrelin-log"), program);
+    fs::permissions(files_.Path(), fs::perms(0555));
+    fs::permissions(database_, fs::perms(0444));
+    fs::permissions(card_.Path(), fs::perms(0555));
+    const auto run = [&](const std::string& arguments) {
+        const std::string nobody = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
+        return RunCommand({"sh", "-c", (geteuid() == 0 ? nobody : "") + program + arguments});
+    };
+    EXPECT_THAT(run(" results " + database_).output, HasSubstr("2026-03-07T09:00:17,0.1,171.482"));
+    EXPECT_EQ(run(" import " + database_ + " " + card_.Path()).error,
+              "tavrelin-log: " + database_ + ": Permission denied\n");
+    fs::permissions(files_.Path(), fs::perms::owner_all);
+    fs::permissions(card_.Path(), fs::perms::owner_all);
+}
+
+TEST_F(DatabaseOf, ADatabaseTakesDaysFilesOnly) {
+    Day(kDark);
+    Import();
+    const CommandResult run = Import({database_, "/dev/null"});
+    EXPECT_THAT(LinesOf(run.error), ElementsAre("tavrelin-log: " + database_ +
+                                                    ": is a database; import takes days' files",
+                                                "tavrelin-log: /dev/null: is no file"));
+    EXPECT_EQ(run.output, "0 imported, 0 imported anew, 0 as they were, 2 refused\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(DatabaseOf, ADamagedFileIsNamed) {
+    std::string much;
+    for (int i = 0; i < 3000; ++i) {
+        much += kDark;
+    }
+    Day(much);
+    Import();
+    const std::string bytes = TextOf(database_);
+    WriteText(database_, bytes.substr(0, bytes.size() / 2));
+    const CommandResult run = RunLog({"samples", database_});
+    EXPECT_EQ(run.error, "tavrelin-log: " + database_ + ": database disk image is malformed\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+} // namespace
+} // namespace tavrelin
