@@ -23,9 +23,12 @@ struct Options {
     double tolerancePercent = 15.0;          ///< of the grab sample's value
     double tolerance = 0.1;                  ///< at least, in its unit
     double scale = 1.0;                      ///< chlorine in the user's unit
-    std::string output;                      ///< file of a picture
     std::string unit = "as calibrated";
     std::string title;
+    std::string folder = "/mnt/sd-card"; ///< where new records are waited for
+    std::string format = "json";
+    std::string output; ///< file of a picture or of what is printed
+    bool samples = false;
     int (*run)(const Options& options) = nullptr;
 
     [[nodiscard]] bool Selects(CivilSeconds time) const {
@@ -40,5 +43,6 @@ int Summarize(const Options& options);
 int ImportFiles(const Options& options);
 int VerifyResults(const Options& options);
 int DrawChart(const Options& options);
+int Follow(const Options& options);
 
 } // namespace tavrelin::daylog

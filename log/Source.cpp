@@ -20,11 +20,6 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kLogSuffix = "_logfile.csv";
 
-bool IsDayFile(const std::string& name) {
-    return name.size() > kLogSuffix.size() &&
-           name.compare(name.size() - kLogSuffix.size(), kLogSuffix.size(), kLogSuffix) == 0;
-}
-
 void AddFile(const std::string& path, std::vector<Source>& sources) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) {
@@ -36,20 +31,12 @@ void AddFile(const std::string& path, std::vector<Source>& sources) {
 
 void AddFolder(const std::string& path, std::vector<Source>& sources) {
     std::error_code error;
-    std::vector<std::string> files;
-    fs::directory_iterator at(path, error);
-    while (!error && at != fs::directory_iterator()) {
-        if (IsDayFile(at->path().filename())) {
-            files.push_back(at->path());
-        }
-        at.increment(error);
-    }
+    const std::vector<std::string> files = DayFilesIn(path, error);
     if (error) {
         Complain(path + ": " + error.message());
     } else if (files.empty()) {
         Complain(path + ": no file such as 2026-03-07_logfile.csv in it");
     }
-    std::sort(files.begin(), files.end());
     for (const std::string& file : files) {
         AddFile(file, sources);
     }
@@ -65,6 +52,24 @@ void ReadDayFile(const Source& source, const Visit& visit, Progress& progress) {
 }
 
 } // namespace
+
+bool IsDayFile(const std::string& name) {
+    return name.size() > kLogSuffix.size() &&
+           name.compare(name.size() - kLogSuffix.size(), kLogSuffix.size(), kLogSuffix) == 0;
+}
+
+std::vector<std::string> DayFilesIn(const std::string& folder, std::error_code& error) {
+    std::vector<std::string> files;
+    fs::directory_iterator at(folder, error);
+    while (!error && at != fs::directory_iterator()) {
+        if (IsDayFile(at->path().filename())) {
+            files.push_back(at->path());
+        }
+        at.increment(error);
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
 
 std::string FileName(const std::string& path) {
     return fs::path(path).filename();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace tavrelin::daylog {
@@ -28,6 +29,11 @@ void ReadSources(const std::vector<Source>& sources, const Visit& visit);
 /// Hands a file on in pieces, from its begin. False when it cannot be read to its end, which
 /// Complain has told.
 bool ReadFile(const std::string& path, const std::function<void(std::string_view)>& take);
+
+/// True for names such as 2026-03-07_logfile.csv.
+bool IsDayFile(const std::string& name);
+/// Paths of the day's files directly in a folder, by name; those found until an error.
+std::vector<std::string> DayFilesIn(const std::string& folder, std::error_code& error);
 
 /// The last part of a path.
 std::string FileName(const std::string& path);

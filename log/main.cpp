@@ -78,6 +78,22 @@ class Command {
             ->type_name("TIME");
         return *this;
     }
+    Command& Flag(const std::string& name, bool& flag, const std::string& help) {
+        command_->add_flag(name, flag, help);
+        return *this;
+    }
+    Command& Choice(const std::string& name, std::string& text,
+                    const std::vector<std::string>& choices, const std::string& help) {
+        command_->add_option(name, text, help)
+            ->check(CLI::IsMember(choices))
+            ->capture_default_str();
+        return *this;
+    }
+    Command& Folder() {
+        command_->add_option("FOLDER", options_.folder, "Of the day's files")
+            ->capture_default_str();
+        return *this;
+    }
     Command& Text(const std::string& name, std::string& text, const std::string& type,
                   const std::string& help, bool required = false) {
         command_->add_option(name, text, help)->type_name(type)->required(required);
@@ -110,7 +126,7 @@ class Command {
     Options& options_;
 };
 
-void AddCommands(CLI::App& app, Options& options) {
+void AddListing(CLI::App& app, Options& options) {
     Command(app, options, "results", "List the result records",
             "Aligned on a terminal, else CSV with a header. Figures are as the log has them: "
             "absorbance,\n"
@@ -145,6 +161,9 @@ void AddCommands(CLI::App& app, Options& options) {
         .Paths()
         .Span()
         .Zone();
+}
+
+void AddComparing(CLI::App& app, Options& options) {
     Command(app, options, "import", "Keep days' files in an SQLite database",
             "Makes DATABASE where there is none. Each file is taken in whole or not at all. One "
             "that is\n"
@@ -177,7 +196,7 @@ void AddCommands(CLI::App& app, Options& options) {
         .Scale()
         .Number("--within", options.withinMinutes, 0, 1e6, "MINUTES",
                 "Longest time between grab sample and result (15)")
-        .Number("--percent", options.tolerancePercent, 0, 1e6, "PERCENT",
+        .Number("--tolerance", options.tolerancePercent, 0, 1e6, "PERCENT",
                 "Tolerance in percent of the grab sample (15)")
         .Number("--absolute", options.tolerance, 0, 1e9, "VALUE",
                 "Least tolerance, in the grab sample's unit (0.1)")
@@ -203,6 +222,39 @@ void AddCommands(CLI::App& app, Options& options) {
         .Zone();
 }
 
+void AddFollow(CLI::App& app, Options& options) {
+    Command(
+        app, options, "follow", "Print new records as they come",
+        "Waits for records in the day's files of FOLDER and prints each at once: results, with\n"
+        "--samples the detector's readings, too. What FOLDER holds at the start is old, but for\n"
+        "--from. FOLDER need not be there yet, and no file of it is held open: its card may be\n"
+        "unmounted, pulled and put back, the day may end; no record comes twice. On a card that\n"
+        "is new, what its last file holds is new, too. A file that was cut back goes on with its\n"
+        "first new line, one with another content begins anew.\n"
+        "  json        one object a line, as results --json and samples --json have it\n"
+        "  influx      InfluxDB's line protocol: tavrelin_result with the fields absorbance,\n"
+        "              chlorine, dark, reference, sample; tavrelin_sample with the tag step and\n"
+        "              the integer field reading. Times are nanoseconds in UTC, made of the log's\n"
+        "              local times; each further record of a second is a nanosecond later. Fields\n"
+        "              that are nan or inf are left out, and in a step / stands for a backslash\n"
+        "  prometheus  the latest result as gauges, and counters of results, samples and broken\n"
+        "              lines since the start; FILE holds nothing else and is written anew at one\n"
+        "              stroke (by way of FILE.new), as node-exporter's textfile collector wants "
+        "it\n"
+        "Lines that are torn or unknown are named on standard error. While FILE cannot be "
+        "written,\n"
+        "which is told once, records are lost to it. Status 0 at INT and TERM; 1 when nobody "
+        "reads\n"
+        "the output any more, or FOLDER cannot be watched.",
+        Follow)
+        .Folder()
+        .Choice("--format", options.format, {"json", "influx", "prometheus"}, "How to spell them")
+        .Text("--output", options.output, "FILE", "Append to FILE instead of standard output")
+        .Flag("--samples", options.samples, "Readings as well as results")
+        .Time("--from", options.from, "Begin with the records of this local time or later")
+        .Zone();
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Reads the days' files that the instrument leaves on its card.");
     app.name("tavrelin-log");
@@ -211,7 +263,9 @@ int Run(int argc, char** argv) {
                "Exit status: 0 done, 1 something is wrong with the data or could not be read or\n"
                "written, 2 wrong usage.");
     Options options;
-    AddCommands(app, options);
+    AddListing(app, options);
+    AddComparing(app, options);
+    AddFollow(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -80,10 +80,10 @@ TEST_F(VerifyWith, AValueOf0HasNoPercent) {
 }
 
 TEST_F(VerifyWith, TheToleranceCanBeChanged) {
-    EXPECT_EQ(Verdict("2", "2.3", {"--percent", "10"}), "out");
-    EXPECT_EQ(Verdict("2", "2.2", {"--percent", "10"}), "within");
+    EXPECT_EQ(Verdict("2", "2.3", {"--tolerance", "10"}), "out");
+    EXPECT_EQ(Verdict("2", "2.2", {"--tolerance", "10"}), "within");
     EXPECT_EQ(Verdict("2", "2.5", {"--absolute", "0.5"}), "within");
-    EXPECT_EQ(Verdict("2", "2.1", {"--percent", "0", "--absolute", "0.05"}), "out");
+    EXPECT_EQ(Verdict("2", "2.1", {"--tolerance", "0", "--absolute", "0.05"}), "out");
 }
 
 TEST_F(VerifyWith, ScaleMakesTheGrabSamplesUnitOfTheLogs) {
