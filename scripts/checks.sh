@@ -249,3 +249,22 @@ check_kernel() {
         [ "$failed" != "$before" ] || cat "$work/kernel-$proof.log"
     done
 }
+
+# What `tavrelin-log follow` prints, taken by the programs that it is meant for.
+check_feeds() {
+    local log=$work/feeds-packages.log proof before=$failed
+    if ! (require_packages "$log" "${build_packages[@]}" ccache && scripts/try-feeds fetch) >>"$log" 2>&1; then
+        not_run feeds "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
+        return
+    fi
+    hold "build default" default-build.log build default
+    [ "$failed" = "$before" ] || return
+    for proof in mqtt influx textfile; do
+        hold "feeds: $proof" "feeds-$proof.log" scripts/try-feeds "$proof"
+    done
+    if unshare --mount true 2>/dev/null; then
+        hold "feeds: a card pulled, put back and changed" feeds-card.log scripts/try-feeds card
+    else
+        not_run "feeds: a card pulled, put back and changed" "mounting is root's"
+    fi
+}

@@ -78,6 +78,15 @@ kernel_packages=(
     cpio
 )
 
+# Unpacked by scripts/try-feeds, not installed: these would start services.
+feeds_packages=(
+    mosquitto
+    mosquitto-clients
+    influxdb
+    prometheus-node-exporter
+    curl
+)
+
 # missing_packages PACKAGE...: those that are not installed, for this machine itself where the name says
 # nothing else ("libasound2-dev:armhf"). One that is there for several architectures has a status for each.
 missing_packages() {
