@@ -3,9 +3,21 @@
 #include "simulator/board/Wiring.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace sim {
+namespace {
+
+/// The fewest digits that stand for this number and no other.
+std::string ShortText(double number) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return {text.data(), end};
+}
+
+} // namespace
 
 Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime)
     : present(setup.present), lines(setup.lines), pwm(setup.exportedChannels), card(setup.card),
@@ -18,13 +30,17 @@ Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime
     card.present = card.present && present;
     card.mounted = card.mounted && card.present;
     for (const WorldEvent& event : setup.events) {
-        At(event.at, [this, event] { Happen(event); });
+        Plan(event);
     }
     lines.SetInput(kHomeSensorLine, !flagShown_);
 }
 
 void Board::At(Nanoseconds moment, std::function<void()> action) {
     agenda_.emplace(std::max(moment, now_), std::move(action));
+}
+
+void Board::Plan(const WorldEvent& event) {
+    At(event.at, [this, event] { Happen(event); });
 }
 
 Nanoseconds Board::NextEvent() const {
@@ -76,6 +92,11 @@ void Board::Happen(const WorldEvent& event) {
         card.Insert();
         tell("card", "inserted");
         break;
+    case WorldEvent::Kind::LockCard:
+    case WorldEvent::Kind::UnlockCard:
+        card.writeProtected = event.kind == WorldEvent::Kind::LockCard;
+        tell("card", card.writeProtected ? "locked" : "unlocked");
+        break;
     case WorldEvent::Kind::JumpClock:
         clock.Jump(event.value);
         tell("clock", "set by " + std::to_string(event.value) + " s");
@@ -86,6 +107,19 @@ void Board::Happen(const WorldEvent& event) {
         }
         lines.SetInput(event.line, event.value != 0);
         tell("input", Lines::Name(event.line) + " " + std::to_string(event.value));
+        break;
+    case WorldEvent::Kind::SetNextSample:
+        cell.SetNext(event.number);
+        tell("sample", "next " + ShortText(event.number));
+        break;
+    case WorldEvent::Kind::SetNoise:
+        detector_.noise = event.number;
+        tell("detector", "noise " + ShortText(event.number));
+        break;
+    case WorldEvent::Kind::ShowFlag:
+        shaft.ShowFlag(event.value != 0);
+        tell("flag", event.value != 0 ? "free" : "blocked");
+        FollowFlag();
         break;
     }
 }

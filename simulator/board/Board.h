@@ -21,12 +21,23 @@ namespace sim {
 
 /// Something that happens to the board from outside at a moment of board time.
 struct WorldEvent {
-    enum class Kind { RemoveCard, InsertCard, JumpClock, SetInput };
+    enum class Kind {
+        RemoveCard,
+        InsertCard,
+        LockCard,
+        UnlockCard,
+        JumpClock,
+        SetInput,
+        SetNextSample,
+        SetNoise,
+        ShowFlag
+    };
 
     Nanoseconds at = 0;
     Kind kind = Kind::RemoveCard;
-    std::int64_t value = 0; ///< JumpClock: seconds; SetInput: level
+    std::int64_t value = 0; ///< JumpClock: seconds; SetInput: level; ShowFlag: 0 hides it
     unsigned line = 0;      ///< SetInput: kernel line number
+    double number = 0.0;    ///< SetNextSample: absorbance; SetNoise: deviation in counts
 };
 
 /// What the detector reads, in counts.
@@ -76,6 +87,12 @@ class Board {
     Nanoseconds NextEvent() const;
     /// Has something happen at a moment of board time.
     void At(Nanoseconds moment, std::function<void()> action);
+    /// Has an event of the world happen at its moment.
+    void Plan(const WorldEvent& event);
+    /// True when something is planned for this very moment.
+    bool IsPlanned(Nanoseconds moment) const { return agenda_.contains(moment); }
+    /// Standard deviation of the detector's readings, in counts.
+    double DetectorNoise() const { return detector_.noise; }
 
     /// The level of the home sensor's line follows the flag until it is held.
     void HoldHomeSensor(bool level);

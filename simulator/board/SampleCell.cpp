@@ -12,6 +12,7 @@ void SampleCell::SetValve(Nanoseconds now, bool open) {
     if (!open) {
         closedAt_ = now;
     } else if (now - closedAt_ > kValveRelease) {
+        absorbance_ = NextAbsorbance();
         ++flushes_;
         developingSince_ = kNever;
     }
@@ -42,12 +43,15 @@ double SampleCell::Absorbance(Nanoseconds now, std::int64_t pumpSteps) const {
     return TrueAbsorbance() * dose * colour;
 }
 
-double SampleCell::TrueAbsorbance() const {
-    if (absorbances_.empty()) {
-        return 0.0;
-    }
-    const std::size_t measurement = flushes_ < 2 ? 0 : flushes_ - 2;
-    return absorbances_[std::min(measurement, absorbances_.size() - 1)];
+double SampleCell::NextAbsorbance() const {
+    return absorbances_.empty() ? 0.0
+                                : absorbances_[std::min(NextPlace(), absorbances_.size() - 1)];
+}
+
+void SampleCell::SetNext(double absorbance) {
+    absorbances_.resize(std::max(absorbances_.size(), NextPlace() + 1),
+                        absorbances_.empty() ? absorbance : absorbances_.back());
+    absorbances_[NextPlace()] = absorbance;
 }
 
 } // namespace sim

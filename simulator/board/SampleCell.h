@@ -23,7 +23,8 @@ class SampleCell {
 
     /// True absorbances: the first flush (priming) and the first measurement take the first one,
     /// each later flush the next, and the last one stays.
-    explicit SampleCell(std::vector<double> absorbances) : absorbances_(std::move(absorbances)) {}
+    explicit SampleCell(std::vector<double> absorbances)
+        : absorbances_(std::move(absorbances)), absorbance_(NextAbsorbance()) {}
 
     void SetValve(Nanoseconds now, bool open);
     void SetStirring(Nanoseconds now, bool on, std::int64_t pumpSteps);
@@ -33,15 +34,23 @@ class SampleCell {
     void PumpTurned(std::int64_t pumpSteps);
     /// Samples flushed in so far, the priming included.
     std::size_t Flushes() const { return flushes_; }
+    /// True absorbance of the sample in the cell.
+    double TrueAbsorbance() const { return absorbance_; }
+    /// True absorbance of the sample that the next flush brings.
+    double NextAbsorbance() const;
+    /// Puts another in its place in the list; the last one stays.
+    void SetNext(double absorbance);
 
   private:
-    double TrueAbsorbance() const;
+    /// Of the list, for the next flush: the first measurement's serves the priming too.
+    std::size_t NextPlace() const { return flushes_ == 0 ? 0 : flushes_ - 1; }
 
     std::vector<double> absorbances_;
+    std::size_t flushes_ = 0;
+    double absorbance_;
     bool open_ = false;
     bool stirring_ = false;
     Nanoseconds closedAt_ = -kValveRelease - 1;
-    std::size_t flushes_ = 0;
     std::int64_t cleanAtStep_ = 0;
     Nanoseconds developingSince_ = kNever;
 };

@@ -3,6 +3,7 @@
 
 #include "simulator/board/KeptState.h"
 #include "simulator/libc/Real.h"
+#include "simulator/live/LiveRun.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
 #include "simulator/run/Simulation.h"
@@ -55,6 +56,15 @@ class Session {
         simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
     }
 
+    /// The run is served: shows it, and takes what is done by hand.
+    void Serve(LiveLink& link, const std::string& scenario, double pace) {
+        live_ = std::make_unique<LiveRun>(link, simulation_, scenario, pace);
+        simulation_.timeline.onAdvance = [this](Nanoseconds now) {
+            report_.boardTime = now;
+            live_->Look();
+        };
+    }
+
     bool BeginWith(const std::string& state) { return RestoreState(simulation_.board, state); }
 
     void ProgramExits() {
@@ -66,6 +76,9 @@ class Session {
     void NoteStep(std::uint64_t step) {
         report_.steps = step;
         report_.measurements = simulation_.console.Measurements();
+        if (live_) {
+            live_->StepBegan(step);
+        }
         if (step % RunReport::kFootprintEvery == RunReport::kFootprintStep) {
             report_.late = MeasureFootprint();
             if (step == RunReport::kFootprintStep) {
@@ -85,6 +98,9 @@ class Session {
     }
 
     void Finish(Ending ending, const std::string& text) {
+        if (live_) {
+            live_->End();
+        }
         simulation_.events.Finish();
         simulation_.waves.Finish();
         report_.boardTime = simulation_.board.Now();
@@ -114,6 +130,7 @@ class Session {
 
     RunReport& report_;
     Simulation simulation_;
+    std::unique_ptr<LiveRun> live_;
 };
 
 // Never destroyed: the program's threads and exit handlers may call in until the process is gone.
@@ -131,11 +148,13 @@ std::string TextOfFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-RunReport* MapReport(int descriptor) {
-    void* page = SIM_REAL(mmap64)(nullptr, sizeof(RunReport), PROT_READ | PROT_WRITE, MAP_SHARED,
+/// What the launcher shares behind a descriptor; null when it cannot be had.
+template <typename Shared>
+Shared* MapShared(int descriptor) {
+    void* page = SIM_REAL(mmap64)(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED,
                                   descriptor, 0);
     real::close(descriptor);
-    return page == MAP_FAILED ? nullptr : static_cast<RunReport*>(page);
+    return page == MAP_FAILED ? nullptr : static_cast<Shared*>(page);
 }
 
 /// Ends the program before it begins: there is no board that it could run on.
@@ -157,8 +176,10 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
     // What the program starts in turn is none of ours.
     unsetenv(kRunVariable);
     unsetenv("LD_PRELOAD");
-    RunReport* report = MapReport(request->reportDescriptor);
-    if (report == nullptr) {
+    auto* report = MapShared<RunReport>(request->reportDescriptor);
+    const bool served = request->liveDescriptor >= 0;
+    auto* live = served ? MapShared<LiveLink>(request->liveDescriptor) : nullptr;
+    if (report == nullptr || (served && live == nullptr)) {
         _exit(EXIT_FAILURE); // rather than touch this machine's own devices
     }
     report->armed = 1;
@@ -174,6 +195,9 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
     session = new Session(request->options, *report);
     if (!session->BeginWith(state)) {
         Refuse(*report, {boardFile + ": is not what --board has written"});
+    }
+    if (served) {
+        session->Serve(*live, TextOfFile(request->scenarioFile), request->options.pace);
     }
 }
 

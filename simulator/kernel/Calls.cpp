@@ -58,7 +58,7 @@ void Calls::Spend(std::string_view call) {
 }
 
 long Calls::Strike(std::string_view call, std::string_view path) {
-    const Fault* fault = faults.Meet(call, path);
+    const Fault* fault = faults.Meet(call, path, board.Now());
     cut_ = fault != nullptr ? fault->bytes : std::nullopt;
     const long error = fault != nullptr ? -fault->error : 0;
     if (error != 0) {

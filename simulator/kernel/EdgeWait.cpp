@@ -1,7 +1,5 @@
 #include "simulator/kernel/EdgeWait.h"
 
-#include <algorithm>
-
 namespace sim {
 
 long EdgeWait::Poll(pollfd& waiting, OpenFile& file, int timeout) {
@@ -40,7 +38,8 @@ long EdgeWait::Wait(pollfd& waiting, OpenFile& file, int timeout) {
         if (waiting.revents != 0 || calls_.timeline.Now() >= deadline) {
             return waiting.revents != 0 ? 1 : 0;
         }
-        calls_.timeline.SleepUntil(std::min(deadline, calls_.board.NextEvent()), reason, this);
+        calls_.timeline.Busy();
+        calls_.timeline.SleepUntilNews(deadline, reason, this);
     }
 }
 

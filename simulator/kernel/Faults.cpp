@@ -16,10 +16,10 @@ bool Matches(const std::string& pattern, std::string_view path) {
 
 } // namespace
 
-const Fault* Faults::Meet(std::string_view call, std::string_view path) {
-    const Fault* hit = nullptr;
+const Fault* Faults::Meet(std::string_view call, std::string_view path, Nanoseconds now) {
+    Fault* hit = nullptr;
     for (Fault& fault : armed_) {
-        if (fault.call != call || !Matches(fault.path, path)) {
+        if (fault.call != call || now < fault.at || !Matches(fault.path, path)) {
             continue;
         }
         ++fault.met;
@@ -28,6 +28,9 @@ const Fault* Faults::Meet(std::string_view call, std::string_view path) {
         if (due && hit == nullptr) {
             hit = &fault;
         }
+    }
+    if (hit != nullptr) {
+        ++hit->struck;
     }
     return hit;
 }

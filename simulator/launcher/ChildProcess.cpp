@@ -16,15 +16,6 @@ namespace {
 
 constexpr long kTickNanoseconds = 200'000'000;
 
-sigset_t AwaitedSignals() {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGCHLD);
-    sigaddset(&set, SIGINT);
-    sigaddset(&set, SIGTERM);
-    return set;
-}
-
 /// Only one of the program's threads runs at a time: on one processor they hand over some twice as
 /// fast.
 void StayOnThisProcessor() {
@@ -94,6 +85,15 @@ ChildEnd Await(pid_t child, double limit, const std::function<void()>& onTick) {
 
 } // namespace
 
+sigset_t AwaitedSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGCHLD);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    return set;
+}
+
 ChildEnd RunChild(const ChildCommand& command, const std::function<void()>& onTick) {
     const sigset_t awaited = AwaitedSignals();
     sigset_t oldMask;
@@ -116,6 +116,9 @@ ChildEnd RunChild(const ChildCommand& command, const std::function<void()>& onTi
     if (failed) {
         waitpid(child, nullptr, 0);
         return {ChildEnd::Kind::NotStarted, error};
+    }
+    if (command.onStart) {
+        command.onStart();
     }
     return Await(child, command.realTimeLimit, onTick);
 }

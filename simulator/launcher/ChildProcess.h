@@ -1,11 +1,15 @@
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace sim {
+
+/// The signals that end a run, and its program's end: blocked from RunChild on, and waited for.
+sigset_t AwaitedSignals();
 
 /// How the program's process ended.
 struct ChildEnd {
@@ -20,7 +24,8 @@ struct ChildCommand {
     std::string path;
     std::vector<std::string> arguments; ///< with the program's name as first
     std::vector<std::pair<std::string, std::string>> environment;
-    double realTimeLimit = 0.0; ///< seconds; 0: none
+    double realTimeLimit = 0.0;    ///< seconds; 0: none
+    std::function<void()> onStart; ///< called once the program runs, if set
 };
 
 /// Starts the program on one processor, waits for its end and calls onTick some times a second

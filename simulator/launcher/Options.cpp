@@ -13,6 +13,7 @@ namespace {
 /// Texts as given, before they are looked at.
 struct RawOptions {
     std::string pace = "max";
+    std::string serve;
     std::string start;
     std::string ioCost = "board";
     double boardTime = 0.0;
@@ -84,6 +85,10 @@ std::string CheckCost(const std::string& text) {
     return text == "none" || text == "board" ? "" : Instead("none or board", text);
 }
 
+std::string CheckPort(const std::string& text) {
+    return text.empty() ? "" : WholeNumber(0, 65535)(text);
+}
+
 std::string CheckPath(const std::string& text) {
     const bool path = !text.empty() && text != "--" && text.find('\n') == std::string::npos;
     return path ? "" : Instead("a path", text);
@@ -144,6 +149,10 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--pace", raw.pace, "max|real|FACTOR", CheckPace,
            "Board time against real time: max, real or a factor")
         ->capture_default_str();
+    option("--serve", raw.serve, "[PORT]", CheckPort,
+           "Open the instrument in a browser, at pace real unless told otherwise: prints the\n"
+           "address, on a port of this machine or on any free one, and stays until interrupted")
+        ->expected(0, 1);
     option("--start", raw.start, "TIME", CheckStart,
            "Date and time on the board's clock at the start, in UTC\n"
            "(\"2026-03-07 09:00:00\")");
@@ -190,6 +199,10 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
         exitStatus = static_cast<int>(help ? ExitStatus::AsAsked : ExitStatus::WrongUse);
         return std::nullopt;
     }
+    if (app.count("--serve") != 0) {
+        options.servePort = raw.serve.empty() ? 0 : *NumberOf<int>(raw.serve);
+        raw.pace = app.count("--pace") == 0 ? "real" : raw.pace;
+    }
     options.run.pace = *PaceOf(raw.pace);
     options.run.ioCosts = raw.ioCost == "board";
     if (!raw.start.empty()) {
@@ -199,7 +212,9 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
         options.run.limits.boardTime =
             static_cast<Nanoseconds>(std::llround(raw.boardTime * 1e6)) * 1'000;
     }
-    options.realTime = raw.realTime >= 0.0 ? raw.realTime : (options.run.pace == 0.0 ? 600.0 : 0.0);
+    options.realTime = raw.realTime >= 0.0
+                           ? raw.realTime
+                           : (options.run.pace == 0.0 && !options.servePort ? 600.0 : 0.0);
     return options;
 }
 

@@ -29,6 +29,7 @@ struct LauncherOptions {
     std::string root;                 ///< empty: a temporary folder that goes with the run
     std::string summaryFile;          ///< empty: none
     double realTime = 0.0;            ///< limit in seconds; 0: none
+    std::optional<int> servePort;     ///< of the live bench; 0: any free one
     std::vector<std::string> program; ///< with its arguments
 };
 

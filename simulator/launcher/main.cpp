@@ -4,19 +4,28 @@
 #include "simulator/launcher/Options.h"
 #include "simulator/launcher/ProgramFile.h"
 #include "simulator/launcher/Summary.h"
+#include "simulator/live/Bench.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
 #include "simulator/run/RunRoot.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <memory>
 #include <new>
+#include <sstream>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -32,10 +41,15 @@ int Refuse(ExitStatus status, const std::string& line) {
     return static_cast<int>(status);
 }
 
-std::string LibraryPath() {
+/// A place beside the folder of this program.
+std::string Beside(const char* place) {
     std::error_code error;
     const fs::path own = fs::canonical("/proc/self/exe", error);
-    return (own.parent_path().parent_path() / "lib" / "libsimulated-board.so").string();
+    return (own.parent_path().parent_path() / place).string();
+}
+
+std::string LibraryPath() {
+    return Beside("lib/libsimulated-board.so");
 }
 
 /// The page shared with the program, behind a descriptor that the program inherits.
@@ -62,10 +76,11 @@ std::pair<std::string, std::string> SanitizerOptions(const char* name, const std
 }
 
 sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& program,
-                             const std::string& root, int report) {
+                             const std::string& root, int report, const sim::Bench* bench) {
     sim::RunRequest request;
     request.program = program;
     request.reportDescriptor = report;
+    request.liveDescriptor = bench != nullptr ? bench->Descriptor() : -1;
     request.scenarioFile = options.scenarioFile;
     std::error_code error;
     request.options = options.run;
@@ -170,6 +185,70 @@ std::string OutputProblem(const LauncherOptions& options) {
     return "";
 }
 
+/// A word of a command as a shell takes it.
+std::string ShellWord(const std::string& text) {
+    const auto plain = [](char character) {
+        return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+               std::string_view("_./:=+,@%-").find(character) != std::string_view::npos;
+    };
+    if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) {
+        return text;
+    }
+    std::string word = "'";
+    for (const char character : text) {
+        word += character == '\''   ? R"('\'')"
+                : character == '\n' ? R"('$'\n'')"
+                                    : std::string(1, character);
+    }
+    return word + "'";
+}
+
+/// What repeats a run with a scenario of that name: all that its bytes depend on.
+std::string RepeatingCommand(const LauncherOptions& options) {
+    const sim::RunLimits& limits = options.run.limits;
+    char start[32];
+    const auto seconds = static_cast<std::time_t>(options.run.startTime);
+    std::strftime(start, sizeof start, "%F %T", std::gmtime(&seconds));
+    std::ostringstream command;
+    command << "simulate --scenario bench.toml --seed " << options.run.seed << " --start "
+            << ShellWord(start) << " --io-cost " << (options.run.ioCosts ? "board" : "none");
+    for (const auto& [option, limit] :
+         {std::pair{" --measurements ", limits.measurements}, std::pair{" --steps ", limits.steps},
+          std::pair{" --calls ", limits.calls}}) {
+        if (limit) {
+            command << option << *limit;
+        }
+    }
+    if (limits.boardTime != sim::kNever) {
+        char span[32];
+        std::snprintf(span, sizeof span, "%.6f", static_cast<double>(limits.boardTime) / 1e9);
+        command << " --board-time " << span;
+    }
+    command << " --";
+    for (const std::string& word : options.program) {
+        command << " " << ShellWord(word);
+    }
+    return command.str();
+}
+
+std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std::string& root) {
+    std::ifstream scenario(options.scenarioFile);
+    return std::make_unique<sim::Bench>(
+        sim::BenchSetup{*options.servePort,
+                        Beside("share/tavrelin/bench"),
+                        root + "/card",
+                        {std::istreambuf_iterator<char>(scenario), {}},
+                        RepeatingCommand(options)});
+}
+
+/// The bench stays when the program is gone, to show why.
+void AwaitInterruption() {
+    const sigset_t awaited = sim::AwaitedSignals();
+    for (int signal = 0; signal != SIGINT && signal != SIGTERM;) {
+        signal = sigwaitinfo(&awaited, nullptr);
+    }
+}
+
 int Run(const LauncherOptions& options, const std::string& program) {
     const sim::RunRoot root(options.root);
     if (!root.Problem().empty()) {
@@ -182,11 +261,23 @@ int Run(const LauncherOptions& options, const std::string& program) {
     if (shared.report == nullptr) {
         return Refuse(ExitStatus::CannotStart, "no memory to share with the program");
     }
+    std::unique_ptr<sim::Bench> bench;
+    if (options.servePort) {
+        bench = MakeBench(options, root.Path());
+        if (!bench->Problem().empty()) {
+            return Refuse(ExitStatus::CannotStart, bench->Problem());
+        }
+        std::cerr << "simulate: the bench is at " << bench->Address() << std::endl;
+    }
     sim::ChildEnd end;
     {
         ProgressLine progress(options.run.pace == 0.0);
-        end = RunChild(CommandFor(options, program, root.Path(), shared.descriptor),
-                       [&] { progress.Update(*shared.report); });
+        sim::ChildCommand command =
+            CommandFor(options, program, root.Path(), shared.descriptor, bench.get());
+        if (bench) {
+            command.onStart = [&] { bench->Start(); };
+        }
+        end = RunChild(command, [&] { progress.Update(*shared.report); });
     }
     const sim::RunBuffers& files = shared.report->files;
     bool whole = SaveRest("--events", options.run.eventsFile, files.events);
@@ -203,6 +294,11 @@ int Run(const LauncherOptions& options, const std::string& program) {
     }
     if (!outcome.line.empty()) {
         std::cerr << outcome.line << "\n";
+    }
+    if (bench && shared.report->armed != 0 && outcome.status != ExitStatus::BadScenario &&
+        end.kind != sim::ChildEnd::Kind::Interrupted) {
+        bench->End(outcome.line.empty() ? outcome.word : outcome.line);
+        AwaitInterruption();
     }
     return static_cast<int>(outcome.status);
 }

@@ -12,6 +12,7 @@ void EachField(Request& request, Visit visit) {
     auto& options = request.options;
     visit("program", request.program);
     visit("report", request.reportDescriptor);
+    visit("live", request.liveDescriptor);
     visit("scenario", request.scenarioFile);
     visit("seed", options.seed);
     visit("start", options.startTime);

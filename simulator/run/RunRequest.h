@@ -13,6 +13,7 @@ namespace sim {
 struct RunRequest {
     std::string program; ///< resolved path of the one program to arm in
     int reportDescriptor = -1;
+    int liveDescriptor = -1;  ///< of a run that is served; else -1
     std::string scenarioFile; ///< as the user named it; empty: the default scenario
     RunOptions options;       ///< all but the scenario
 };

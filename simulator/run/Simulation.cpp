@@ -71,9 +71,12 @@ void Simulation::ShowHeld(FILE* stream) {
     HandOn(console.Release(), stream);
 }
 
-void Simulation::HandOn(const std::string& text, FILE* stream) {
+void Simulation::HandOn(std::string_view text, FILE* stream) {
     real::fwrite(text.data(), 1, text.size(), stream);
     waves.Show(text);
+    if (onShow) {
+        onShow(text);
+    }
 }
 
 } // namespace sim

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace sim {
 
@@ -42,6 +43,8 @@ class Simulation {
     std::unique_ptr<RunBuffers> ownBuffers_;
 
   public:
+    /// Called with what was handed on, if set.
+    std::function<void(std::string_view)> onShow;
     RunEnd end; ///< how is to be set before the program does anything
     EventLog events;
     Board board;
@@ -52,7 +55,7 @@ class Simulation {
     Waveform waves{board, console};
 
   private:
-    void HandOn(const std::string& text, FILE* stream);
+    void HandOn(std::string_view text, FILE* stream);
 };
 
 } // namespace sim

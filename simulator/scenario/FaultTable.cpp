@@ -98,6 +98,7 @@ void ReadFailure(TomlTable& table, Fault& fault) {
 void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     Fault fault;
     ReadCall(table, fault);
+    table.ReadSeconds("at", fault.at, 0.0, kLongestRun);
     table.ReadInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
     ReadFailure(table, fault);
     std::string repeat = "once";

@@ -7,34 +7,65 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
+#include <map>
 
 namespace sim {
 namespace {
 
-constexpr double kLongestRun = 1e9; // seconds, some thirty years
+constexpr double kLeastAbsorbance = -2.0;
+constexpr double kMostAbsorbance = 6.0;
+constexpr double kMostNoise = 1e7;
+
+/// One moment at which the world does something; the caller reads what it is.
+WorldEvent ReadEvent(TomlTable& table, WorldEvent::Kind kind,
+                     std::initializer_list<const char*> needed) {
+    WorldEvent event;
+    event.kind = kind;
+    for (const char* key : needed) {
+        table.Require(key);
+    }
+    table.ReadSeconds("at", event.at, 0.0, kLongestRun);
+    return event;
+}
+
+/// The same, of something that a number tells.
+void ReadNumberEvents(TomlTable& table, BoardSetup& board, WorldEvent::Kind kind, const char* key,
+                      double least, double most) {
+    table.Tables("event", [&](TomlTable& entry) {
+        WorldEvent event = ReadEvent(entry, kind, {"at", key});
+        entry.Read(key, event.number, least, most);
+        board.events.push_back(event);
+    });
+}
 
 void ReadSample(TomlTable& table, BoardSetup& board) {
-    table.ReadNumbers("absorbance", board.absorbances, -2.0, 6.0);
+    table.ReadNumbers("absorbance", board.absorbances, kLeastAbsorbance, kMostAbsorbance);
+    ReadNumberEvents(table, board, WorldEvent::Kind::SetNextSample, "absorbance", kLeastAbsorbance,
+                     kMostAbsorbance);
 }
 
 void ReadDetector(TomlTable& table, BoardSetup& board) {
     table.ReadInteger("dark", board.detector.dark, -16'777'216, 16'777'215);
     table.ReadInteger("reference", board.detector.reference, -16'777'216, 16'777'215);
-    table.Read("noise", board.detector.noise, 0.0, 1e7);
+    table.Read("noise", board.detector.noise, 0.0, kMostNoise);
+    ReadNumberEvents(table, board, WorldEvent::Kind::SetNoise, "noise", 0.0, kMostNoise);
 }
 
 void ReadCardEvent(TomlTable& table, BoardSetup& board) {
-    WorldEvent event;
-    table.Require("at");
-    table.Require("do");
-    table.ReadSeconds("at", event.at, 0.0, kLongestRun);
+    using Kind = WorldEvent::Kind;
+    static const std::map<std::string, Kind> kinds{{"insert", Kind::InsertCard},
+                                                   {"remove", Kind::RemoveCard},
+                                                   {"lock", Kind::LockCard},
+                                                   {"unlock", Kind::UnlockCard}};
     std::string action;
     table.Read("do", action);
-    if (action != "insert" && action != "remove") {
-        table.Fail("do", R"(takes "insert" or "remove")");
+    const auto kind = kinds.find(action);
+    const bool known = kind != kinds.end();
+    board.events.push_back(ReadEvent(table, known ? kind->second : Kind::RemoveCard, {"at", "do"}));
+    if (!known) {
+        table.Fail("do", R"(takes "insert", "remove", "lock" or "unlock")");
     }
-    event.kind = action == "insert" ? WorldEvent::Kind::InsertCard : WorldEvent::Kind::RemoveCard;
-    board.events.push_back(event);
 }
 
 void ReadCard(TomlTable& table, BoardSetup& board) {
@@ -57,15 +88,18 @@ void ReadCard(TomlTable& table, BoardSetup& board) {
 void ReadPump(TomlTable& table, BoardSetup& board) {
     table.Read("flag_seen", board.pump.flagSeen);
     table.Read("on_flag_at_start", board.pump.onFlag);
+    table.Tables("event", [&](TomlTable& entry) {
+        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::ShowFlag, {"at", "flag_seen"});
+        bool seen = true;
+        entry.Read("flag_seen", seen);
+        event.value = seen ? 1 : 0;
+        board.events.push_back(event);
+    });
 }
 
 void ReadClock(TomlTable& table, BoardSetup& board) {
     table.Tables("jump", [&](TomlTable& jump) {
-        WorldEvent event;
-        event.kind = WorldEvent::Kind::JumpClock;
-        jump.Require("at");
-        jump.Require("seconds");
-        jump.ReadSeconds("at", event.at, 0.0, kLongestRun);
+        WorldEvent event = ReadEvent(jump, WorldEvent::Kind::JumpClock, {"at", "seconds"});
         jump.ReadInteger("seconds", event.value, -2'000'000'000, 2'000'000'000);
         board.events.push_back(event);
     });
@@ -85,12 +119,7 @@ void ReadLines(TomlTable& table, BoardSetup& board) {
     CheckLineNames(table, "exported", board.lines.exported);
     CheckLineNames(table, "high", board.lines.high);
     table.Tables("event", [&](TomlTable& entry) {
-        WorldEvent event;
-        event.kind = WorldEvent::Kind::SetInput;
-        for (const char* key : {"at", "line", "level"}) {
-            entry.Require(key);
-        }
-        entry.ReadSeconds("at", event.at, 0.0, kLongestRun);
+        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::SetInput, {"at", "line", "level"});
         entry.ReadInteger("level", event.value, 0, 1);
         std::string name;
         entry.Read("line", name);

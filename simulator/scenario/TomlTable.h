@@ -15,6 +15,9 @@
 
 namespace sim {
 
+/// Seconds, some thirty years: no moment of a scenario is later.
+inline constexpr double kLongestRun = 1e9;
+
 /// Collects the first error met while a scenario is read.
 struct TomlProblems {
     std::string file;

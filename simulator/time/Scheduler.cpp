@@ -79,6 +79,14 @@ void Scheduler::Wake(const void* key) {
     }
 }
 
+void Scheduler::WakeForBoard(Nanoseconds moment) {
+    for (Thread* thread : waiting_) {
+        if (thread->awaitsBoard) {
+            thread->wakeAt = std::min(thread->wakeAt, moment);
+        }
+    }
+}
+
 void Scheduler::Chance(Thread& self) {
     if (order_ == ThreadOrder::Seeded && !ready_.empty() && noise_.Below(kChanceOneIn) == 0) {
         ready_.push_back(&self);

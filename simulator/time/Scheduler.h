@@ -33,6 +33,7 @@ class Scheduler {
         Nanoseconds wakeAt = kNever;
         const void* waitsFor = nullptr;
         std::string waitReason;
+        bool awaitsBoard = false; ///< asleep no longer than to the board's next event
         bool finished = false;
     };
 
@@ -63,6 +64,9 @@ class Scheduler {
     /// Waits until somebody wakes the key.
     void WaitFor(Thread& self, const void* key, std::string reason);
     void Wake(const void* key);
+    /// Something was planned on the board for a moment to come: who sleeps to its next event wakes
+    /// by then.
+    void WakeForBoard(Nanoseconds moment);
     /// Hands over to any thread that could run, where the seed picks the order; else does nothing.
     void Chance(Thread& self);
 

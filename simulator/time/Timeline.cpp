@@ -3,6 +3,7 @@
 #include "simulator/libc/Real.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace sim {
 namespace {
@@ -29,9 +30,39 @@ void Timeline::SleepUntil(Nanoseconds moment, const std::string& reason, const v
     }
 }
 
+void Timeline::SleepUntilNews(Nanoseconds moment, const std::string& reason, const void* key) {
+    moment = std::min(moment, board_.NextEvent());
+    if (moment > Now()) {
+        Scheduler::Thread& self = *ThreadSelf();
+        self.awaitsBoard = true;
+        scheduler_.SleepUntil(self, moment, reason, key);
+        self.awaitsBoard = false;
+    }
+}
+
+void Timeline::SetPace(double pace) {
+    constexpr double longestPiece = 20e6;
+    pace_ = pace;
+    piece_ = pace > 0.0 ? std::max<Nanoseconds>(std::llround(pace * longestPiece), 1) : kNever;
+    if (pace > 0.0) {
+        realStart_ = real::MonotonicNanoseconds() -
+                     static_cast<long long>(static_cast<double>(Now()) / pace);
+    }
+}
+
+void Timeline::Work(Nanoseconds span) {
+    const Nanoseconds until = Now() + span;
+    do {
+        AdvanceTo(until);
+    } while (Now() < until);
+}
+
 void Timeline::AdvanceTo(Nanoseconds moment) {
     if (moment <= Now()) {
         return;
+    }
+    if (piece_ < moment - Now()) {
+        moment = Now() + piece_;
     }
     board_.AdvanceTo(std::min(moment, limit_));
     if (onAdvance) {
@@ -64,10 +95,7 @@ void Timeline::PollsLine(unsigned line) {
 void Timeline::Pause(unsigned before, const std::string& reason) {
     board_.Settle(); // else what is due now would end every pause before it begins
     const Nanoseconds span = std::min(kFirstPause << std::min(before, 6U), kLongestPause);
-    const Nanoseconds until = std::min(Now() + span, std::max(board_.NextEvent(), Now()));
-    if (until > Now()) {
-        scheduler_.SleepUntil(*ThreadSelf(), until, reason);
-    }
+    SleepUntilNews(Now() + span, reason);
 }
 
 void Timeline::LineRead(unsigned line, bool level) {

@@ -19,10 +19,15 @@ class Timeline {
 
     Nanoseconds Now() const { return board_.Now(); }
     /// The calling thread works for a span: time passes, nobody else runs.
-    void Work(Nanoseconds span) { AdvanceTo(Now() + span); }
+    void Work(Nanoseconds span);
     /// The calling thread sleeps until a moment; others run.
     /// With a key, also until somebody wakes it.
     void SleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
+    /// The same, but no longer than to the board's next event; a poll in progress goes on.
+    void SleepUntilNews(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
+    /// From now on so many board seconds pass in a real one (0: as fast as it goes), in pieces of
+    /// at most 20 ms of real time, after each of which onAdvance is called.
+    void SetPace(double pace);
 
     /// The calling thread is about to read a line's level once more. After 16 equal reads in a row
     /// each further one costs a growing span of up to 1 ms, cut short where the line may change.
@@ -44,6 +49,7 @@ class Timeline {
     Scheduler& scheduler_;
     Nanoseconds limit_;
     double pace_;
+    Nanoseconds piece_ = kNever; ///< the longest advance
     const RunEnd& end_;
     long long realStart_;
     unsigned polledLine_ = ~0U;

@@ -97,6 +97,9 @@ Names KnownKeys() {
     const std::pair<const char*, const char*> events[]{
         {"card.event", "at = 1\ndo = 'insert'"},
         {"clock.jump", "at = 1\nseconds = 1"},
+        {"sample.event", "at = 1\nabsorbance = 1"},
+        {"detector.event", "at = 1\nnoise = 1"},
+        {"pump.event", "at = 1\nflag_seen = false"},
         {"lines.event", "at = 1\nline = 'A0'\nlevel = 1"},
         {"adc.input", "number = 1\nvolts = 1"}};
     for (const auto& [table, right] : events) {

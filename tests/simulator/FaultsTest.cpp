@@ -25,7 +25,7 @@ std::string Pattern(const Fault& fault, std::string_view call = "open",
     Faults faults({fault});
     std::string text;
     for (int i = 0; i < 10; ++i) {
-        text += faults.Meet(call, path) ? 'x' : '.';
+        text += faults.Meet(call, path, 0) ? 'x' : '.';
     }
     return text;
 }
@@ -54,19 +54,19 @@ TEST(Faults, MeetTheirCallAndPathOnly) {
 
 TEST(Faults, CountOneByOne) {
     Faults faults({FaultOn("open", "/a", 1), FaultOn("open", "/b", 2), FaultOn("open", "", 4)});
-    EXPECT_TRUE(faults.Meet("open", "/a"));
-    EXPECT_FALSE(faults.Meet("open", "/b"));
-    EXPECT_TRUE(faults.Meet("open", "/b"));
-    EXPECT_TRUE(faults.Meet("open", "/c")) << "the fourth of any path";
-    EXPECT_FALSE(faults.Meet("open", "/a"));
+    EXPECT_TRUE(faults.Meet("open", "/a", 0));
+    EXPECT_FALSE(faults.Meet("open", "/b", 0));
+    EXPECT_TRUE(faults.Meet("open", "/b", 0));
+    EXPECT_TRUE(faults.Meet("open", "/c", 0)) << "the fourth of any path";
+    EXPECT_FALSE(faults.Meet("open", "/a", 0));
 }
 
 TEST(Faults, TheFirstOfTwoDecides) {
     Faults faults({{"read", "", 1, EIO, std::nullopt, false},
                    {"read", "", 1, 0, 2, false},
                    {"read", "", 2, 0, 2, false}});
-    EXPECT_EQ(faults.Meet("read", "/a")->error, EIO);
-    const auto second = faults.Meet("read", "/a");
+    EXPECT_EQ(faults.Meet("read", "/a", 0)->error, EIO);
+    const auto second = faults.Meet("read", "/a", 0);
     EXPECT_EQ(second->error, 0);
     EXPECT_EQ(second->bytes, 2U);
 }

@@ -87,7 +87,12 @@ TEST(WrongScenario, HasAValueThatItsKeyDoesNotTake) {
 /// A table's lines with one that is wrong or missing, and what is said of it.
 const std::string kWrongTables = R"([[card.event]]; do = 'insert' | 1: card.event.at: is missing
 [[card.event]]; at = 1 | 1: card.event.do: is missing
-[[card.event]]; at = 1; do = 'pull' | 3: card.event.do: takes "insert" or "remove"
+[[card.event]]; at = 1; do = 'pull' | 3: card.event.do: takes "insert", "remove", "lock" or "unlock"
+[[sample.event]]; at = 1 | 1: sample.event.absorbance: is missing
+[[sample.event]]; at = 1; absorbance = 6.01 | 3: sample.event.absorbance: takes a number from -2 to 6
+[[detector.event]]; at = 1; noise = -1 | 3: detector.event.noise: takes a number from 0 to 10000000
+[[pump.event]]; at = 1; flag_seen = 1 | 3: pump.event.flag_seen: takes true or false
+[[fault]]; call = 'open'; errno = 'EIO'; at = -1 | 4: fault.at: takes a number from 0 to 1000000000
 [[card.event]]; at = -1; do = 'insert' | 2: card.event.at: takes a number from 0 to 1000000000
 [[clock.jump]]; at = 1 | 1: clock.jump.seconds: is missing
 [[clock.jump]]; at = 1; seconds = 0.5 | 3: clock.jump.seconds: takes a whole number from -2000000000 to 2000000000
@@ -147,7 +152,7 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
               "converter, detector, fault, file_system, indicator, lines, mount_table, pump, "
               "sample, threads");
     EXPECT_EQ(ErrorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\nonce = true"),
-              "4: fault.once: unknown key; known here: bytes, call, errno, occurrence, path, "
+              "4: fault.once: unknown key; known here: at, bytes, call, errno, occurrence, path, "
               "repeat");
     for (const char* table : {"board", "sample", "detector", "card", "clock", "lines", "threads",
                               "mount_table", "indicator", "adc", "converter", "channels"}) {

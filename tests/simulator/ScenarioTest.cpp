@@ -132,14 +132,33 @@ TEST(Scenario, OrdersWhatBefallsTheBoardByTime) {
                                     "[[card.event]]\nat = 3\ndo = \"insert\"\n"
                                     "[[clock.jump]]\nat = 0.0000005\nseconds = -3600\n");
     std::vector<std::tuple<sim::Nanoseconds, Kind, std::int64_t, unsigned>> events;
-    for (const auto& [at, kind, value, line] : scenario.board.events) {
-        events.emplace_back(at, kind, value, line);
+    for (const sim::WorldEvent& event : scenario.board.events) {
+        events.emplace_back(event.at, event.kind, event.value, event.line);
     }
     EXPECT_THAT(events, ElementsAre(std::tuple(sim::Microseconds(1), Kind::JumpClock, -3600, 0),
                                     std::tuple(sim::Milliseconds(2500), Kind::RemoveCard, 0, 0),
                                     std::tuple(sim::Seconds(3), Kind::InsertCard, 0, 0),
                                     std::tuple(sim::Seconds(4), Kind::SetInput, 1, 50U)))
         << "to the nearest microsecond";
+}
+
+TEST(Scenario, LetsAHandMeddleWithSampleDetectorCardAndFlag) {
+    const std::vector<sim::WorldEvent> events =
+        Parse("[[sample.event]]\nat = 1\nabsorbance = 0.8\n"
+              "[[detector.event]]\nat = 2\nnoise = 12.5\n"
+              "[[card.event]]\nat = 3\ndo = 'lock'\n[[card.event]]\nat = 4\ndo = 'unlock'\n"
+              "[[pump.event]]\nat = 5\nflag_seen = false\n"
+              "[[pump.event]]\nat = 6\nflag_seen = true\n")
+            .board.events;
+    std::vector<std::tuple<Kind, double, std::int64_t>> read;
+    for (const sim::WorldEvent& event : events) {
+        read.emplace_back(event.kind, event.number, event.value);
+    }
+    EXPECT_THAT(
+        read,
+        ElementsAre(std::tuple(Kind::SetNextSample, 0.8, 0), std::tuple(Kind::SetNoise, 12.5, 0),
+                    std::tuple(Kind::LockCard, 0.0, 0), std::tuple(Kind::UnlockCard, 0.0, 0),
+                    std::tuple(Kind::ShowFlag, 0.0, 0), std::tuple(Kind::ShowFlag, 0.0, 1)));
 }
 
 TEST(Scenario, SetsFaults) {
