@@ -108,6 +108,7 @@ std::string Problem(const ScenarioError& error) {
 
 LiveRun::LiveRun(LiveLink& link, Simulation& simulation, std::string scenario, double pace)
     : link_(link), simulation_(simulation), scenario_(std::move(scenario)), pace_(pace) {
+    scenario_ += '\n'; // its last line may lack one
     simulation_.timeline.SetPace(pace_);
     simulation_.onShow = [this](std::string_view text) { ReadAlong(text); };
     auto& detector = simulation_.board.converter.detector;
@@ -196,11 +197,8 @@ std::string LiveRun::CarryOut(const std::string& command, Nanoseconds& at) {
         simulation_.timeline.SetPace(pace_);
         return {};
     }
-    if (command == "step") {
-        pauseAtStep_ = simulation_.console.Steps() + 1;
-    } else if (command == "measurement") {
-        pauseAtMeasurement_ = simulation_.console.Measurements() + 1;
-    }
+    pauseAtStep_ = command == "step" ? simulation_.console.Steps() + 1 : 0;
+    pauseAtMeasurement_ = command == "measurement" ? simulation_.console.Measurements() + 1 : 0;
     paused_ = command == "pause";
     return {};
 }
