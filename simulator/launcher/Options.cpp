@@ -145,7 +145,7 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "End after so many seconds of board time");
     option("--real-time", raw.realTime, "SECONDS", SpanOfSeconds(0.0, "0"),
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
-           "else 0)");
+           "else and with --serve 0)");
     option("--pace", raw.pace, "max|real|FACTOR", CheckPace,
            "Board time against real time: max, real or a factor")
         ->capture_default_str();
@@ -200,6 +200,13 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
         return std::nullopt;
     }
     if (app.count("--serve") != 0) {
+        if (!options.run.boardFile.empty()) {
+            std::cerr
+                << "simulate: --serve does not go with --board, whose file is another after the "
+                   "run (simulate --help explains every option)\n";
+            exitStatus = static_cast<int>(ExitStatus::WrongUse);
+            return std::nullopt;
+        }
         options.servePort = raw.serve.empty() ? 0 : *NumberOf<int>(raw.serve);
         raw.pace = app.count("--pace") == 0 ? "real" : raw.pace;
     }

@@ -263,6 +263,12 @@ int Run(const LauncherOptions& options, const std::string& program) {
     }
     std::unique_ptr<sim::Bench> bench;
     if (options.servePort) {
+        if (std::error_code error; fs::exists(options.scenarioFile, error) &&
+                                   !fs::is_regular_file(options.scenarioFile, error)) {
+            return Refuse(ExitStatus::CannotStart,
+                          "--scenario " + options.scenarioFile +
+                              ": --serve takes a file that can be read twice");
+        }
         bench = MakeBench(options, root.Path());
         if (!bench->Problem().empty()) {
             return Refuse(ExitStatus::CannotStart, bench->Problem());

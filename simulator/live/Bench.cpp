@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -118,6 +119,10 @@ class Bench::Server {
     void Start() {
         std::signal(SIGPIPE, SIG_IGN);
         thread_ = std::thread([this] { http_.listen_after_bind(); });
+        // Before it runs, it could not be stopped.
+        for (int i = 0; i < 1000 && !http_.is_running(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     }
     std::string Address() const {
         return "http://127.0.0.1:" + std::to_string(port_) + "/?token=" + token_;

@@ -208,7 +208,8 @@ std::string LiveFeed::Whole() const {
 }
 
 std::string LiveFeed::All() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    changed_.wait_for(lock, 2s, [&] { return stopped_ || ended_ || !shown_.empty(); });
     return Whole();
 }
 

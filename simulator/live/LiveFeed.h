@@ -31,7 +31,7 @@ class LiveFeed {
     void Stop();
     bool Ended() const { return ended_; }
 
-    /// All there is to know at this moment.
+    /// All there is to know at this moment; waits some time for the run to tell its first state.
     std::string All();
     /// The events after a frame, which is then the last one seen; 0, and a frame that is no longer
     /// kept, is answered with everything. Waits up to a second, then gives a comment; empty when

@@ -166,6 +166,31 @@ TEST(World, ActsAtItsTimes) {
                                         "3000 clock set by -3600 s", "4000 input A7 1"}));
 }
 
+TEST(World, MeddlesWithSampleNoiseLockAndFlag) {
+    BoardSetup setup;
+    setup.pump.onFlag = true;
+    setup.events = {{Seconds(1), Kind::SetNextSample, 0, 0, 0.8},
+                    {Seconds(2), Kind::SetNoise, 0, 0, 40.0},
+                    {Seconds(3), Kind::LockCard},
+                    {Seconds(4), Kind::ShowFlag, 0},
+                    {Seconds(5), Kind::ShowFlag, 1},
+                    {Seconds(6), Kind::UnlockCard}};
+    BoardModel model(setup);
+    EXPECT_FALSE(model.HomeSensor()) << "low: the flag is in it";
+    model.Wait(4'000);
+    EXPECT_TRUE(model.HomeSensor());
+    EXPECT_TRUE(model.board.card.writeProtected);
+    EXPECT_EQ(model.board.DetectorNoise(), 40.0);
+    EXPECT_EQ(model.board.cell.NextAbsorbance(), 0.8);
+    model.Wait(2'000);
+    EXPECT_FALSE(model.HomeSensor());
+    EXPECT_FALSE(model.board.card.writeProtected);
+    EXPECT_EQ(model.told, (std::vector<std::string>{
+                              "1000 sample next 0.8", "2000 detector noise 40", "3000 card locked",
+                              "4000 flag blocked", "4000 flag leaves the sensor", "5000 flag free",
+                              "5000 flag enters the sensor", "6000 card unlocked"}));
+}
+
 TEST(World, NeverGoesBack) {
     BoardModel model;
     model.Wait(5);

@@ -52,6 +52,17 @@ TEST(Faults, MeetTheirCallAndPathOnly) {
     EXPECT_EQ(Pattern(FaultOn("open", "")), "x.........") << "any path";
 }
 
+TEST(Faults, CountFromTheirMomentOn) {
+    Fault late = FaultOn("open", "/a", 2);
+    late.at = 5'000;
+    Faults faults({late});
+    EXPECT_FALSE(faults.Meet("open", "/a", 4'999));
+    EXPECT_FALSE(faults.Meet("open", "/a", 5'000)) << "the first that counts";
+    EXPECT_EQ(faults.Armed().front().struck, 0U);
+    EXPECT_TRUE(faults.Meet("open", "/a", 5'000));
+    EXPECT_EQ(faults.Armed().front().struck, 1U);
+}
+
 TEST(Faults, CountOneByOne) {
     Faults faults({FaultOn("open", "/a", 1), FaultOn("open", "/b", 2), FaultOn("open", "", 4)});
     EXPECT_TRUE(faults.Meet("open", "/a", 0));

@@ -82,7 +82,8 @@ class LiveRepeat : public testing::TestWithParam<Way> {
                 return;
             }
             ASSERT_EQ(status, 200) << deed << body;
-            LiveBench::Wait(static_cast<int>(Below(static_cast<std::size_t>(GetParam().longestWait))));
+            LiveBench::Wait(
+                static_cast<int>(Below(static_cast<std::size_t>(GetParam().longestWait))));
         }
         bench.Post(R"({"do":"run"})");
         bench.Post(R"({"do":"pace","value":0})");
@@ -106,11 +107,10 @@ TEST_P(LiveRepeat, GivesTheSameRunByteForByte) {
 
     std::smatch head;
     ASSERT_TRUE(std::regex_search(scenario, head, std::regex("\n#   simulate (.*)\n"))) << scenario;
-    const CommandResult again =
-        RunCommand({"sh", "-c",
-                    "cd " + folder.Path() + " && " + Binary("simulate") +
-                        " --events second.events --root second " + head[1].str() +
-                        " > second.console"});
+    const CommandResult again = RunCommand({"sh", "-c",
+                                            "cd " + folder.Path() + " && " + Binary("simulate") +
+                                                " --events second.events --root second " +
+                                                head[1].str() + " > second.console"});
     EXPECT_EQ(TextOf(folder.Path("second.console")), TextOf(folder.Path("first.console")));
     EXPECT_TRUE(TextOf(folder.Path("second.events")) == TextOf(folder.Path("first.events")))
         << scenario << again.error;

@@ -61,6 +61,7 @@ std::vector<WrongUse> WrongValues() {
           "2026-3-7 9:0:0", "1969-12-31 23:59:59", "2026-03-07T09:00:00", ""}},
         {"--root", "a path", {"", "a\nb"}},
         {"--board", "a path", {""}},
+        {"--serve", "a whole number from 0 to 65535", {"-1", "65536", "http", "1.5"}},
         {"--events", "a path", {""}},
         {"--vcd", "a path", {"", "a\nb"}},
         {"--summary", "a path", {""}},
@@ -80,6 +81,9 @@ INSTANTIATE_TEST_SUITE_P(Itself, WrongOption,
                          testing::Values(WrongUse{{"--speed", "3"}, "--speed: no such option"},
                                          WrongUse{{"-s"}, "-s: no such option"},
                                          WrongUse{{"--io-cost", "none"}, "--io-cost: given twice"},
+                                         WrongUse{{"--serve", "--board", "file"},
+                                                  "--serve does not go with --board, whose file is "
+                                                  "another after the run"},
                                          WrongUse{{"--seed", "1", "--seed", "2"},
                                                   "--seed: given twice"}));
 

@@ -119,6 +119,20 @@ TEST(SampleCell, TakesItsSamplesOneByOneAndKeepsTheLast) {
     EXPECT_EQ(cell.cell.Flushes(), 5U);
 }
 
+TEST(SampleCell, TakesWhatWasPutThereNext) {
+    Cell cell({0.1, 0.2, 0.3});
+    cell.Flush(); // priming
+    EXPECT_EQ(Measure(cell), 0.1);
+    cell.cell.SetNext(0.7);
+    EXPECT_EQ(cell.cell.TrueAbsorbance(), 0.1) << "the one in the cell is what it was";
+    EXPECT_EQ(cell.cell.NextAbsorbance(), 0.7);
+    EXPECT_EQ(Measure(cell), 0.7);
+    EXPECT_EQ(Measure(cell), 0.3) << "the list goes on";
+    cell.cell.SetNext(0.9);
+    EXPECT_EQ(Measure(cell), 0.9);
+    EXPECT_EQ(Measure(cell), 0.9) << "the last one stays";
+}
+
 TEST(SampleCell, TheValveDoesNotCloseWithinAMillisecond) {
     Cell cell({0.1, 0.2, 0.3});
     cell.Flush();

@@ -146,7 +146,7 @@ TEST(WrongScenario, AFaultMayMeetAllPathsThatBeginAlike) {
 
 TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
     EXPECT_EQ(ErrorOf("\n[pump]\nflag = false"),
-              "3: pump.flag: unknown key; known here: flag_seen, on_flag_at_start");
+              "3: pump.flag: unknown key; known here: event, flag_seen, on_flag_at_start");
     EXPECT_EQ(ErrorOf("[pumps]\n"),
               "1: pumps: unknown key; known here: adc, attributes, board, card, channels, clock, "
               "converter, detector, fault, file_system, indicator, lines, mount_table, pump, "
@@ -159,12 +159,13 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
         EXPECT_THAT(ErrorOf(std::string(table) + ".unknown = 1"),
                     StartsWith(std::string("1: ") + table + ".unknown: unknown key; known here: "));
     }
-    for (const char* table :
-         {"card.event", "clock.jump", "lines.event", "adc.input", "file_system"}) {
+    for (const char* table : {"card.event", "clock.jump", "lines.event", "sample.event",
+                              "detector.event", "pump.event", "adc.input", "file_system"}) {
         EXPECT_THAT(
             ErrorOf(std::string("[[") + table +
                     "]]\nat = 1\ndo = 'insert'\nseconds = 1\nline = 'A0'\nlevel = 1\nnumber = 1\n"
-                    "volts = 1\ndirectory = '/'\nunknown = 1"),
+                    "volts = 1\ndirectory = '/'\nabsorbance = 1\nnoise = 1\nflag_seen = true\n"
+                    "unknown = 1"),
             HasSubstr("unknown key; known here: "));
     }
 }
