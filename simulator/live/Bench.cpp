@@ -152,9 +152,9 @@ class Bench::Server {
                                          "form-action 'none'"}});
         http_.set_error_handler([](const Request&, Response& response) {
             if (response.body.empty()) {
-                const bool long_ = response.status == 413;
-                Fail(response, long_ ? 400 : response.status,
-                     long_ ? "the body is too long" : "nothing of this name is served");
+                const bool tooLong = response.status == 413;
+                Fail(response, tooLong ? 400 : response.status,
+                     tooLong ? "the body is too long" : "nothing of this name is served");
             }
         });
     }

@@ -20,8 +20,8 @@ constexpr std::size_t kFramesKept = 40; // two seconds
 constexpr std::size_t kReadingsInAFrame = 400;
 constexpr std::size_t kReadingsKept = 1200;
 constexpr std::size_t kResultsKept = 256;
-constexpr std::size_t kConsoleKept = 16 * 1024;
-constexpr std::size_t kLogShown = 4 * 1024;
+constexpr std::size_t kConsoleKept = 16'384;
+constexpr std::size_t kLogShown = 4'096;
 constexpr std::size_t kDoneKept = 100;
 
 std::string Pair(const LiveFigure& figure) {

@@ -135,7 +135,8 @@ LiveHand::Answer Refuse(const std::string& why, int status = 400) {
 
 } // namespace
 
-LiveHand::LiveHand(LiveLink& link, LiveFeed& feed, std::string scenario, const std::string& command)
+LiveHand::LiveHand(LiveLink& link, LiveFeed& feed, const std::string& scenario,
+                   const std::string& command)
     : link_(link), feed_(feed),
       scenario_("# Made on the live bench. Repeats the run byte for byte:\n#   " + command + "\n") {
     scenario_ += scenario;

@@ -13,7 +13,8 @@ class LiveHand {
   public:
     /// scenario: the text that the run began with. command: what repeats the run, as a shell takes
     /// it.
-    LiveHand(LiveLink& link, LiveFeed& feed, std::string scenario, const std::string& command);
+    LiveHand(LiveLink& link, LiveFeed& feed, const std::string& scenario,
+             const std::string& command);
 
     /// An HTTP status and what goes with it, as JSON.
     struct Answer {
