@@ -50,13 +50,6 @@ void Timeline::SetPace(double pace) {
     }
 }
 
-void Timeline::Work(Nanoseconds span) {
-    const Nanoseconds until = Now() + span;
-    do {
-        AdvanceTo(until);
-    } while (Now() < until);
-}
-
 void Timeline::AdvanceTo(Nanoseconds moment) {
     if (moment <= Now()) {
         return;

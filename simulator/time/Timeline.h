@@ -19,7 +19,12 @@ class Timeline {
 
     Nanoseconds Now() const { return board_.Now(); }
     /// The calling thread works for a span: time passes, nobody else runs.
-    void Work(Nanoseconds span);
+    void Work(Nanoseconds span) {
+        const Nanoseconds until = Now() + span;
+        do {
+            AdvanceTo(until);
+        } while (Now() < until);
+    }
     /// The calling thread sleeps until a moment; others run.
     /// With a key, also until somebody wakes it.
     void SleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
