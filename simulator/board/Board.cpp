@@ -13,7 +13,7 @@ namespace {
 /// The fewest digits that stand for this number and no other.
 std::string ShortText(double number) {
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    const char* end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
     return {text.data(), end};
 }
 
