@@ -13,8 +13,8 @@ namespace {
 /// The fewest digits that stand for this number and no other.
 std::string ShortText(double number) {
     std::array<char, 32> text{};
-    const char* end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
-    return {text.data(), end};
+    std::to_chars(text.data(), text.data() + text.size(), number);
+    return text.data();
 }
 
 } // namespace

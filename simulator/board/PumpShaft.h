@@ -30,8 +30,6 @@ class PumpShaft {
     /// The step of the turn, 0 to 1599.
     std::int64_t StepOfTurn(Nanoseconds now) const { return Position(now) % kStepsPerTurn; }
     bool Turning() const { return period_ != 0; }
-    /// Step of the present turn, 0 to kStepsPerTurn - 1.
-    std::int64_t StepOfTurn(Nanoseconds now) const { return Position(now) % kStepsPerTurn; }
     /// Whether the sensor can see the flag from now on.
     void ShowFlag(bool seen) { flagSeen_ = seen; }
     bool FlagSeen() const { return flagSeen_; }
