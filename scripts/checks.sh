@@ -268,3 +268,21 @@ check_feeds() {
         not_run "feeds: a card pulled, put back and changed" "mounting is root's"
     fi
 }
+
+# The page of the live bench in a real browser; a line for each test.
+check_browser() {
+    local log=$work/browser.log packages=$work/browser-packages.log before=$failed
+    if ! (require_packages "$packages" "${browser_packages[@]}") >>"$packages" 2>&1; then
+        not_run browser "$(tail -n 1 "$packages" | sed 's/^[^:]*: //')"
+        return
+    fi
+    hold "build default" default-build.log build default
+    [ "$failed" = "$before" ] || return
+    timeout 400 /usr/bin/python3 -B -m unittest discover -v -s tests/browser -p '*_test.py' >"$log" 2>&1
+    sed -nE 's/^test_(\w+) .*\.\.\. (ok|FAIL|ERROR)$/\2 \1/p' "$log" | tr _ ' ' |
+        sed -E 's/^ok/ok      browser:/; s/^(FAIL|ERROR)/FAILED  browser:/' | tee "$work/browser-lines.log"
+    passed=$((passed + $(grep -c '^ok ' "$work/browser-lines.log")))
+    failed=$((failed + $(grep -c '^FAILED ' "$work/browser-lines.log")))
+    hold "browser: the tests ran to their end" browser-end.log grep -E '^Ran [1-9]' "$log"
+    [ "$failed" = "$before" ] || tail -n 60 "$log"
+}

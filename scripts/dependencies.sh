@@ -67,6 +67,16 @@ waveform_packages=(
     gtkwave
     sigrok-cli
 )
+# A browser without a screen that looks at the live bench.
+browser_packages=(
+    "${build_packages[@]}"
+    ccache
+    chromium
+    chromium-driver
+    python3-selenium
+    python3-pil
+    fonts-dejavu-core
+)
 kernel_packages=(
     "${build_packages[@]}"
     ccache
