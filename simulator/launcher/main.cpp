@@ -3,21 +3,18 @@
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
 #include "simulator/launcher/ProgramFile.h"
+#include "simulator/launcher/RepeatingCommand.h"
 #include "simulator/launcher/Summary.h"
 #include "simulator/live/Bench.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/RunRequest.h"
 #include "simulator/run/RunRoot.h"
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -25,7 +22,6 @@
 #include <iterator>
 #include <memory>
 #include <new>
-#include <sstream>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -185,52 +181,6 @@ std::string OutputProblem(const LauncherOptions& options) {
     return "";
 }
 
-/// A word of a command as a shell takes it.
-std::string ShellWord(const std::string& text) {
-    const auto plain = [](char character) {
-        return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
-               std::string_view("_./:=+,@%-").find(character) != std::string_view::npos;
-    };
-    if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) {
-        return text;
-    }
-    std::string word = "'";
-    for (const char character : text) {
-        word += character == '\''   ? R"('\'')"
-                : character == '\n' ? R"('$'\n'')"
-                                    : std::string(1, character);
-    }
-    return word + "'";
-}
-
-/// What repeats a run with a scenario of that name: all that its bytes depend on.
-std::string RepeatingCommand(const LauncherOptions& options) {
-    const sim::RunLimits& limits = options.run.limits;
-    char start[32];
-    const auto seconds = static_cast<std::time_t>(options.run.startTime);
-    std::strftime(start, sizeof start, "%F %T", std::gmtime(&seconds));
-    std::ostringstream command;
-    command << "simulate --scenario bench.toml --seed " << options.run.seed << " --start "
-            << ShellWord(start) << " --io-cost " << (options.run.ioCosts ? "board" : "none");
-    for (const auto& [option, limit] :
-         {std::pair{" --measurements ", limits.measurements}, std::pair{" --steps ", limits.steps},
-          std::pair{" --calls ", limits.calls}}) {
-        if (limit) {
-            command << option << *limit;
-        }
-    }
-    if (limits.boardTime != sim::kNever) {
-        char span[32];
-        std::snprintf(span, sizeof span, "%.6f", static_cast<double>(limits.boardTime) / 1e9);
-        command << " --board-time " << span;
-    }
-    command << " --";
-    for (const std::string& word : options.program) {
-        command << " " << ShellWord(word);
-    }
-    return command.str();
-}
-
 std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std::string& root) {
     std::ifstream scenario(options.scenarioFile);
     return std::make_unique<sim::Bench>(
@@ -238,7 +188,7 @@ std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std:
                         Beside("share/tavrelin/bench"),
                         root + "/card",
                         {std::istreambuf_iterator<char>(scenario), {}},
-                        RepeatingCommand(options)});
+                        sim::RepeatingCommand(options)});
 }
 
 /// The bench stays when the program is gone, to show why.
