@@ -225,9 +225,9 @@ Bench::Bench(const BenchSetup& setup) : descriptor_(memfd_create("live-link", 0)
         problem_ = "no memory to share with the program";
         return;
     }
-    link_ = new (page) LiveLink;
-    feed_ = std::make_unique<LiveFeed>(*link_, setup.cardFolder);
-    hand_ = std::make_unique<LiveHand>(*link_, *feed_, setup.scenario, setup.command);
+    auto* const link = new (page) LiveLink;
+    feed_ = std::make_unique<LiveFeed>(*link, setup.cardFolder);
+    hand_ = std::make_unique<LiveHand>(*link, *feed_, setup.scenario, setup.command);
     const KeepsSignals kept;
     server_ = std::make_unique<Server>(*feed_, *hand_, setup.pages);
     if (!server_->Take(setup.port)) {

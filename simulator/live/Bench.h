@@ -44,7 +44,6 @@ class Bench {
 
     std::string problem_;
     int descriptor_ = -1;
-    LiveLink* link_ = nullptr;
     std::unique_ptr<LiveFeed> feed_;
     std::unique_ptr<LiveHand> hand_;
     std::unique_ptr<Server> server_;
