@@ -38,7 +38,7 @@ arm_packages=(
     qemu-user-static
 )
 for architecture in armhf armel; do
-    arm_packages+=({libstdc++6,libasound2-dev,libsqlite3-dev,libgtest-dev,libgmock-dev}:$architecture)
+    arm_packages+=({libstdc++6,libasound2-dev,libsqlite3-0,libgtest-dev,libgmock-dev}:$architecture)
 done
 # Debian packages: what builds them for each board, looks at them and tries them.
 package_packages=(
@@ -50,6 +50,7 @@ package_packages=(
     g++-arm-linux-gnueabihf
     g++-arm-linux-gnueabi
     libcli11-dev
+    libsqlite3-dev
     libcpp-httplib-dev
     nlohmann-json3-dev
     help2man
@@ -59,7 +60,7 @@ package_packages=(
     mmdebstrap
 )
 for architecture in "$(dpkg --print-architecture 2>/dev/null)" armhf armel; do
-    package_packages+=({libstdc++6,libasound2-dev,libsqlite3-dev,libtomlplusplus-dev}:"$architecture")
+    package_packages+=({libstdc++6,libasound2-dev,libsqlite3-0,libtomlplusplus-dev}:"$architecture")
 done
 # Programs of others that read the waveforms of a run.
 waveform_packages=(
@@ -84,7 +85,7 @@ kernel_packages=(
     gcc-arm-linux-gnueabihf
     g++-arm-linux-gnueabihf
     libasound2-dev:armhf
-    libsqlite3-dev:armhf
+    libsqlite3-0:armhf
     make
     fdisk
     dosfstools
