@@ -4,135 +4,91 @@
 #include "log/Table.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
-#include <spawn.h>
-#include <string_view>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
+#include <filesystem>
+#include <fstream>
+#include <memory>
 #include <unistd.h>
-#include <utility>
 
 namespace tavrelin::daylog {
 
 namespace {
 
-/// An open file, closed with this object.
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { Close(); }
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-    [[nodiscard]] int Number() const { return number_; }
-    bool Close() {
-        const int number = std::exchange(number_, -1);
-        return number < 0 || close(number) == 0;
+/// A file without a name, gone when it is closed.
+File Nameless(const std::string& text) {
+    File file(std::tmpfile(), std::fclose);
+    if (file) {
+        std::fputs(text.c_str(), file.get());
+        std::fflush(file.get());
     }
-    [[nodiscard]] bool Write(std::string_view text) const {
-        while (!text.empty()) {
-            const ssize_t written = write(number_, text.data(), text.size());
-            if (written < 0 && errno != EINTR) {
-                return false;
-            }
-            text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
-        }
-        return true;
-    }
-    /// All that was written to it.
-    [[nodiscard]] std::string Text() const {
-        std::string text;
-        std::array<char, 1 << 16> piece{};
-        for (ssize_t size = 0; (size = pread(number_, piece.data(), piece.size(),
-                                             static_cast<off_t>(text.size()))) > 0;) {
-            text.append(piece.data(), static_cast<std::size_t>(size));
-        }
-        return text;
-    }
-
-  private:
-    int number_;
-};
-
-/// A file without a name or a disk, from which gnuplot reads or into which it writes.
-Descriptor InMemory() {
-    return Descriptor(memfd_create("tavrelin-log", MFD_CLOEXEC));
+    return file;
 }
 
-/// gnuplot's wait status; -1, told by Complain, when it cannot be started.
-int RunGnuplot(const Descriptor& script, const Descriptor& picture, const Descriptor& messages) {
-    posix_spawn_file_actions_t streams{};
-    posix_spawn_file_actions_init(&streams);
-    posix_spawn_file_actions_adddup2(&streams, script.Number(), STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&streams, picture.Number(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&streams, messages.Number(), STDERR_FILENO);
-    // Without the user's own settings.
-    std::string program = "gnuplot";
-    std::string option = "--default-settings";
-    std::array<char*, 3> command{program.data(), option.data(), nullptr};
-    pid_t process = -1;
-    errno = posix_spawnp(&process, program.c_str(), &streams, nullptr, command.data(), environ);
-    posix_spawn_file_actions_destroy(&streams);
-    int status = 0;
-    if (errno == ENOENT) {
-        Complain("gnuplot is not installed; it draws the charts (Debian: gnuplot-nox)");
-        return -1;
+/// The shell's name for it.
+std::string NameOf(const File& file) {
+    return "/dev/fd/" + std::to_string(fileno(file.get()));
+}
+
+std::string RestOf(std::FILE* file) {
+    std::string text;
+    std::array<char, 1 << 16> piece{};
+    for (std::size_t size = 0; (size = std::fread(piece.data(), 1, piece.size(), file)) > 0;) {
+        text.append(piece.data(), size);
     }
-    if (errno != 0 || waitpid(process, &status, 0) != process) {
-        ComplainOfErrno("gnuplot");
-        return -1;
-    }
-    return status;
+    return text;
 }
 
 /// Under a name of its own first, so that nobody ever finds half a picture.
-bool WriteWhole(const std::string& path, std::string_view bytes) {
-    std::string temporary = path + ".XXXXXX";
-    Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
-    if (file.Number() < 0) {
+bool WriteWhole(const std::string& path, const std::string& bytes) {
+    const std::string temporary = path + "." + std::to_string(getpid());
+    std::ofstream file(temporary, std::ios::binary);
+    file << bytes;
+    file.close();
+    if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
         ComplainOfErrno(path);
-        return false;
-    }
-    const mode_t mask = umask(0);
-    umask(mask);
-    if (!file.Write(bytes) || fchmod(file.Number(), 0666 & ~mask) != 0 || !file.Close() ||
-        std::rename(temporary.c_str(), path.c_str()) != 0) {
-        ComplainOfErrno(path);
-        unlink(temporary.c_str());
+        std::error_code ignored;
+        std::filesystem::remove(temporary, ignored);
         return false;
     }
     return true;
 }
 
+/// The last line of what gnuplot said, which tells what is wrong.
+void ComplainOfGnuplot(const std::string& path, const std::string& messages) {
+    const std::size_t last = messages.find_last_not_of("\n ");
+    const std::size_t begin = messages.rfind('\n', last) + 1;
+    Complain(path + ": gnuplot failed" +
+             (messages.empty() ? "" : ": " + Shown(messages.substr(begin, last + 1 - begin))));
+}
+
 } // namespace
 
 bool DrawWithGnuplot(const std::string& script, const std::string& path) {
-    const Descriptor input = InMemory();
-    const Descriptor picture = InMemory();
-    const Descriptor messages = InMemory();
-    if (picture.Number() < 0 || messages.Number() < 0 || !input.Write(script) ||
-        lseek(input.Number(), 0, SEEK_SET) != 0) {
+    constexpr int notFound = 127 << 8; // the shell's word for it
+    const File input = Nameless(script);
+    const File messages = Nameless("");
+    if (!input || std::ferror(input.get()) != 0 || !messages) {
         ComplainOfErrno("the script for gnuplot");
         return false;
     }
-    const int status = RunGnuplot(input, picture, messages);
-    if (status < 0) {
-        return false;
+    // Without the user's own settings.
+    File gnuplot(
+        popen(("gnuplot --default-settings <" + NameOf(input) + " 2>" + NameOf(messages)).c_str(),
+              "r"),
+        pclose);
+    const std::string picture = gnuplot ? RestOf(gnuplot.get()) : "";
+    const int status = gnuplot ? pclose(gnuplot.release()) : -1;
+    if (status == notFound) {
+        Complain("gnuplot is not installed; it draws the charts (Debian: gnuplot-nox)");
+    } else if (status != 0 || picture.empty()) {
+        std::rewind(messages.get());
+        ComplainOfGnuplot(path, RestOf(messages.get()));
+    } else {
+        return WriteWhole(path, picture);
     }
-    const std::string bytes = picture.Text();
-    if (status != 0 || bytes.empty()) {
-        const std::string text = messages.Text();
-        const std::size_t last = text.find_last_not_of("\n ");
-        const std::size_t begin = text.rfind('\n', last) + 1;
-        Complain(path + ": gnuplot failed" +
-                 (text.empty() ? "" : ": " + Shown(text.substr(begin, last + 1 - begin))));
-        return false;
-    }
-    return WriteWhole(path, bytes);
+    return false;
 }
 
 } // namespace tavrelin::daylog

@@ -1,13 +1,11 @@
 // chart: what gnuplot is told, what becomes of its picture, and a picture of each kind by the real
 // one.
 
-#include "log/Thinning.h"
 #include "tests/log/LogProgram.h"
 #include "tests/support/Places.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
 
-#include <cmath>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -127,24 +125,18 @@ TEST_F(ChartOf, TextsOfSeveralLinesAreRefused) {
 
 struct Axis {
     std::string last; ///< with the first at 2026-03-07 09:00:00
-    std::vector<std::string> marks;
+    std::string format;
 };
 
-TEST_F(ChartOf, MarksOfTheTimeAxisFitItsSpan) {
+TEST_F(ChartOf, TheTimeAxisIsSpelledAsItsSpanNeeds) {
     const Axis axes[]{
-        {"2026-03-07 09:00.34", {"\"08:59:50\\n7 Mar 2026\" 1772873990, \"09:00:00\" 1772874000"}},
-        {"2026-03-07 09:45.00", {"\"09:00\\n7 Mar 2026\" 1772874000", "\"09:10\" 1772874600"}},
-        {"2026-03-08 09:00.00", {"\"21:00\" 1772917200", "\"00:00\\n8 Mar\" 1772928000"}},
-        {"2026-03-16 09:00.00", {"\"8 Mar\\n2026\" 1772928000, \"9 Mar\" 1773014400"}},
-        {"2026-05-01 09:00.00", {"\"7 Mar\\n2026\" 1772841600, \"14 Mar\" 1773446400"}},
-        {"2027-03-06 09:00.00",
-         {"\"Mar\\n2026\" 1772323200, \"Apr\" 1775001600", "\"Jan\\n2027\" 1798761600"}},
-        {"2039-03-06 09:00.00", {"\"Jan\\n2027\" 1798761600, \"Jan\\n2029\" 1861920000"}}};
+        {"2026-03-07 09:00.34", "%H:%M:%S"},   {"2026-03-07 09:45.00", "%H:%M"},
+        {"2026-03-08 09:00.00", "%H:%M"},      {"2026-03-09 09:00.00", "%H:%M\\n%d %b"},
+        {"2026-05-01 09:00.00", "%d %b\\n%Y"}, {"2027-03-06 09:00.00", "%b\\n%Y"}};
     for (const Axis& axis : axes) {
-        const std::string script = ScriptOf(nine_ + ResultAt(axis.last, "1"));
-        for (const std::string& mark : axis.marks) {
-            EXPECT_THAT(script, HasSubstr(mark)) << axis.last;
-        }
+        EXPECT_THAT(ScriptOf(nine_ + ResultAt(axis.last, "1")),
+                    HasSubstr("set format x \"" + axis.format + "\"\n"))
+            << axis.last;
     }
 }
 
@@ -232,20 +224,21 @@ TEST_F(ChartOf, OneRecordIsDrawnToo) {
     }
 }
 
-TEST(ThinnedPoints, KeepThePeakTheDipAndBothEndsOfEachStripe) {
-    using daylog::Point;
-    std::vector<Point> points;
-    for (int x = 0; x < 1000; ++x) {
-        points.push_back({static_cast<double>(x), x == 333 ? 9.0 : x == 444 ? -9.0 : 1.0});
+TEST_F(ChartOf, OfManyRecordsThePeakAndTheDipAreDrawn) {
+    std::string log;
+    for (int second = 0; second < 36'000; ++second) {
+        const auto two = [](int number) {
+            return std::string(number < 10 ? "0" : "") + std::to_string(number);
+        };
+        log += ResultAt("2026-03-07 " + two(second / 3600) + ":" + two(second / 60 % 60) + "." +
+                            two(second % 60),
+                        second == 333    ? "9"
+                        : second == 4444 ? "0.5"
+                                         : "1");
     }
-    points[600].y = std::nan("");
-    std::vector<std::string> kept;
-    for (const Point& point : daylog::Thinned(points, 0.0, 1000.0, 2)) {
-        kept.push_back(std::to_string(std::lround(point.x)) + ":" +
-                       (std::isnan(point.y) ? "break" : std::to_string(std::lround(point.y))));
-    }
-    EXPECT_THAT(kept, ElementsAre("0:1", "333:9", "444:-9", "499:1", "500:1", "599:1", "600:break",
-                                  "601:1", "999:1"));
+    const auto rows = LinesOf(Block(ScriptOf(log), "line"));
+    EXPECT_LT(rows.size(), 1600U);
+    EXPECT_THAT(rows, testing::IsSupersetOf({"1772841933 9", "1772846044 0.5"}));
 }
 
 } // namespace

@@ -1,0 +1,164 @@
+#include "log/ChartData.h"
+
+#include "log/Source.h"
+#include "log/Statistics.h"
+#include "log/Zone.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tavrelin::daylog {
+
+namespace {
+
+/// Writes points, of those that follow each other in a stripe the least and the greatest.
+class Stripes {
+  public:
+    explicit Stripes(const Range& times) : from_(times.from), width_(times.Length() / 1500) {}
+
+    void Add(double x, double y) {
+        const double stripe = std::floor((x - from_) / width_);
+        if (stripe != stripe_) {
+            text_ += Rows() + (isBroken_ ? "\n" : "");
+            stripe_ = stripe;
+            least_ = most_ = {x, y};
+        }
+        isBroken_ = false;
+        least_ = y < least_.y ? Point{x, y} : least_;
+        most_ = y > most_.y ? Point{x, y} : most_;
+    }
+    /// What comes in the next stripe is not joined to what was before.
+    void Break() { isBroken_ = !std::isnan(stripe_); }
+    [[nodiscard]] std::string Text() const { return text_ + Rows(); }
+
+  private:
+    struct Point {
+        double x = 0.0;
+        double y = 0.0;
+    };
+
+    static std::string Row(const Point& point) {
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), "%.0f %.9g\n", point.x, point.y);
+        return text.data();
+    }
+    [[nodiscard]] std::string Rows() const {
+        if (std::isnan(stripe_)) {
+            return "";
+        }
+        const bool falls = most_.x < least_.x;
+        const bool areTwo = most_.y > least_.y;
+        return Row(falls ? most_ : least_) + (areTwo ? Row(falls ? least_ : most_) : "");
+    }
+
+    double from_;
+    double width_;
+    double stripe_ = std::nan("");
+    bool isBroken_ = false;
+    Point least_;
+    Point most_;
+    std::string text_;
+};
+
+/// What the line goes through, but for negative values far below the others.
+Range ShownOf(const ChartData& data, std::size_t figure) {
+    Range negative;
+    Range good;
+    for (const ChartData::Record& record : data.records) {
+        if (record.IsOnLine(figure)) {
+            const bool isNegative = figure == ChartData::kChlorine && record.flag == Flag::Negative;
+            (isNegative ? negative : good).Add(record.figures.at(figure));
+        }
+    }
+    if (good.from > good.to) {
+        return negative;
+    }
+    good.from = std::min(good.from, std::max(negative.from, good.from - good.Length()));
+    return good;
+}
+
+/// The same with some room, and from 0 where that is near.
+Range RangeOf(const ChartData& data, std::size_t figure) {
+    const Range shown = ShownOf(data, figure);
+    const bool isChlorine = figure == ChartData::kChlorine;
+    const double least = isChlorine ? std::max(std::abs(shown.to) * 0.02, 1e-3) : 10.0;
+    Range range = shown.Widened(0.06, least);
+    if (shown.from >= 0.0 && shown.from < shown.to / 2) {
+        range.from = 0.0;
+    }
+    return range;
+}
+
+} // namespace
+
+void Range::Add(double number) {
+    if (std::isfinite(number)) {
+        from = std::min(from, number);
+        to = std::max(to, number);
+    }
+}
+
+Range Range::Widened(double part, double least) const {
+    if (from > to) {
+        return {0.0, 1.0};
+    }
+    const double room = std::max(Length() * part, (least - Length()) / 2);
+    return {from - room, to + room};
+}
+
+ChartData ReadChartData(const Options& options) {
+    ChartData data;
+    Cycles cycles;
+    ZonedClock clock;
+    std::optional<std::int64_t> before;
+    ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
+        if (entry.kind != Entry::Kind::Result || !options.Selects(entry.time)) {
+            return;
+        }
+        const Figures& figures = entry.figures;
+        data.records.push_back(
+            {entry.time,
+             FlagOf(figures),
+             {static_cast<float>(figures.chlorine * options.scale),
+              static_cast<float>(figures.dark), static_cast<float>(figures.reference)}});
+        data.flagged += data.records.back().flag == Flag::None ? 0 : 1;
+        data.times.Add(static_cast<double>(entry.time));
+        const std::int64_t now = clock.At(entry.time).utc;
+        if (before && now >= *before) {
+            cycles.Add(now - *before, *before);
+        }
+        before = now;
+    });
+    data.longestCycle = cycles.Empty() ? 0 : 2 * cycles.Median();
+    data.gaps = cycles.CountAbove(data.longestCycle);
+    return data;
+}
+
+PanelData PanelDataOf(const ChartData& data, std::size_t figure, const Range& times) {
+    const Range range = RangeOf(data, figure);
+    const double edge = range.Length() * 1e-3;
+    Stripes line(times);
+    Stripes flagged(times);
+    CivilSeconds before = 0;
+    for (const ChartData::Record& record : data.records) {
+        const auto time = static_cast<double>(record.time);
+        const double value = record.figures.at(figure);
+        if (record.time < before || record.time - before > data.longestCycle) {
+            line.Break();
+        }
+        before = record.time;
+        if (record.IsOnLine(figure)) {
+            line.Add(time, value);
+        } else {
+            line.Break();
+        }
+        if (!record.IsOnLine(figure) ||
+            (figure == ChartData::kChlorine && record.flag != Flag::None)) {
+            const double mark = std::isnan(value) ? range.from : value;
+            flagged.Add(time, std::clamp(mark, range.from + edge, range.to - edge));
+        }
+    }
+    return {range, line.Text(), flagged.Text()};
+}
+
+} // namespace tavrelin::daylog
