@@ -84,8 +84,8 @@ std::string Head(const Options& options, const ChartData& data) {
                   count(data.records.size(), "result") + ", " + count(data.gaps, "gap") + ", " +
                   std::to_string(data.flagged) + " flagged") +
            " at screen 0.095,0.92 left textcolor rgb '#606060'\n"
-           "set label 3 'local time' at screen 0.975,0.035 right textcolor rgb '#606060'\n"
-           "set key at screen 0.975,0.935 right top samplen 1 textcolor rgb '#606060'\n";
+           "set label 3 'local time' at screen 0.97,0.035 right textcolor rgb '#606060'\n"
+           "set key at screen 0.97,0.935 right top samplen 1 textcolor rgb '#606060'\n";
 }
 
 std::string PanelText(const Panel& panel, const ChartData& data, const Range& times,
@@ -107,7 +107,7 @@ std::string PanelText(const Panel& panel, const ChartData& data, const Range& ti
                     panel.color);
     // Points as thick as the line, for a record alone between two gaps.
     text += Printed("plot $line with linespoints lw 1.3 pt 7 ps %g lc rgb '%s' notitle",
-                    areFew ? 0.6 : 0.2, panel.color);
+                    areFew ? 0.6 : 0.15, panel.color);
     text += rows.flagged.empty() ? ""
                                  : std::string(", $flagged with points pt 6 ps 1 lw 1.8 lc rgb "
                                                "'#c0392b' ") +
@@ -122,7 +122,7 @@ std::string ScriptFor(const Options& options, const ChartData& data) {
                        "set locale 'C'\n"
                        "set multiplot\n"
                        "set lmargin at screen 0.095\n"
-                       "set rmargin at screen 0.975\n"
+                       "set rmargin at screen 0.97\n"
                        "set border 3 lc rgb '#404040'\n"
                        "set tics nomirror out scale 0.6 textcolor rgb '#202020'\n"
                        "set xtics time\n"

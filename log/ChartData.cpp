@@ -73,8 +73,8 @@ Range ShownOf(const ChartData& data, std::size_t figure) {
     if (good.from > good.to) {
         return negative;
     }
-    good.from = std::min(good.from, std::max(negative.from, good.from - good.Length()));
-    return good;
+    const bool isNear = negative.from > good.from - good.Length();
+    return {isNear ? std::min(good.from, negative.from) : good.from, good.to};
 }
 
 /// The same with some room, and from 0 where that is near.

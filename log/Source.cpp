@@ -120,8 +120,8 @@ std::uint64_t TotalBytes(const std::vector<Source>& sources) {
 void ReadSources(const std::vector<Source>& sources, const Visit& visit) {
     Progress progress(TotalBytes(sources));
     for (const Source& source : sources) {
-        if (Database::Is(source.path)) {
-            Database(source.path, Database::Use::Read).ReadAll(source.bytes, visit, progress);
+        if (IsDatabase(source.path)) {
+            ReadDatabase(source, visit, progress);
         } else {
             ReadDayFile(source, visit, progress);
         }
