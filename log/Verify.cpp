@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <string_view>
 
 namespace tavrelin::daylog {
@@ -26,7 +27,8 @@ struct Grab {
 
 /// Takes the next cell of a line, without the blanks and quotes around it.
 std::string_view TakeCell(std::string_view& line) {
-    constexpr std::string_view around = " \t\r\"";
+    constexpr std::string_view around = " \t\r\"\xEF\xBB\xBF"; // with the byte order mark
+
     const std::size_t comma = std::min(line.find(','), line.size());
     std::string_view cell = line.substr(0, comma);
     line.remove_prefix(std::min(comma + 1, line.size()));
@@ -35,21 +37,13 @@ std::string_view TakeCell(std::string_view& line) {
 }
 
 /// An ISO time, or one as the log spells it: 2026-03-07 09:00.17, 2026-03-07 09:0:16.
-std::optional<CivilSeconds> ParseTime(std::string_view text) {
-    constexpr std::size_t date = 11; // with what separates it from the time of day
-    std::string padded(text.substr(0, date));
-    std::string_view rest = text.substr(padded.size());
-    while (padded.size() >= date && !rest.empty()) {
-        const std::size_t digits = std::min(rest.find_first_of(":."), rest.size());
-        padded += std::string(digits < 2 ? 2 - digits : 0, '0');
-        padded += rest.substr(0, digits);
-        rest.remove_prefix(digits);
-        if (!rest.empty()) {
-            padded += ':';
-            rest.remove_prefix(1);
-        }
+std::optional<CivilSeconds> ParseTime(std::string text) {
+    std::replace(text.begin(), text.end(), '.', ':');
+    for (auto at = text.find(':'); at != std::string::npos; at = text.find(':', at + 1)) {
+        const std::size_t end = std::min(text.find(':', at + 1), text.size());
+        text.insert(at + 1, end == at + 2 ? 1 : 0, '0');
     }
-    return ParseIsoTime(padded);
+    return ParseIsoTime(text);
 }
 
 bool ParseValue(std::string_view text, double& value) {
@@ -58,69 +52,45 @@ bool ParseValue(std::string_view text, double& value) {
            value >= 0.0;
 }
 
-/// The grab samples of a file by their times, with what lines of it are none told by Complain.
-class GrabFile {
-  public:
-    explicit GrabFile(std::string path) : path_(std::move(path)) {}
+bool ParseGrab(std::string_view line, Grab& grab) {
+    const auto time = ParseTime(std::string(TakeCell(line)));
+    grab.time = time.value_or(0);
+    return time && ParseValue(TakeCell(line), grab.value);
+}
 
-    std::vector<Grab> Read() {
-        std::string rest;
-        ReadFile(path_, [&](std::string_view bytes) {
-            for (const char c : bytes) {
-                if (c == '\n') {
-                    TakeLine(rest);
-                    rest.clear();
-                } else if (rest.size() < kLongest) {
-                    rest += c;
-                }
-            }
-        });
-        if (!rest.empty()) {
-            TakeLine(rest);
-        }
-        if (bad_ > kTold) {
-            Complain(path_ + ": and " + std::to_string(bad_ - kTold) + " more such lines");
-        }
-        if (grabs_.empty()) {
-            Complain(path_ + ": no grab sample in it");
-        }
-        std::stable_sort(grabs_.begin(), grabs_.end(),
-                         [](const Grab& a, const Grab& b) { return a.time < b.time; });
-        return std::move(grabs_);
-    }
-
-  private:
-    static constexpr std::uint64_t kTold = 20;
-    static constexpr std::size_t kLongest = 8192;
-
-    void TakeLine(std::string_view line) {
-        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-        if (++number_ == 1 && line.substr(0, byteOrderMark.size()) == byteOrderMark) {
-            line.remove_prefix(byteOrderMark.size());
-        }
+/// The grab samples of a file by their times; the lines that are none are told by Complain.
+std::vector<Grab> ReadGrabs(const std::string& path) {
+    constexpr std::uint64_t most = 20;
+    std::vector<Grab> grabs;
+    std::uint64_t number = 0;
+    std::uint64_t bad = 0;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
         std::string_view cells = line;
-        const std::string_view time = TakeCell(cells);
-        const auto parsed = ParseTime(time);
+        const std::string_view first = TakeCell(cells);
+        const bool isHeader = ++number == 1 && !first.empty() &&
+                              std::isalpha(static_cast<unsigned char>(first[0])) != 0;
         Grab grab;
-        if (parsed && ParseValue(TakeCell(cells), grab.value)) {
-            grab.time = *parsed;
-            grabs_.push_back(grab);
-            return;
-        }
-        const bool isHeader = number_ == 1 && !time.empty() &&
-                              (std::isalpha(static_cast<unsigned char>(time[0])) != 0);
-        const bool isBlank = time.empty() && cells.empty();
-        if (!isHeader && !isBlank && ++bad_ <= kTold) {
-            Complain(path_ + ":" + std::to_string(number_) +
+        if (ParseGrab(line, grab)) {
+            grabs.push_back(grab);
+        } else if (!isHeader && !(first.empty() && cells.empty()) && ++bad <= most) {
+            Complain(path + ":" + std::to_string(number) +
                      ": not a time and a value, such as 2026-03-07T09:00,0.85: " + Shown(line));
         }
     }
-
-    std::string path_;
-    std::vector<Grab> grabs_;
-    std::uint64_t number_ = 0;
-    std::uint64_t bad_ = 0;
-};
+    if (!file.is_open() || file.bad()) {
+        ComplainOfErrno(path);
+    }
+    if (bad > most) {
+        Complain(path + ": and " + std::to_string(bad - most) + " more such lines");
+    }
+    if (grabs.empty()) {
+        Complain(path + ": no grab sample in it");
+    }
+    std::stable_sort(grabs.begin(), grabs.end(),
+                     [](const Grab& a, const Grab& b) { return a.time < b.time; });
+    return grabs;
+}
 
 /// Offers a result to all grab samples that it is near to; of two as near the first stays.
 void Offer(CivilSeconds time, double result, CivilSeconds within, std::vector<Grab>& grabs) {
@@ -136,10 +106,28 @@ void Offer(CivilSeconds time, double result, CivilSeconds within, std::vector<Gr
     }
 }
 
+/// A row of the table, and whether the result is within the limit.
+bool AddVerdict(const Grab& grab, const Options& options, Table& table) {
+    const double difference = grab.result - grab.value;
+    const double limit = std::max(grab.value * options.tolerancePercent / 100, options.tolerance);
+    // Decimal fractions: what is on the limit must not fail by its last binary digit.
+    const double rounding = 1e-12 * std::max(grab.value, std::abs(grab.result));
+    const bool passes = grab.found && std::abs(difference) <= limit + rounding;
+    const auto ofResult = [&](const std::string& text) { return grab.found ? text : ""; };
+    table.Add({IsoText(grab.time), GeneralText(grab.value), ofResult(IsoText(grab.resultTime)),
+               ofResult(GeneralText(grab.result)), ofResult(GeneralText(difference)),
+               grab.value > 0.0 ? ofResult(GeneralText(difference / grab.value * 100)) : "",
+               GeneralText(limit),
+               !grab.found ? "no result"
+               : passes    ? "within"
+                           : "out"});
+    return passes;
+}
+
 } // namespace
 
 int VerifyResults(const Options& options) {
-    std::vector<Grab> grabs = GrabFile(options.grab).Read();
+    std::vector<Grab> grabs = ReadGrabs(options.grab);
     const auto within = static_cast<CivilSeconds>(options.withinMinutes * 60);
     ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
         if (entry.kind == Entry::Kind::Result && std::isfinite(entry.figures.chlorine)) {
@@ -157,24 +145,7 @@ int VerifyResults(const Options& options) {
                 options.json);
     bool allWithin = true;
     for (const Grab& grab : grabs) {
-        const double difference = grab.result - grab.value;
-        const double limit =
-            std::max(grab.value * options.tolerancePercent / 100, options.tolerance);
-        // Decimal fractions: what is on the limit must not fail by its last binary digit.
-        const double rounding = 1e-12 * std::max(grab.value, std::abs(grab.result));
-        const bool passes = grab.found && std::abs(difference) <= limit + rounding;
-        allWithin = allWithin && passes;
-        std::vector<std::string> cells{
-            IsoText(grab.time), GeneralText(grab.value), "", "", "", "", GeneralText(limit),
-            "no result"};
-        if (grab.found) {
-            cells[2] = IsoText(grab.resultTime);
-            cells[3] = GeneralText(grab.result);
-            cells[4] = GeneralText(difference);
-            cells[5] = grab.value > 0.0 ? GeneralText(difference / grab.value * 100) : "";
-            cells[7] = passes ? "within" : "out";
-        }
-        table.Add(std::move(cells));
+        allWithin = AddVerdict(grab, options, table) && allWithin;
     }
     return table.Finish() && allWithin && !Complained() ? kDone : kFound;
 }

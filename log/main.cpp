@@ -25,13 +25,11 @@ class Command {
         command_->callback([run, &options] { options.run = run; });
     }
 
+    /// For options that no other command has.
+    [[nodiscard]] CLI::App& Own() const { return *command_; }
     Command&
     Paths(const std::string& help = "Days' files, folders of them, databases that import made") {
         command_->add_option("PATH", options_.paths, help)->required()->type_name("");
-        return *this;
-    }
-    Command& Operand(const std::string& name, std::string& text, const std::string& help) {
-        command_->add_option(name, text, help)->required()->type_name("");
         return *this;
     }
     Command& Json() {
@@ -78,22 +76,6 @@ class Command {
             ->type_name("TIME");
         return *this;
     }
-    Command& Flag(const std::string& name, bool& flag, const std::string& help) {
-        command_->add_flag(name, flag, help);
-        return *this;
-    }
-    Command& Choice(const std::string& name, std::string& text,
-                    const std::vector<std::string>& choices, const std::string& help) {
-        command_->add_option(name, text, help)
-            ->check(CLI::IsMember(choices))
-            ->capture_default_str();
-        return *this;
-    }
-    Command& Folder() {
-        command_->add_option("FOLDER", options_.folder, "Of the day's files")
-            ->capture_default_str();
-        return *this;
-    }
     Command& Text(const std::string& name, std::string& text, const std::string& type,
                   const std::string& help, bool required = false) {
         command_->add_option(name, text, help)->type_name(type)->required(required);
@@ -127,13 +109,12 @@ class Command {
 };
 
 void AddListing(CLI::App& app, Options& options) {
-    Command(app, options, "results", "List the result records",
-            "Aligned on a terminal, else CSV with a header. Figures are as the log has them: "
-            "absorbance,\n"
-            "chlorine in the calibration's unit, the three averages in counts. In JSON nan and inf "
-            "are\n"
-            "null.",
-            ListResults)
+    Command(
+        app, options, "results", "List the result records",
+        R"(Aligned on a terminal, else CSV with a header. Figures are as the log has them: absorbance,
+chlorine in the calibration's unit, the three averages in counts. In JSON nan and inf are
+null.)",
+        ListResults)
         .Paths()
         .Json()
         .Span()
@@ -149,14 +130,11 @@ void AddListing(CLI::App& app, Options& options) {
         .Zone();
     Command(
         app, options, "summary", "Tell what the days were like, and what is wrong with them",
-        "For each day and in total: measurements, cycle time, chlorine, dark and reference counts "
-        "and\n"
-        "their drift, gaps (longer than twice the median cycle), records whose figures are not a\n"
-        "number, infinite, negative or beyond the detector's range, lines that are torn or "
-        "unknown.\n"
-        "Each line read is counted once: as a result, a sample, torn or unknown. Status 1 when "
-        "there\n"
-        "is a gap, such a record or such a line.",
+        R"(For each day and in total: measurements, cycle time, chlorine, dark and reference counts and
+their drift, gaps (longer than twice the median cycle), records whose figures are not a
+number, infinite, negative or beyond the detector's range, lines that are torn or unknown.
+Each line read is counted once: as a result, a sample, torn or unknown. Status 1 when there
+is a gap, such a record or such a line.)",
         Summarize)
         .Paths()
         .Span()
@@ -164,32 +142,24 @@ void AddListing(CLI::App& app, Options& options) {
 }
 
 void AddComparing(CLI::App& app, Options& options) {
-    Command(app, options, "import", "Keep days' files in an SQLite database",
-            "Makes DATABASE where there is none. Each file is taken in whole or not at all. One "
-            "that is\n"
-            "there already is passed over when size and modification time are the same, taken in "
-            "anew when\n"
-            "it has grown or changed, and refused when it is shorter or begins otherwise: another "
-            "instrument's.\n"
-            "All other commands read the database as they read the files; docs/day-files.md has "
-            "its tables.\n"
-            "Status 1 when a file was refused or could not be read or written.",
-            ImportFiles)
-        .Operand("DATABASE", options.database, "The database to write")
+    Command(
+        app, options, "import", "Keep days' files in an SQLite database",
+        R"(Makes DATABASE where there is none. Each file is taken in whole or not at all. One that is
+there already is passed over when size and modification time are the same, taken in anew when
+it has grown or changed, and refused when it is shorter or begins otherwise: another instrument's.
+All other commands read the database as they read the files; docs/day-files.md has its tables.
+Status 1 when a file was refused or could not be read or written.)",
+        ImportFiles)
+        .Text("DATABASE", options.database, "", "The database to write", true)
         .Paths("Days' files or folders of them");
     Command(
         app, options, "verify", "Compare with grab samples",
-        "For each grab sample the nearest result: difference, percent of the grab sample's "
-        "value, and\n"
-        "whether that is within 15 percent or 0.1 mg/L, whichever is greater (the criterion of "
-        "EPA\n"
-        "Method 334.0 for on-line chlorine analysers); exactly on the limit is within. GRAB.csv "
-        "has a\n"
-        "line for each: local time (2026-03-07T09:00, or as the log spells it), comma, value in "
-        "mg/L;\n"
-        "a header and further columns may be there. Results whose chlorine is not a finite "
-        "number are\n"
-        "passed over. Status 1 when one is out, has no result or could not be read.",
+        R"(For each grab sample the nearest result: difference, percent of the grab sample's value, and
+whether that is within 15 percent or 0.1 mg/L, whichever is greater (the criterion of EPA
+Method 334.0 for on-line chlorine analysers); exactly on the limit is within. GRAB.csv has a
+line for each: local time (2026-03-07T09:00, or as the log spells it), comma, value in mg/L;
+a header and further columns may be there. Results whose chlorine is not a finite number are
+passed over. Status 1 when one is out, has no result or could not be read.)",
         VerifyResults)
         .Text("--grab", options.grab, "GRAB.csv", "The grab samples", true)
         .Paths()
@@ -203,15 +173,11 @@ void AddComparing(CLI::App& app, Options& options) {
         .Json();
     Command(
         app, options, "chart", "Draw chlorine, dark and reference counts over time",
-        "The file's name ends in .svg, .png or .pdf. Lines are broken where results are missing "
-        "for\n"
-        "longer than twice the median cycle. Flagged records (see summary) are marked; one that "
-        "cannot\n"
-        "be drawn where it belongs stands at the edge. Where there are more records than the "
-        "picture can\n"
-        "show, least and greatest of each stretch are drawn, so that no peak is lost. gnuplot "
-        "draws it\n"
-        "(Debian's gnuplot-nox). Status 1 when there is no record or no picture.",
+        R"(The file's name ends in .svg, .png or .pdf. Lines are broken where results are missing for
+longer than twice the median cycle. Flagged records (see summary) are marked; one that cannot
+be drawn where it belongs stands at the edge. Where there are more records than the picture can
+show, least and greatest of each stretch are drawn, so that no peak is lost. gnuplot draws it
+(Debian's gnuplot-nox). Status 1 when there is no record or no picture.)",
         DrawChart)
         .Text("--output,-o", options.output, "FILE", "The picture to write", true)
         .Paths()
@@ -223,35 +189,35 @@ void AddComparing(CLI::App& app, Options& options) {
 }
 
 void AddFollow(CLI::App& app, Options& options) {
-    Command(
+    Command command(
         app, options, "follow", "Print new records as they come",
-        "Waits for records in the day's files of FOLDER and prints each at once: results, with\n"
-        "--samples the detector's readings, too. What FOLDER holds at the start is old, but for\n"
-        "--from. FOLDER need not be there yet, and no file of it is held open: its card may be\n"
-        "unmounted, pulled and put back, the day may end; no record comes twice. On a card that\n"
-        "is new, what its last file holds is new, too. A file that was cut back goes on with its\n"
-        "first new line, one with another content begins anew.\n"
-        "  json        one object a line, as results --json and samples --json have it\n"
-        "  influx      InfluxDB's line protocol: tavrelin_result with the fields absorbance,\n"
-        "              chlorine, dark, reference, sample; tavrelin_sample with the tag step and\n"
-        "              the integer field reading. Times are nanoseconds in UTC, made of the log's\n"
-        "              local times; each further record of a second is a nanosecond later. Fields\n"
-        "              that are nan or inf are left out, and in a step / stands for a backslash\n"
-        "  prometheus  the latest result as gauges, and counters of results, samples and broken\n"
-        "              lines since the start; FILE holds nothing else and is written anew at one\n"
-        "              stroke (by way of FILE.new), as node-exporter's textfile collector wants "
-        "it\n"
-        "Lines that are torn or unknown are named on standard error. While FILE cannot be "
-        "written,\n"
-        "which is told once, records are lost to it. Status 0 at INT and TERM; 1 when nobody "
-        "reads\n"
-        "the output any more, or FOLDER cannot be watched.",
-        Follow)
-        .Folder()
-        .Choice("--format", options.format, {"json", "influx", "prometheus"}, "How to spell them")
-        .Text("--output", options.output, "FILE", "Append to FILE instead of standard output")
-        .Flag("--samples", options.samples, "Readings as well as results")
-        .Time("--from", options.from, "Begin with the records of this local time or later")
+        R"(Waits for records in the day's files of FOLDER and prints each at once: results, with
+--samples the detector's readings, too. What FOLDER holds at the start is old, but for
+--from. FOLDER need not be there yet, and no file of it is held open: its card may be
+unmounted, pulled and put back, the day may end; no record comes twice. On a card that
+is new, what its last file holds is new, too. A file that was cut back goes on with its
+first new line, one with another content begins anew.
+  json        one object a line, as results --json and samples --json have it
+  influx      InfluxDB's line protocol: tavrelin_result with the fields absorbance,
+              chlorine, dark, reference, sample; tavrelin_sample with the tag step and
+              the integer field reading. Times are nanoseconds in UTC, made of the log's
+              local times; each further record of a second is a nanosecond later. Fields
+              that are nan or inf are left out, and in a step / stands for a backslash
+  prometheus  the latest result as gauges, and counters of results, samples and broken
+              lines since the start; FILE holds nothing else and is written anew at one
+              stroke (by way of FILE.new), as node-exporter's textfile collector wants it
+Lines that are torn or unknown are named on standard error. While FILE cannot be written,
+which is told once, records are lost to it. Status 0 at INT and TERM; 1 when nobody reads
+the output any more, or FOLDER cannot be watched.)",
+        Follow);
+    command.Own().add_option("FOLDER", options.folder, "Of the day's files")->capture_default_str();
+    command.Own()
+        .add_option("--format", options.format, "How to spell them")
+        ->check(CLI::IsMember({"json", "influx", "prometheus"}))
+        ->capture_default_str();
+    command.Text("--output", options.output, "FILE", "Append to FILE instead of standard output");
+    command.Own().add_flag("--samples", options.samples, "Readings as well as results");
+    command.Time("--from", options.from, "Begin with the records of this local time or later")
         .Zone();
 }
 
@@ -259,9 +225,9 @@ int Run(int argc, char** argv) {
     CLI::App app("Reads the days' files that the instrument leaves on its card.");
     app.name("tavrelin-log");
     app.require_subcommand(1);
-    app.footer("tavrelin-log COMMAND --help says more about a command.\n"
-               "Exit status: 0 done, 1 something is wrong with the data or could not be read or\n"
-               "written, 2 wrong usage.");
+    app.footer(R"(tavrelin-log COMMAND --help says more about a command.
+Exit status: 0 done, 1 something is wrong with the data or could not be read or
+written, 2 wrong usage.)");
     Options options;
     AddListing(app, options);
     AddComparing(app, options);
