@@ -44,18 +44,15 @@ class Command {
     Command& Zone() {
         command_
             ->add_option_function<std::string>(
-                "--zone",
-                [&options = options_](const std::string& name) {
-                    options.zoned = true;
-                    if (!SetZone(name)) {
-                        throw CLI::ValidationError("--zone",
-                                                   "takes a zone that this machine knows, such as "
-                                                   "Europe/Berlin, not '" +
-                                                       name + "'");
-                    }
-                },
+                "--zone", [&options = options_](const std::string&) { options.zoned = true; },
                 "The instrument's time zone (this machine's own); times are shown with their "
                 "offset")
+            ->check([](const std::string& name) {
+                return SetZone(name) ? ""
+                                     : "takes a zone that this machine knows, such as "
+                                       "Europe/Berlin, not '" +
+                                           name + "'";
+            })
             ->type_name("ZONE");
         return *this;
     }
@@ -63,16 +60,13 @@ class Command {
                   const std::string& help) {
         command_
             ->add_option_function<std::string>(
-                name,
-                [&time, name](const std::string& text) {
-                    time = ParseIsoTime(text);
-                    if (!time) {
-                        throw CLI::ValidationError(
-                            name, "takes a time such as 2026-03-07 or 2026-03-07T09:00:17, not '" +
-                                      text + "'");
-                    }
-                },
-                help)
+                name, [&time](const std::string& text) { time = ParseIsoTime(text); }, help)
+            ->check([](const std::string& text) {
+                return ParseIsoTime(text) ? ""
+                                          : "takes a time such as 2026-03-07 or "
+                                            "2026-03-07T09:00:17, not '" +
+                                                text + "'";
+            })
             ->type_name("TIME");
         return *this;
     }
