@@ -18,12 +18,26 @@ struct Panel {
     const char* name;
     const char* color;
     const char* numbers; ///< format of those on its axis
+    bool isLow;
 };
 
 constexpr std::array kPanels{
-    Panel{ChartData::kChlorine, 0.465, 0.845, "Chlorine", "#1f4e79", "%.6g"},
-    Panel{ChartData::kDark, 0.29, 0.405, "Dark (counts)", "#5a5a5a", "%.0f"},
-    Panel{ChartData::kReference, 0.115, 0.23, "Reference (counts)", "#8a5a00", "%.0f"}};
+    Panel{ChartData::kChlorine, 0.465, 0.845, "Chlorine", "#1f4e79", "%.6g", false},
+    Panel{ChartData::kDark, 0.29, 0.405, "Dark (counts)", "#5a5a5a", "%.0f", true},
+    Panel{ChartData::kReference, 0.115, 0.23, "Reference (counts)", "#8a5a00", "%.0f", true}};
+
+constexpr const char* kLook = R"(set encoding utf8
+set locale 'C'
+set multiplot
+set lmargin at screen 0.095
+set rmargin at screen 0.97
+set border 3 lc rgb '#404040'
+set tics nomirror out scale 0.6 textcolor rgb '#202020'
+set xtics time
+set grid xtics ytics lt 1 lw 0.5 lc rgb '#dcdcdc'
+set label 3 'local time' at screen 0.97,0.035 right textcolor rgb '#606060'
+set key at screen 0.97,0.935 right top samplen 1 textcolor rgb '#606060'
+)";
 
 /// printf into a string.
 template <typename... Values>
@@ -83,50 +97,43 @@ std::string Head(const Options& options, const ChartData& data) {
            Quoted((options.title.empty() ? "" : days + ": ") +
                   count(data.records.size(), "result") + ", " + count(data.gaps, "gap") + ", " +
                   std::to_string(data.flagged) + " flagged") +
-           " at screen 0.095,0.92 left textcolor rgb '#606060'\n"
-           "set label 3 'local time' at screen 0.97,0.035 right textcolor rgb '#606060'\n"
-           "set key at screen 0.97,0.935 right top samplen 1 textcolor rgb '#606060'\n";
+           " at screen 0.095,0.92 left textcolor rgb '#606060'\n";
+}
+
+/// Where a panel stands, its name and its axes.
+std::string FrameText(const Panel& panel, const std::string& name, const Range& times,
+                      const Range& range) {
+    const bool isLast = panel.figure == ChartData::kReference;
+    return Printed("set bmargin at screen %.3f\nset tmargin at screen %.3f\n"
+                   "set format x \"%s\"\nset format y '%s'\nset yrange [%.12g:%.12g]\n",
+                   panel.bottom, panel.top, isLast ? TimeFormat(times.Length()) : "", panel.numbers,
+                   range.from, range.to) +
+           (panel.isLow ? Printed("set ytics %g\n", MarkDistance(range.Length())) : "") +
+           "set label 4 " + Quoted(name) +
+           Printed(" at screen 0.095,%.3f left textcolor rgb '%s' noenhanced\n", panel.top + 0.022,
+                   panel.color);
 }
 
 std::string PanelText(const Panel& panel, const ChartData& data, const Range& times,
                       const std::string& unit) {
-    const bool isFirst = panel.figure == ChartData::kChlorine;
-    const bool isLast = panel.figure == ChartData::kReference;
-    const bool areFew = data.records.size() <= 100;
     const PanelData rows = PanelDataOf(data, panel.figure, times);
-    // A datablock of gnuplot is never empty.
-    std::string text = "$line << EOD\n0 NaN\n" + rows.line + "EOD\n$flagged << EOD\n0 NaN\n" +
-                       rows.flagged + "EOD\n";
-    text += Printed("set bmargin at screen %.3f\nset tmargin at screen %.3f\nset format y '%s'\n"
-                    "set format x \"%s\"\nset yrange [%.12g:%.12g]\n",
-                    panel.bottom, panel.top, panel.numbers,
-                    isLast ? TimeFormat(times.Length()) : "", rows.range.from, rows.range.to);
-    text += isFirst ? "" : Printed("set ytics %g\n", MarkDistance(rows.range.Length()));
-    text += "set label 4 " + Quoted(panel.name + (isFirst ? " (" + unit + ")" : "")) +
-            Printed(" at screen 0.095,%.3f left textcolor rgb '%s' noenhanced\n", panel.top + 0.022,
-                    panel.color);
-    // Points as thick as the line, for a record alone between two gaps.
-    text += Printed("plot $line with linespoints lw 1.3 pt 7 ps %g lc rgb '%s' notitle",
-                    areFew ? 0.6 : 0.15, panel.color);
-    text += rows.flagged.empty() ? ""
-                                 : std::string(", $flagged with points pt 6 ps 1 lw 1.8 lc rgb "
-                                               "'#c0392b' ") +
-                                       (isFirst ? "title 'flagged record'" : "notitle");
-    return text + "\nunset label\n";
+    const bool areFew = data.records.size() <= 100;
+    // A datablock of gnuplot is never empty. Points as thick as the line are for a record alone
+    // between two gaps.
+    return "$line << EOD\n0 NaN\n" + rows.line + "EOD\n$flagged << EOD\n0 NaN\n" + rows.flagged +
+           "EOD\n" +
+           FrameText(panel, panel.name + (panel.isLow ? "" : " (" + unit + ")"), times,
+                     rows.range) +
+           Printed("plot $line with linespoints lw 1.3 pt 7 ps %g lc rgb '%s' notitle",
+                   areFew ? 0.6 : 0.15, panel.color) +
+           ", $flagged with points pt 6 ps 1 lw 1.8 lc rgb '#c0392b' " +
+           (panel.isLow || data.flagged == 0 ? "notitle" : "title 'flagged record'") +
+           "\nunset label\n";
 }
 
 std::string ScriptFor(const Options& options, const ChartData& data) {
     const Range times = data.times.Widened(0.02, 60.0);
-    std::string text = TerminalFor(options.output) +
-                       "set encoding utf8\n"
-                       "set locale 'C'\n"
-                       "set multiplot\n"
-                       "set lmargin at screen 0.095\n"
-                       "set rmargin at screen 0.97\n"
-                       "set border 3 lc rgb '#404040'\n"
-                       "set tics nomirror out scale 0.6 textcolor rgb '#202020'\n"
-                       "set xtics time\n"
-                       "set grid xtics ytics lt 1 lw 0.5 lc rgb '#dcdcdc'\n" +
+    std::string text = TerminalFor(options.output) + kLook +
                        Printed("set xrange [%.12g:%.12g]\n", times.from, times.to) +
                        Head(options, data);
     for (const Panel& panel : kPanels) {

@@ -2,63 +2,14 @@
 
 #include "log/Source.h"
 #include "log/Statistics.h"
+#include "log/Stripes.h"
 #include "log/Zone.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tavrelin::daylog {
 
 namespace {
-
-/// Writes points, of those that follow each other in a stripe the least and the greatest.
-class Stripes {
-  public:
-    explicit Stripes(const Range& times) : from_(times.from), width_(times.Length() / 1500) {}
-
-    void Add(double x, double y) {
-        const double stripe = std::floor((x - from_) / width_);
-        if (stripe != stripe_) {
-            text_ += Rows() + (isBroken_ ? "\n" : "");
-            stripe_ = stripe;
-            least_ = most_ = {x, y};
-        }
-        isBroken_ = false;
-        least_ = y < least_.y ? Point{x, y} : least_;
-        most_ = y > most_.y ? Point{x, y} : most_;
-    }
-    /// What comes in the next stripe is not joined to what was before.
-    void Break() { isBroken_ = !std::isnan(stripe_); }
-    [[nodiscard]] std::string Text() const { return text_ + Rows(); }
-
-  private:
-    struct Point {
-        double x = 0.0;
-        double y = 0.0;
-    };
-
-    static std::string Row(const Point& point) {
-        std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "%.0f %.9g\n", point.x, point.y);
-        return text.data();
-    }
-    [[nodiscard]] std::string Rows() const {
-        if (std::isnan(stripe_)) {
-            return "";
-        }
-        const bool falls = most_.x < least_.x;
-        const bool areTwo = most_.y > least_.y;
-        return Row(falls ? most_ : least_) + (areTwo ? Row(falls ? least_ : most_) : "");
-    }
-
-    double from_;
-    double width_;
-    double stripe_ = std::nan("");
-    bool isBroken_ = false;
-    Point least_;
-    Point most_;
-    std::string text_;
-};
 
 /// What the line goes through, but for negative values far below the others.
 Range ShownOf(const ChartData& data, std::size_t figure) {
@@ -137,8 +88,8 @@ ChartData ReadChartData(const Options& options) {
 PanelData PanelDataOf(const ChartData& data, std::size_t figure, const Range& times) {
     const Range range = RangeOf(data, figure);
     const double edge = range.Length() * 1e-3;
-    Stripes line(times);
-    Stripes flagged(times);
+    Stripes line(times.from, times.to);
+    Stripes flagged(times.from, times.to);
     CivilSeconds before = 0;
     for (const ChartData::Record& record : data.records) {
         const auto time = static_cast<double>(record.time);
@@ -147,13 +98,13 @@ PanelData PanelDataOf(const ChartData& data, std::size_t figure, const Range& ti
             line.Break();
         }
         before = record.time;
-        if (record.IsOnLine(figure)) {
+        const bool isOnLine = record.IsOnLine(figure);
+        if (isOnLine) {
             line.Add(time, value);
         } else {
             line.Break();
         }
-        if (!record.IsOnLine(figure) ||
-            (figure == ChartData::kChlorine && record.flag != Flag::None)) {
+        if (!isOnLine || (figure == ChartData::kChlorine && record.flag != Flag::None)) {
             const double mark = std::isnan(value) ? range.from : value;
             flagged.Add(time, std::clamp(mark, range.from + edge, range.to - edge));
         }

@@ -52,8 +52,7 @@ struct ChartData {
 
 ChartData ReadChartData(const Options& options);
 
-/// What a panel shows of one figure: rows of time and value, with an empty one where the line is
-/// broken. Of each of 1500 stripes of [times] only the least and the greatest are there.
+/// What a panel shows of one figure: rows of time and value.
 struct PanelData {
     Range range;
     std::string line;
