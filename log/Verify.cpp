@@ -14,14 +14,13 @@ namespace {
 
 /// Offers a result to all grab samples that it is near to; of two as near the first stays.
 void Offer(CivilSeconds time, double result, CivilSeconds within, std::vector<Grab>& grabs) {
-    auto at =
-        std::lower_bound(grabs.begin(), grabs.end(), time - within,
-                         [](const Grab& grab, CivilSeconds wanted) { return grab.time < wanted; });
-    for (; at != grabs.end() && at->time <= time + within; ++at) {
-        if (!at->found || std::abs(time - at->time) < std::abs(at->resultTime - at->time)) {
-            at->found = true;
-            at->resultTime = time;
-            at->result = result;
+    for (Grab& grab : grabs) {
+        const CivilSeconds distance = std::abs(time - grab.time);
+        if (distance <= within &&
+            (!grab.found || distance < std::abs(grab.resultTime - grab.time))) {
+            grab.found = true;
+            grab.resultTime = time;
+            grab.result = result;
         }
     }
 }
