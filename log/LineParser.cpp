@@ -58,13 +58,13 @@ bool TakeInteger(std::string_view& text, std::int64_t& number) {
     text.remove_prefix(negative ? 1 : 0);
     std::size_t digits = 0;
     number = 0;
-    while (digits < text.size() && digits <= most && IsDigit(text[digits])) {
+    while (digits < std::min(text.size(), most) && IsDigit(text[digits])) {
         number = number * 10 + (text[digits] - '0');
         ++digits;
     }
     number = negative ? -number : number;
     text.remove_prefix(digits);
-    return digits > 0 && digits <= most;
+    return digits > 0 && (text.empty() || !IsDigit(text.front()));
 }
 
 bool ParseFigures(std::string_view text, Figures& figures) {
