@@ -45,12 +45,13 @@ bool LookAt(const std::string& path, DayFile& file) {
 
 /// Takes the file's entries and its row; what was added to it since is for the next import.
 bool Write(Connection& connection, const DayFile& file, Progress& progress) {
-    constexpr std::size_t tellsFilesApart = 4096;
+    constexpr std::int64_t tellsFilesApart = 4096;
     EntryWriter writer(connection, file.id);
     LineParser parser([&](const Entry& entry) { writer.Write(entry); });
-    auto left = static_cast<std::size_t>(file.bytes);
+    auto left = static_cast<std::uint64_t>(file.bytes);
     const bool isRead = ReadFile(file.path, [&](std::string_view bytes) {
-        bytes = bytes.substr(0, left);
+        bytes =
+            bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(left, bytes.size())));
         left -= bytes.size();
         parser.Feed(bytes);
         progress.Add(bytes.size());
@@ -60,7 +61,7 @@ bool Write(Connection& connection, const DayFile& file, Progress& progress) {
         Complain(file.path + ": changed while it was read; import it again");
     }
     const std::string begin =
-        BeginOf(file.path, std::min<std::size_t>(file.bytes, tellsFilesApart));
+        BeginOf(file.path, static_cast<std::size_t>(std::min(file.bytes, tellsFilesApart)));
     Statement(connection, "INSERT OR REPLACE INTO file VALUES(?, ?, ?, ?, ?, ?)")
         .With(file.id, std::string_view(file.name), file.bytes, file.modified, writer.Lines(),
               std::string_view(begin))
