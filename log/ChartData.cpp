@@ -76,7 +76,7 @@ ChartData ReadChartData(const Options& options) {
         data.times.Add(static_cast<double>(entry.time));
         const std::int64_t now = clock.At(entry.time).utc;
         if (before && now >= *before) {
-            cycles.Add(now - *before, *before);
+            cycles.Add({now - *before, *before, now});
         }
         before = now;
     });

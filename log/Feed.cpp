@@ -57,7 +57,7 @@ std::string Feed::Influx(const Entry& record) {
     const std::int64_t utc = clock_.At(record.time).utc;
     std::string line;
     if (record.kind == Entry::Kind::Sample) {
-        line = "tavrelin_sample" + (record.step.empty() ? "" : ",step=" + TagText(record.step)) +
+        line = "tavrelin_sample,step=" + TagText(record.step) +
                " reading=" + std::to_string(record.reading) + "i";
     } else {
         for (std::size_t i = 0; i < kNames.size(); ++i) {

@@ -19,6 +19,9 @@ std::string_view TakeCell(std::string_view& line) {
     const std::size_t comma = std::min(line.find(','), line.size());
     std::string_view cell = line.substr(0, comma);
     line.remove_prefix(std::min(comma + 1, line.size()));
+    if (std::count(cell.begin(), cell.end(), '"') % 2 != 0) {
+        return {}; // a comma within quotes: no cell of ours
+    }
     cell.remove_prefix(std::min(cell.find_first_not_of(around), cell.size()));
     return cell.substr(0, cell.find_last_not_of(around) + 1);
 }

@@ -109,11 +109,14 @@ Outcome Take(Connection& connection, const std::string& path, Progress& progress
 
 /// Takes them all and counts them by Outcome; false where there is no database to take them.
 bool TakeAll(const Options& options, std::array<std::uint64_t, 4>& counts) {
+    const auto sources = FindSources(options.paths);
+    if (sources.empty()) {
+        return false;
+    }
     Connection connection(options.database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     if (!PrepareDatabase(connection)) {
         return false;
     }
-    const auto sources = FindSources(options.paths);
     Progress progress(TotalBytes(sources));
     for (const Source& source : sources) {
         if (connection.IsGood()) {
@@ -126,10 +129,15 @@ bool TakeAll(const Options& options, std::array<std::uint64_t, 4>& counts) {
 } // namespace
 
 int ImportFiles(const Options& options) {
+    if (IsDayFile(FileName(options.database))) {
+        Complain(options.database + ": named as a day's file; import takes the database first");
+        return kWrongUsage;
+    }
     std::array<std::uint64_t, 4> counts{};
+    std::error_code ignored;
+    const bool isNew = !std::filesystem::exists(options.database, ignored);
     if (!TakeAll(options, counts)) {
-        std::error_code ignored;
-        if (std::filesystem::file_size(options.database, ignored) == 0) {
+        if (isNew && std::filesystem::file_size(options.database, ignored) == 0) {
             std::filesystem::remove(options.database, ignored);
         }
         return kFound;

@@ -72,11 +72,16 @@ void Outlet::TellTrouble() {
     }
 }
 
+/// A shell that appends leaves the place at the begin until the first write.
+bool Outlet::Appends() const {
+    return (static_cast<unsigned>(fcntl(descriptor_, F_GETFL)) & O_APPEND) != 0;
+}
+
 void Outlet::Write(const std::string& text) {
     if (gone_ || text.empty() || !WaitForRoom()) {
         return;
     }
-    const off_t end = lseek(descriptor_, 0, path_.empty() ? SEEK_CUR : SEEK_END);
+    const off_t end = lseek(descriptor_, 0, Appends() ? SEEK_END : SEEK_CUR);
     if (WriteAll(descriptor_, text)) {
         told_ = false;
         return;

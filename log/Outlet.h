@@ -31,6 +31,7 @@ class Outlet {
 
   private:
     bool WaitForRoom();
+    [[nodiscard]] bool Appends() const;
     void TellTrouble();
 
     std::string path_;

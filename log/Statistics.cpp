@@ -27,13 +27,13 @@ void Trend::Add(double x, double y) {
     products_ += distance * (y - meanY_);
 }
 
-void Cycles::Add(std::int64_t seconds, std::int64_t begin) {
-    ++lengths_[seconds];
-    if (longest_.size() < kKept) {
-        longest_.push({seconds, begin});
-    } else if (Span{seconds, begin} > longest_.top()) {
+void Cycles::Add(const Span& span) {
+    ++lengths_[span.seconds];
+    if (longest_.size() < kept_) {
+        longest_.push(span);
+    } else if (kept_ > 0 && span > longest_.top()) {
         longest_.pop();
-        longest_.push({seconds, begin});
+        longest_.push(span);
     }
 }
 

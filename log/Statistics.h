@@ -48,19 +48,23 @@ class Trend {
 /// began.
 class Cycles {
   public:
-    /// So many of the longest are kept with their begin.
-    static constexpr std::size_t kKept = 1000;
+    /// Enough of the longest to name every gap of a year that has some a day.
+    static constexpr std::size_t kMany = 1000;
+
+    /// kept: so many of the longest are kept with their begin and end.
+    explicit Cycles(std::size_t kept = 0) : kept_(kept) {}
 
     struct Span {
         std::int64_t seconds = 0;
-        std::int64_t begin = 0;
+        std::int64_t begin = 0; ///< local time, as the log shows it
+        std::int64_t end = 0;
         bool operator==(const Span&) const = default;
         bool operator>(const Span& other) const {
             return std::tie(seconds, begin) > std::tie(other.seconds, other.begin);
         }
     };
 
-    void Add(std::int64_t seconds, std::int64_t begin);
+    void Add(const Span& span);
 
     [[nodiscard]] bool Empty() const { return lengths_.empty(); }
     [[nodiscard]] std::int64_t Median() const;
@@ -70,6 +74,7 @@ class Cycles {
     [[nodiscard]] std::vector<Span> Above(std::int64_t seconds) const;
 
   private:
+    std::size_t kept_;
     std::map<std::int64_t, std::uint64_t> lengths_;
     std::priority_queue<Span, std::vector<Span>, std::greater<>> longest_;
 };

@@ -60,7 +60,9 @@ std::string Counted(std::uint64_t count, const std::string& one, const std::stri
 
 class Report {
   public:
-    explicit Report(const Options& options) : options_(options) {}
+    explicit Report(const Options& options) : options_(options) {
+        all_.cycles = Cycles(Cycles::kMany);
+    }
 
     void Take(const Entry& entry, const std::string& file) {
         if (!entry.recovered) {
@@ -164,8 +166,9 @@ void Report::TakeCycle(CivilSeconds time, Period& day, const std::string& place)
             Counted(static_cast<std::uint64_t>(last_->utc - moment.utc), "second", "seconds"));
     } else if (last_) {
         const std::int64_t span = moment.utc - last_->utc;
-        day.cycles.Add(span, last_->utc + last_->offset);
-        all_.cycles.Add(span, last_->utc + last_->offset);
+        for (Period* period : {&day, &all_}) {
+            period->cycles.Add({span, last_->utc + last_->offset, time});
+        }
     }
     last_ = moment;
 }
@@ -213,8 +216,8 @@ void Report::PrintGaps() const {
         std::cout << "gaps longer than " << limit << " s\n";
     }
     for (const Cycles::Span& gap : gaps) {
-        std::cout << "  " << IsoText(gap.begin) << " to " << IsoText(gap.begin + gap.seconds)
-                  << ", " << gap.seconds << " s\n";
+        std::cout << "  " << IsoText(gap.begin) << " to " << IsoText(gap.end) << ", " << gap.seconds
+                  << " s\n";
     }
     if (count > gaps.size()) {
         std::cout << "  and " << count - gaps.size() << " shorter ones\n";

@@ -92,6 +92,7 @@ void Tail::SkipToEnd() {
             before_.resize(newline + 1);
             offset_ = begin + before_.size();
         }
+        head_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(head_.size(), offset_)));
     }
     if (failed) {
         TellTrouble();
@@ -109,10 +110,11 @@ void Tail::ReadOn() {
     const std::size_t common = CommonLength(there, before_);
     if (!failed && common < before_.size()) {
         const std::string head = file.At(0, head_.size(), failed);
-        if (common == there.size() && CommonLength(head, head_) == head.size()) {
+        const bool sameHead = CommonLength(head, head_) == head.size();
+        if (common == there.size() && sameHead) {
             return; // cut back, or being written again
         }
-        GoBackTo(common);
+        GoBackTo(common, sameHead);
     }
     while (!failed) {
         const std::string piece = file.At(offset_, kPiece, failed);
@@ -130,12 +132,15 @@ void Tail::ReadOn() {
 }
 
 /// To the begin of the line in which the file differs from what it was: that many bytes of what is
-/// remembered are still there.
-void Tail::GoBackTo(std::size_t kept) {
+/// remembered are still there. Of a file that begins as before nothing is read again.
+void Tail::GoBackTo(std::size_t kept, bool sameHead) {
     const std::size_t newline = kept > 0 ? before_.rfind('\n', kept - 1) : std::string::npos;
     parser_.Finish();
     parser_ = NewParser();
-    if (newline == std::string::npos) {
+    if (newline == std::string::npos && sameHead) { // cut back further than is remembered
+        offset_ -= before_.size() - kept;
+        before_.clear();
+    } else if (newline == std::string::npos) {
         offset_ = 0;
         before_.clear();
         head_.clear();

@@ -10,7 +10,8 @@ namespace tavrelin::daylog {
 
 /// A day's file that is read on as it grows. Holds it open only while it reads, so that its card
 /// can be unmounted, and knows it again by its content: the same one on a card that was put back
-/// goes on where it ended, one cut back goes on with its first new line, any other begins anew.
+/// goes on where it ended, one cut back (by 16 KB at most) goes on with its first new line, one cut
+/// back further goes on when it reaches its old place again, any other begins anew.
 class Tail {
   public:
     /// `visit` outlives this.
@@ -28,7 +29,7 @@ class Tail {
   private:
     class File;
 
-    void GoBackTo(std::size_t kept);
+    void GoBackTo(std::size_t kept, bool sameHead);
     void Remember(const std::string& piece);
     void TellTrouble();
     [[nodiscard]] LineParser NewParser() const;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 
 namespace tavrelin::daylog {
 
@@ -17,13 +18,23 @@ std::int64_t OffsetAt(std::int64_t utc) {
     return local.tm_gmtoff;
 }
 
+/// The first bytes of a file, by which a zone is known among what lies beside it.
+std::string Begin(const std::filesystem::path& path) {
+    std::string begin(4, '\0');
+    std::ifstream(path, std::ios::binary).read(begin.data(), 4);
+    return begin;
+}
+
+/// Records of the two writers may be so many seconds out of their order.
+constexpr std::int64_t kOutOfOrder = 60;
+
 } // namespace
 
 bool SetZone(const std::string& name) {
     std::error_code error;
     const auto file = std::filesystem::path("/usr/share/zoneinfo") / name;
     if (name.empty() || name.front() == '/' || name.find("..") != std::string::npos ||
-        !std::filesystem::is_regular_file(file, error)) {
+        !std::filesystem::is_regular_file(file, error) || Begin(file) != "TZif") {
         return false;
     }
     setenv("TZ", name.c_str(), 1);
@@ -39,6 +50,7 @@ std::string IsoText(const Moment& moment) {
 
 void ZonedClock::LookAround(CivilSeconds day) {
     day_ = day;
+    again_ = false;
     before_ = OffsetAt(day - kSecondsPerDay);
     after_ = OffsetAt(day + 2 * kSecondsPerDay);
 }
@@ -53,8 +65,9 @@ Moment ZonedClock::At(CivilSeconds local) {
         const bool early = OffsetAt(moment.utc) == before_;
         const bool late = OffsetAt(later.utc) == after_;
         moment.doubled = early && late;
-        if (late && (!early || moment.utc < last_)) {
+        if (late && (!early || again_ || moment.utc + kOutOfOrder < last_)) {
             moment = {later.utc, later.offset, early};
+            again_ = true;
         }
     }
     last_ = moment.utc;

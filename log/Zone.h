@@ -22,7 +22,7 @@ struct Moment {
 std::string IsoText(const Moment& moment);
 
 /// Tells the moments of local times that come in order: of an hour that comes twice it takes the
-/// first until time goes back.
+/// first until time goes back by more than a minute.
 class ZonedClock {
   public:
     Moment At(CivilSeconds local);
@@ -33,6 +33,7 @@ class ZonedClock {
     CivilSeconds day_ = -1;
     std::int64_t before_ = 0; ///< offset a day before day_
     std::int64_t after_ = 0;  ///< and a day after it
+    bool again_ = false;      ///< the doubled hour of this day has come for the second time
     std::int64_t last_ = INT64_MIN;
 };
 

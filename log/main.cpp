@@ -189,8 +189,8 @@ void AddFollow(CLI::App& app, Options& options) {
 --samples the detector's readings, too. What FOLDER holds at the start is old, but for
 --from. FOLDER need not be there yet, and no file of it is held open: its card may be
 unmounted, pulled and put back, the day may end; no record comes twice. On a card that
-is new, what its last file holds is new, too. A file that was cut back goes on with its
-first new line, one with another content begins anew.
+is new, what its last file holds is new, too. A file that was cut back (by 16 KB at most;
+docs/day-files.md) goes on with its first new line, one with another content begins anew.
   json        one object a line, as results --json and samples --json have it
   influx      InfluxDB's line protocol: tavrelin_result with the fields absorbance,
               chlorine, dark, reference, sample; tavrelin_sample with the tag step and

@@ -22,9 +22,14 @@ std::string ShellWord(const std::string& text) {
     }
     std::string word = "'";
     for (const char character : text) {
-        word += character == '\''   ? R"('\'')"
-                : character == '\n' ? R"('$'\n'')"
-                                    : std::string(1, character);
+        const auto byte = static_cast<unsigned char>(character);
+        if (character == '\'' || byte < ' ' || byte == 0x7F) {
+            char digits[16];
+            std::snprintf(digits, sizeof digits, "'$'\\%03o''", byte);
+            word += digits;
+        } else {
+            word += character;
+        }
     }
     return word + "'";
 }
@@ -51,7 +56,7 @@ std::string RepeatingCommand(const LauncherOptions& options) {
         std::snprintf(span, sizeof span, "%.6f", static_cast<double>(limits.boardTime) / 1e9);
         command << " --board-time " << span;
     }
-    command << " --";
+    command << " --real-time 0 --";
     for (const std::string& word : options.program) {
         command << " " << ShellWord(word);
     }

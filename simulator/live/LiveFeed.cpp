@@ -170,10 +170,11 @@ void LiveFeed::LookAtCard() {
     std::error_code error;
     fs::path newest;
     fs::file_time_type newestTime;
-    for (const auto& entry : fs::directory_iterator(cardFolder_, error)) {
-        const auto time = entry.last_write_time(error);
-        if (!error && entry.is_regular_file(error) && (newest.empty() || time >= newestTime)) {
-            newest = entry.path();
+    for (fs::directory_iterator at(cardFolder_, error); !error && at != fs::directory_iterator();
+         at.increment(error)) {
+        const auto time = at->last_write_time(error);
+        if (!error && at->is_regular_file(error) && (newest.empty() || time >= newestTime)) {
+            newest = at->path();
             newestTime = time;
         }
     }

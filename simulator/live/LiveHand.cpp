@@ -161,7 +161,8 @@ Stage LiveHand::Post(const std::string& command) {
             link_.stage.compare_exchange_strong(stage, Stage::Free)) {
             return Stage::Free;
         }
-        if (feed_.Ended() && stage == Stage::Taken) {
+        // Read once more: it may have been done just before the end.
+        if (feed_.Ended() && stage == Stage::Taken && link_.stage == Stage::Taken) {
             link_.stage = Stage::Free;
             return Stage::Free;
         }

@@ -338,11 +338,30 @@ TEST_F(DatabaseOf, SomethingElseIsRefusedAndNotTouched) {
 
 TEST_F(DatabaseOf, AFileThatIsNoDatabaseIsRefusedAndNotTouched) {
     Day(kDark);
-    Day(kFirst + kFirst + kDark, "08");
-    const CommandResult run = RunLog({"import", DayFile("08"), DayFile()});
-    EXPECT_EQ(run.error, "tavrelin-log: " + DayFile("08") + ": file is not a database\n");
+    const std::string notes = files_.Path("notes.txt");
+    WriteText(notes, kFirst + kFirst + kDark);
+    const CommandResult run = RunLog({"import", notes, DayFile()});
+    EXPECT_EQ(run.error, "tavrelin-log: " + notes + ": file is not a database\n");
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(TextOf(DayFile("08")), kFirst + kFirst + kDark);
+    EXPECT_EQ(TextOf(notes), kFirst + kFirst + kDark);
+}
+
+TEST_F(DatabaseOf, ADaysFileInPlaceOfTheDatabaseIsWrongUse) {
+    Day(kDark);
+    Day("", "08");
+    const CommandResult run = RunLog({"import", DayFile("08"), DayFile()});
+    EXPECT_EQ(run.error, "tavrelin-log: " + DayFile("08") +
+                             ": named as a day's file; import takes the database first\n");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(TextOf(DayFile("08")), "");
+}
+
+TEST_F(DatabaseOf, NoFileAtAllIsNotMade) {
+    const CommandResult run = RunLog({"import", database_, files_.Path("missing")});
+    EXPECT_EQ(run.error,
+              "tavrelin-log: " + files_.Path("missing") + ": No such file or directory\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_FALSE(std::filesystem::exists(database_));
 }
 
 TEST_F(DatabaseOf, APlaceThatCannotBeWrittenIsNamed) {

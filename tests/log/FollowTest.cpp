@@ -241,6 +241,44 @@ TEST_F(Following, GoesOnWithTheFirstNewLineOfAFileThatWasCutBack) {
     ExpectNothingNew(day_);
 }
 
+TEST_F(Following, PrintsNothingTwiceOfAFileThatWasCutBackFar) {
+    std::string content;
+    for (int minute = 10; minute < 60; ++minute) {
+        for (int second = 10; second < 60; ++second) {
+            content +=
+                Result("2026-03-07 09:" + std::to_string(minute) + "." + std::to_string(second));
+        }
+    }
+    WriteText(day_, content);
+    Follower& follower = Follow();
+    const std::size_t line = Result("2026-03-07 09:10.10").size();
+    ASSERT_EQ(::truncate(day_.c_str(), static_cast<off_t>(20 * line)), 0);
+    follower.AwaitSleep();
+    std::string later;
+    for (std::size_t i = 20; i < content.size() / line; ++i) {
+        later += Result("2026-03-07 10:00.17", "1");
+    }
+    Append(day_, later + Result("2026-03-07 11:00.17", "2"));
+    std::string shown = Next();
+    while (shown == Json("2026-03-07T10:00:17", "1")) {
+        shown = Next();
+    }
+    EXPECT_EQ(shown, Json("2026-03-07T11:00:17", "2"));
+}
+
+TEST_F(Following, PrintsNothingTwiceOfAFileThatBeganTorn) {
+    const std::string first = Result("2026-03-07 09:00.17");
+    WriteText(day_, first.substr(0, 30));
+    Follower& follower = Follow();
+    Append(day_, first.substr(30));
+    EXPECT_EQ(Next(), Json("2026-03-07T09:00:17"));
+    ASSERT_EQ(::truncate(day_.c_str(), 0), 0);
+    follower.AwaitSleep();
+    Append(day_, first);
+    follower.AwaitSleep();
+    ExpectNothingNew(day_);
+}
+
 TEST_F(Following, PrintsNothingTwiceOfAFileThatIsWrittenAgain) {
     std::string content;
     for (int second = 10; second < 60; ++second) { // more than by which a place is known again

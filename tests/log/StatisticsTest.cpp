@@ -56,27 +56,27 @@ TEST(Trend, OfOneMomentIsNone) {
 }
 
 TEST(Cycles, TellTheirMedianAndWhatIsLonger) {
-    Cycles cycles;
+    Cycles cycles(Cycles::kMany);
     std::int64_t begin = 0;
     for (const std::int64_t seconds : {17, 300, 16, 17, 40, 17}) {
-        cycles.Add(seconds, begin);
+        cycles.Add({seconds, begin, begin + seconds});
         begin += seconds;
     }
     EXPECT_EQ(cycles.Median(), 17);
     EXPECT_EQ(cycles.Longest(), 300);
     EXPECT_EQ(cycles.CountAbove(34), 2U);
     EXPECT_EQ(cycles.CountAbove(40), 1U);
-    EXPECT_EQ(cycles.Above(34), (std::vector<Cycles::Span>{{300, 17}, {40, 350}}));
+    EXPECT_EQ(cycles.Above(34), (std::vector<Cycles::Span>{{300, 17, 317}, {40, 350, 390}}));
 }
 
 TEST(Cycles, KeepTheBeginOfTheLongestOnly) {
-    Cycles cycles;
+    Cycles cycles(Cycles::kMany);
     constexpr std::int64_t many = 5000;
     for (std::int64_t i = 0; i < many; ++i) {
-        cycles.Add(i, i);
+        cycles.Add({i, i, 2 * i});
     }
     EXPECT_EQ(cycles.CountAbove(-1), 5000U);
-    ASSERT_EQ(cycles.Above(-1).size(), Cycles::kKept);
+    ASSERT_EQ(cycles.Above(-1).size(), Cycles::kMany);
     EXPECT_EQ(cycles.Above(-1).front().seconds, 4000);
 }
 

@@ -121,6 +121,15 @@ TEST_F(SummaryOf, TheHourThatComesTwiceSaysSoAndFindsNoGap) {
     EXPECT_EQ(run.status, 0);
 }
 
+TEST_F(SummaryOf, AGapOverTheClockChangeEndsWhereTheNextResultIs) {
+    std::string text;
+    for (const char* time : {"01:00.00", "01:01.00", "01:02.00", "05:00.00"}) {
+        text += std::string("2026-03-29 ") + time + ",,,0.1,1,20000,3e+06,2.3871e+06\n";
+    }
+    EXPECT_THAT(Of(text, {"--zone", "Europe/Berlin"}).output,
+                HasSubstr("  2026-03-29T01:02:00 to 2026-03-29T05:00:00, 10680 s\n"));
+}
+
 TEST_F(SummaryOf, AClockSetBackSaysWhere) {
     const CommandResult run = Of("2026-03-07 12:00.00,,,0.1,1,20000,3e+06,2.3871e+06\n"
                                  "2026-03-07 11:59.00,,,0.1,1,20000,3e+06,2.3871e+06\n");

@@ -129,7 +129,8 @@ TEST_F(VerifyWith, TimesAreSpelledAsIsoOrAsInTheLog) {
 TEST_F(VerifyWith, ALineThatIsNoGrabSampleIsNamed) {
     const CommandResult run = Verify("time,value\n2026-03-07T09:00,1\nnoon,1\n2026-03-07T09:00,-1\n"
                                      "2026-03-07T09:00,1,5\n2026-02-30T09:00,1\n"
-                                     "2026-03-07T09:00,much\x01\n2026-03-07T09:00,nan\n",
+                                     "2026-03-07T09:00,much\x01\n2026-03-07T09:00,nan\n"
+                                     "2026-03-07T09:00,\"0,9\"\n",
                                      ResultAt("09:00.00", "1"));
     const std::string what = ": not a time and a value, such as 2026-03-07T09:00,0.85: ";
     const auto line = [&](const std::string& number, const std::string& text) {
@@ -138,7 +139,8 @@ TEST_F(VerifyWith, ALineThatIsNoGrabSampleIsNamed) {
     EXPECT_THAT(LinesOf(run.error),
                 ElementsAre(line("3", "noon,1"), line("4", "2026-03-07T09:00,-1"),
                             line("6", "2026-02-30T09:00,1"), line("7", "2026-03-07T09:00,much?"),
-                            line("8", "2026-03-07T09:00,nan")));
+                            line("8", "2026-03-07T09:00,nan"),
+                            line("9", "2026-03-07T09:00,\"0,9\"")));
     EXPECT_EQ(run.status, 1);
 }
 

@@ -42,6 +42,13 @@ TEST_F(Zoned, HourThatComesTwiceIsToldApartByTheOrder) {
     EXPECT_EQ(At(clock_, "2026-10-25T03:00:00"), "2026-10-25T03:00:00+01:00");
 }
 
+TEST_F(Zoned, RecordASecondOutOfItsOrderBelongsToTheSameHour) {
+    Use("Europe/Berlin");
+    EXPECT_EQ(At(clock_, "2026-10-25T02:00:20"), "2026-10-25T02:00:20+02:00");
+    EXPECT_EQ(At(clock_, "2026-10-25T02:00:19"), "2026-10-25T02:00:19+02:00");
+    EXPECT_EQ(At(clock_, "2026-10-25T02:00:30"), "2026-10-25T02:00:30+02:00");
+}
+
 TEST_F(Zoned, HourThatIsLeftOutEndsWhenItBegins) {
     Use("Europe/Berlin"); // on from 2 to 3 on 2026-03-29
     EXPECT_EQ(clock_.At(*ParseIsoTime("2026-03-29T03:00:00")).utc -
@@ -50,7 +57,8 @@ TEST_F(Zoned, HourThatIsLeftOutEndsWhenItBegins) {
 }
 
 TEST_F(Zoned, NameMustBeOneThatTheMachineKnows) {
-    for (const char* name : {"", "Nowhere/Else", "Europe", "/etc/passwd", "../../../etc/passwd"}) {
+    for (const char* name :
+         {"", "Nowhere/Else", "Europe", "zone.tab", "/etc/passwd", "../../../etc/passwd"}) {
         EXPECT_FALSE(SetZone(name)) << name;
     }
 }
