@@ -62,7 +62,7 @@ ChartData ReadChartData(const Options& options) {
     Cycles cycles;
     ZonedClock clock;
     std::optional<std::int64_t> before;
-    ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
+    ReadRecords(options.paths, [&](const Entry& entry, const std::string&) {
         if (entry.kind != Entry::Kind::Result || !options.Selects(entry.time)) {
             return;
         }

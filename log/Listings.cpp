@@ -25,15 +25,6 @@ class Times {
     ZonedClock clock_;
 };
 
-/// Says how many lines held no record, and answers the exit status.
-int Status(bool written, std::uint64_t broken) {
-    if (broken > 0) {
-        Complain(std::to_string(broken) + (broken == 1 ? " line is" : " lines are") +
-                 " torn or unknown: summary names them");
-    }
-    return written && !Complained() ? kDone : kFound;
-}
-
 struct Reading {
     CivilSeconds time = 0;
     std::int64_t counts = 0;
@@ -46,9 +37,7 @@ int ListResults(const Options& options) {
     Table table({{"time", true}, {"absorbance"}, {"chlorine"}, {"dark"}, {"reference"}, {"sample"}},
                 options.json);
     Times times(options);
-    std::uint64_t broken = 0;
-    ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
-        broken += entry.IsRecord() ? 0 : 1;
+    ReadRecords(options.paths, [&](const Entry& entry, const std::string&) {
         if (entry.kind == Entry::Kind::Result && options.Selects(entry.time)) {
             const Figures& figures = entry.figures;
             table.Add({times.Text(entry.time), GeneralText(figures.absorbance),
@@ -56,19 +45,17 @@ int ListResults(const Options& options) {
                        GeneralText(figures.reference), GeneralText(figures.sample)});
         }
     });
-    return Status(table.Finish(), broken);
+    return table.Finish() && !Complained() ? kDone : kFound;
 }
 
 int ListSamples(const Options& options) {
     Table table({{"time", true}, {"reading"}, {"step", true}}, options.json);
     Times times(options);
-    std::uint64_t broken = 0;
     std::vector<Reading> measurement; ///< what came since the last result, where one is asked for
     const auto show = [&](const Reading& reading) {
         table.Add({times.Text(reading.time), std::to_string(reading.counts), reading.step});
     };
-    ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
-        broken += entry.IsRecord() ? 0 : 1;
+    ReadRecords(options.paths, [&](const Entry& entry, const std::string&) {
         if (entry.kind == Entry::Kind::Sample && options.Selects(entry.time) &&
             entry.step.find(options.step) != std::string_view::npos) {
             const Reading reading{entry.time, entry.reading, std::string(entry.step)};
@@ -84,7 +71,7 @@ int ListSamples(const Options& options) {
             measurement.clear();
         }
     });
-    return Status(table.Finish(), broken);
+    return table.Finish() && !Complained() ? kDone : kFound;
 }
 
 } // namespace tavrelin::daylog

@@ -128,4 +128,19 @@ void ReadSources(const std::vector<Source>& sources, const Visit& visit) {
     }
 }
 
+void ReadRecords(const std::vector<std::string>& paths, const Visit& visit) {
+    std::uint64_t broken = 0;
+    ReadSources(FindSources(paths), [&](const Entry& entry, const std::string& file) {
+        if (entry.IsRecord()) {
+            visit(entry, file);
+        } else {
+            ++broken;
+        }
+    });
+    if (broken > 0) {
+        Complain(std::to_string(broken) + (broken == 1 ? " line is" : " lines are") +
+                 " torn or unknown: summary names them");
+    }
+}
+
 } // namespace tavrelin::daylog

@@ -26,6 +26,9 @@ std::uint64_t TotalBytes(const std::vector<Source>& sources);
 /// What cannot be read is told by Complain; the rest is read all the same.
 void ReadSources(const std::vector<Source>& sources, const Visit& visit);
 
+/// The same of what the paths name, records only. How many lines were none is told by Complain.
+void ReadRecords(const std::vector<std::string>& paths, const Visit& visit);
+
 /// Hands a file on in pieces, from its begin. False when it cannot be read to its end, which
 /// Complain has told.
 bool ReadFile(const std::string& path, const std::function<void(std::string_view)>& take);

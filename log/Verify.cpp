@@ -48,7 +48,7 @@ bool AddVerdict(const Grab& grab, const Options& options, Table& table) {
 int VerifyResults(const Options& options) {
     std::vector<Grab> grabs = ReadGrabs(options.grab);
     const auto within = static_cast<CivilSeconds>(options.withinMinutes * 60);
-    ReadSources(FindSources(options.paths), [&](const Entry& entry, const std::string&) {
+    ReadRecords(options.paths, [&](const Entry& entry, const std::string&) {
         if (entry.kind == Entry::Kind::Result && std::isfinite(entry.figures.chlorine)) {
             Offer(entry.time, entry.figures.chlorine * options.scale, within, grabs);
         }

@@ -144,6 +144,12 @@ TEST_F(VerifyWith, ALineThatIsNoGrabSampleIsNamed) {
     EXPECT_EQ(run.status, 1);
 }
 
+TEST_F(VerifyWith, ALineOfTheLogThatIsNoRecordIsTold) {
+    const CommandResult run = Verify("2026-03-07T09:00,1\n", ResultAt("09:00.00", "1") + "hello\n");
+    EXPECT_EQ(run.error, "tavrelin-log: 1 line is torn or unknown: summary names them\n");
+    EXPECT_EQ(run.status, 1);
+}
+
 TEST_F(VerifyWith, AFileOfRubbishIsToldInFewLines) {
     std::string rubbish;
     for (int i = 0; i < 100; ++i) {
