@@ -115,7 +115,7 @@ TEST_F(LiveControls, WhatIsDoneHappensAtTheMomentThatIsTold) {
     EXPECT_EQ(struck.at("noise"), 12.5);
     bench->Interrupt();
     for (const std::string& line : lines) {
-        EXPECT_THAT(Events(), HasSubstr("\n" + line));
+        EXPECT_THAT("\n" + Events(), HasSubstr("\n" + line));
     }
 }
 
