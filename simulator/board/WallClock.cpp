@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <chrono>
+#include <cstdio>
 #include <string_view>
 
 namespace sim {
@@ -46,6 +47,18 @@ std::optional<std::int64_t> WallClock::Parse(std::string_view text) {
     }
     const std::int64_t days = std::chrono::sys_days{date}.time_since_epoch().count();
     return days * 86'400 + hour * 3'600 + minute * 60 + second;
+}
+
+std::string WallClock::Text(std::int64_t seconds) {
+    const std::chrono::sys_seconds moment{std::chrono::seconds(seconds)};
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(day);
+    const auto second = static_cast<int>((moment - day).count());
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  second / 3600, second / 60 % 60, second % 60);
+    return text;
 }
 
 } // namespace sim

@@ -3,6 +3,7 @@
 #include "simulator/board/Nanoseconds.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace sim {
@@ -21,6 +22,8 @@ class WallClock {
 
     /// Seconds since 1970 of "YYYY-MM-DD hh:mm:ss", taken as UTC; nothing for any other text.
     static std::optional<std::int64_t> Parse(std::string_view text);
+    /// The same text of so many seconds; whatever the C library's own times can hold.
+    static std::string Text(std::int64_t seconds);
 
   private:
     Nanoseconds start_;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <ctime>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -38,12 +37,10 @@ std::string ShellWord(const std::string& text) {
 
 std::string RepeatingCommand(const LauncherOptions& options) {
     const RunLimits& limits = options.run.limits;
-    char start[32];
-    const auto seconds = static_cast<std::time_t>(options.run.startTime);
-    std::strftime(start, sizeof start, "%F %T", std::gmtime(&seconds));
     std::ostringstream command;
     command << "simulate --scenario bench.toml --seed " << options.run.seed << " --start "
-            << ShellWord(start) << " --io-cost " << (options.run.ioCosts ? "board" : "none");
+            << ShellWord(WallClock::Text(options.run.startTime)) << " --io-cost "
+            << (options.run.ioCosts ? "board" : "none");
     for (const auto& [option, limit] :
          {std::pair{" --measurements ", limits.measurements}, std::pair{" --steps ", limits.steps},
           std::pair{" --calls ", limits.calls}}) {

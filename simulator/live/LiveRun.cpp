@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <initializer_list>
 #include <type_traits>
 #include <utility>
@@ -66,15 +65,6 @@ std::string List(const Members& members) {
 
 std::string Object(const Members& members) {
     return "{" + List(members) + "}";
-}
-
-std::string ClockText(Nanoseconds wall) {
-    const auto seconds = static_cast<std::time_t>(wall / 1'000'000'000);
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%F %T", &parts);
-    return text;
 }
 
 double DutyPercent(const PwmOutput& output) {
@@ -258,7 +248,7 @@ std::string LiveRun::State() const {
     }
     return List({
         {"time", Number(std::round(static_cast<double>(now) / 1e3) / 1e6)},
-        {"clock", Text(ClockText(board.WallTime()))},
+        {"clock", Text(WallClock::Text(board.WallTime() / Seconds(1)))},
         {"paused", Number(paused_)},
         {"pace", Number(pace_)},
         {"step", Number(row_)},

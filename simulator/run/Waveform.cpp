@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <ctime>
 #include <utility>
 
 namespace sim {
@@ -151,12 +150,8 @@ bool Waveform::WriteTo(const std::string& path, FileBuffer& buffer) {
 }
 
 void Waveform::WriteHeader() {
-    const auto start = static_cast<std::time_t>(board_.WallTime() / Seconds(1));
-    std::tm date{};
-    gmtime_r(&start, &date);
-    char shown[32];
-    std::strftime(shown, sizeof shown, "%Y-%m-%d %H:%M:%S", &date);
-    std::string text = std::string("$date ") + shown + " UTC on the board's clock $end\n" +
+    std::string text = "$date " + WallClock::Text(board_.WallTime() / Seconds(1)) +
+                       " UTC on the board's clock $end\n" +
                        "$version simulate, the simulated board of tavrelin $end\n" +
                        "$timescale 1 us $end\n$scope module board $end\n";
     std::string_view scope;

@@ -184,7 +184,7 @@ TEST_F(LiveControls, TheScenarioOfTheBeginningIsKept) {
     EXPECT_EQ(bench->Get("/scenario").second,
               "# Made on the live bench. Repeats the run byte for byte:\n"
               "#   simulate --scenario bench.toml --seed 9 --start '2026-03-07 09:00:00' "
-              "--io-cost board -- " +
+              "--io-cost board --real-time 0 -- " +
                   Binary("tavrelin") + "\n" + scenario +
                   "\n[[card.event]]\ndo = \"remove\"\nat = " + at + "\n");
 }
