@@ -3,8 +3,17 @@
 #include "simulator/board/KernelNumber.h"
 
 #include <cerrno>
+#include <cmath>
 
 namespace sim {
+
+double PwmOutput::DutyPercent() const {
+    return Pulsing() ? 100.0 * static_cast<double>(duty) / static_cast<double>(period) : 0.0;
+}
+
+double PwmOutput::Frequency() const {
+    return Pulsing() ? std::round(1e12 / static_cast<double>(period)) / 1e3 : 0.0;
+}
 
 PwmChip::PwmChip(const std::vector<unsigned>& exported) {
     for (const unsigned channel : exported) {

@@ -19,6 +19,9 @@ struct PwmOutput {
     unsigned exports = 0;  ///< how often it was exported
 
     bool Pulsing() const { return enabled && period != 0 && duty != 0; }
+    double DutyPercent() const;
+    /// In hertz, to the thousandth.
+    double Frequency() const;
 };
 
 /// The board's PWM controller with the kernel's sysfs stores. Every operation returns 0 or an

@@ -67,16 +67,6 @@ std::string Object(const Members& members) {
     return "{" + List(members) + "}";
 }
 
-double DutyPercent(const PwmOutput& output) {
-    return output.Pulsing()
-               ? 100.0 * static_cast<double>(output.duty) / static_cast<double>(output.period)
-               : 0.0;
-}
-
-std::int64_t Frequency(const PwmOutput& output) {
-    return output.Pulsing() ? std::llround(1e9 / static_cast<double>(output.period)) : 0;
-}
-
 /// What the remote indicator shows: nothing while its lines rest high, or belong to nobody.
 std::string Indicator(const Board& board) {
     const auto lit = [&](unsigned line) { return board.lines.Drives(line, false); };
@@ -255,14 +245,15 @@ std::string LiveRun::State() const {
         {"steps", Number(simulation_.console.Steps())},
         {"measurements", Number(simulation_.console.Measurements())},
         {"chlorine", Number(chlorine_)},
-        {"lamp", Object({{"duty", Number(DutyPercent(board.pwm.At(kLampChannel)))}})},
+        {"lamp", Object({{"duty", Number(board.pwm.At(kLampChannel).DutyPercent())}})},
         {"valve", Object({{"open", Number(board.ValveOpen())},
-                          {"duty", Number(DutyPercent(board.pwm.At(kValveChannel)))}})},
-        {"stirrer", Object({{"on", Number(board.Stirring())},
-                            {"frequency", Number(Frequency(board.pwm.At(kStirrerChannel)))}})},
+                          {"duty", Number(board.pwm.At(kValveChannel).DutyPercent())}})},
+        {"stirrer",
+         Object({{"on", Number(board.Stirring())},
+                 {"frequency", Number(std::llround(board.pwm.At(kStirrerChannel).Frequency()))}})},
         {"pump", Object({{"enabled", Number(board.lines.Drives(kPumpEnableLine, false))},
                          {"forward", Number(board.lines.Drives(kPumpDirectionLine, true))},
-                         {"frequency", Number(Frequency(pump))},
+                         {"frequency", Number(std::llround(pump.Frequency()))},
                          {"limit", Number(limit)},
                          {"angle", Number(360.0 * static_cast<double>(board.shaft.StepOfTurn(now)) /
                                           static_cast<double>(PumpShaft::kStepsPerTurn))},

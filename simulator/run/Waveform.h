@@ -1,19 +1,17 @@
 #pragma once
 
 #include "simulator/board/Board.h"
-#include "simulator/kernel/BufferedFile.h"
 #include "simulator/run/ConsoleWatch.h"
+#include "simulator/run/ValueChanges.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace sim {
 
-/// Writes a run down as value changes (IEEE 1364), in microseconds of board time: what the board
-/// does and what the program shows. Logic is one-bit wires and figures are reals, because not every
-/// reader knows vectors; texts are of the type "string", which readers know or leave out.
+/// Writes a run down as value changes: what the board does and what the program shows.
 class Waveform {
   public:
     /// Turns of the pump's shaft are written at this interval, and where something changes.
@@ -37,7 +35,6 @@ class Waveform {
     void Finish();
 
   private:
-    void WriteHeader();
     void NoteOutputs();
     void NoteShaft(Nanoseconds now);
     void NoteWorld();
@@ -50,17 +47,15 @@ class Waveform {
     }
     void SetLevel(std::size_t variable, bool high) { Set(variable, high ? 1.0 : 0.0); }
     void Change(std::size_t variable, double value, Nanoseconds moment);
-    void PutValue(std::size_t variable, double value);
-    void PutText(std::size_t variable, std::string_view text);
     void Stamp() { Stamp(board_.Now()); }
     void Stamp(Nanoseconds moment);
 
     Board& board_;
     const ConsoleWatch& console_;
-    BufferedFile file_;
-    std::vector<double> values_;
-    Nanoseconds stamped_ = 0;    ///< the time that was written last, in microseconds
-    Nanoseconds faultEnds_ = -1; ///< when the fault's pulse ends; negative: there is none
+    ValueChanges file_;
+    std::array<double, ValueChanges::Count> values_{};
+    std::int64_t faultEnds_ =
+        -1; ///< in microseconds: when the fault's pulse ends; negative: there is none
     std::string stepName_;
     std::string line_;  ///< of the console, under way
     std::string shown_; ///< the lines of this very moment
