@@ -37,6 +37,8 @@ class SimulatedBoard {
     CardSlot& Card() { return simulation_.board.card; }
     sim::Board& Model() { return simulation_.board; }
     sim::Kernel& Kernel() { return simulation_.kernel; }
+    sim::Scheduler& Scheduler() { return simulation_.scheduler; }
+    sim::Timeline& Timeline() { return simulation_.timeline; }
     void InsertCard() { Card().Insert(); }
     void RemoveCard() { Card().Remove(Now()); }
 

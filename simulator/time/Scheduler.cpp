@@ -56,27 +56,56 @@ void Scheduler::Forget(Thread& thread) {
     std::erase_if(threads_, [&](const auto& held) { return held.get() == &thread; });
 }
 
-void Scheduler::SleepUntil(Thread& self, Nanoseconds moment, std::string reason, const void* key) {
+bool Scheduler::SleepUntil(Thread& self, Nanoseconds moment, std::string_view reason,
+                           const void* key) {
     self.wakeAt = moment;
     self.waitsFor = key;
-    self.waitReason = std::move(reason);
+    self.waitReason = reason;
+    self.woken = false;
     waiting_.push_back(&self);
     HandOver(self);
+    return self.woken;
 }
 
-void Scheduler::WaitFor(Thread& self, const void* key, std::string reason) {
-    SleepUntil(self, kNever, std::move(reason), key);
+void Scheduler::WaitFor(Thread& self, const void* key, std::string_view reason) {
+    SleepUntil(self, kNever, reason, key);
 }
 
-void Scheduler::Wake(const void* key) {
-    for (auto at = waiting_.begin(); at != waiting_.end();) {
-        if ((*at)->waitsFor == key) {
-            ready_.push_back(*at);
-            at = waiting_.erase(at);
-        } else {
-            ++at;
+std::vector<Scheduler::Thread*> Scheduler::Take(const void* key, std::size_t most,
+                                                std::uint32_t channels) {
+    std::vector<Thread*> taken;
+    std::erase_if(waiting_, [&](Thread* thread) {
+        const bool meant =
+            taken.size() < most && thread->waitsFor == key && (thread->channels & channels) != 0;
+        if (meant) {
+            taken.push_back(thread);
         }
+        return meant;
+    });
+    return taken;
+}
+
+std::size_t Scheduler::WakeSome(const void* key, std::size_t most, std::uint32_t channels) {
+    const std::vector<Thread*> woken = Take(key, most, channels);
+    for (Thread* thread : woken) {
+        thread->woken = true;
+        ready_.push_back(thread);
     }
+    return woken.size();
+}
+
+std::size_t Scheduler::Move(const void* key, std::size_t most, const void* other) {
+    const std::vector<Thread*> moved = Take(key, most, ~0U);
+    for (Thread* thread : moved) {
+        thread->waitsFor = other;
+        waiting_.push_back(thread);
+    }
+    return moved.size();
+}
+
+void Scheduler::Yield(Thread& self) {
+    ready_.push_back(&self);
+    HandOver(self);
 }
 
 void Scheduler::WakeForBoard(Nanoseconds moment) {
@@ -89,8 +118,7 @@ void Scheduler::WakeForBoard(Nanoseconds moment) {
 
 void Scheduler::Chance(Thread& self) {
     if (order_ == ThreadOrder::Seeded && !ready_.empty() && noise_.Below(kChanceOneIn) == 0) {
-        ready_.push_back(&self);
-        HandOver(self);
+        Yield(self);
     }
 }
 
@@ -156,7 +184,8 @@ std::string Scheduler::WhoWaitsForWhat() const {
     std::string text;
     for (const Thread* thread : waiting_) {
         text += (text.empty() ? "" : "; ") + std::string("thread ") +
-                std::to_string(thread->number) + " waits for " + thread->waitReason;
+                std::to_string(thread->number) + " waits for ";
+        text += thread->waitReason;
     }
     return text.empty() ? "no thread is left" : text;
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sim {
@@ -32,7 +33,9 @@ class Scheduler {
         std::atomic<std::uint32_t> go{0};
         Nanoseconds wakeAt = kNever;
         const void* waitsFor = nullptr;
-        std::string waitReason;
+        std::uint32_t channels = ~0U; ///< wakes of its key that it hears: those that share a bit
+        std::string_view waitReason;
+        bool woken = false;       ///< its last wait ended by a wake, not by time
         bool awaitsBoard = false; ///< asleep no longer than to the board's next event
         bool finished = false;
     };
@@ -58,12 +61,18 @@ class Scheduler {
     void Forget(Thread& thread);
 
     /// Lets others run until board time reaches a moment or somebody wakes the key; kNever waits
-    /// for ever.
-    void SleepUntil(Thread& self, Nanoseconds moment, std::string reason,
+    /// for ever. True when it was woken. The reason names the wait in a deadlock.
+    bool SleepUntil(Thread& self, Nanoseconds moment, std::string_view reason,
                     const void* key = nullptr);
     /// Waits until somebody wakes the key.
-    void WaitFor(Thread& self, const void* key, std::string reason);
-    void Wake(const void* key);
+    void WaitFor(Thread& self, const void* key, std::string_view reason);
+    void Wake(const void* key) { WakeSome(key, ~std::size_t{0}); }
+    /// Wakes those who wait for the key on one of the channels, in order of arrival; how many.
+    std::size_t WakeSome(const void* key, std::size_t most, std::uint32_t channels = ~0U);
+    /// Has those who wait for the key wait for another one, as the last to arrive there; how many.
+    std::size_t Move(const void* key, std::size_t most, const void* other);
+    /// Lets those run that can, and then the calling thread again.
+    void Yield(Thread& self);
     /// Something was planned on the board for a moment to come: who sleeps to its next event wakes
     /// by then.
     void WakeForBoard(Nanoseconds moment);
@@ -75,6 +84,8 @@ class Scheduler {
     std::size_t Alive() const { return threads_.size(); }
 
   private:
+    /// Takes those who wait for the key out of the waiting, in order of arrival.
+    std::vector<Thread*> Take(const void* key, std::size_t most, std::uint32_t channels);
     void HandOver(Thread& self);
     Thread& Next();
     void WakeSleepers();

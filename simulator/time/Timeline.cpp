@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned kFreeReads = 16;
 constexpr Nanoseconds kFirstPause = Microseconds(20);
 constexpr Nanoseconds kLongestPause = Milliseconds(1);
-constexpr unsigned kFreeClockLooks = 1000;
+constexpr unsigned kFreeIdleCalls = 1000;
 
 } // namespace
 
@@ -23,14 +23,14 @@ Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double
     scheduler_.now = [this] { return Now(); };
 }
 
-void Timeline::SleepUntil(Nanoseconds moment, const std::string& reason, const void* key) {
+void Timeline::SleepUntil(Nanoseconds moment, std::string_view reason, const void* key) {
     equalReads_ = 0;
     if (moment > Now()) {
         scheduler_.SleepUntil(*ThreadSelf(), moment, reason, key);
     }
 }
 
-void Timeline::SleepUntilNews(Nanoseconds moment, const std::string& reason, const void* key) {
+void Timeline::SleepUntilNews(Nanoseconds moment, std::string_view reason, const void* key) {
     moment = std::min(moment, board_.NextEvent());
     if (moment > Now()) {
         Scheduler::Thread& self = *ThreadSelf();
@@ -85,7 +85,7 @@ void Timeline::PollsLine(unsigned line) {
     Pause(equalReads_ - kFreeReads, "a line that it polls");
 }
 
-void Timeline::Pause(unsigned before, const std::string& reason) {
+void Timeline::Pause(unsigned before, std::string_view reason) {
     board_.Settle(); // else what is due now would end every pause before it begins
     const Nanoseconds span = std::min(kFirstPause << std::min(before, 6U), kLongestPause);
     SleepUntilNews(Now() + span, reason);
@@ -101,15 +101,23 @@ void Timeline::LineRead(unsigned line, bool level) {
     }
 }
 
-void Timeline::LooksAtClock() {
-    if (Now() != lookedAt_) {
-        clockLooks_ = 0;
+bool Timeline::Idles(std::string_view reason) {
+    if (Now() != idleAt_) {
+        idleCalls_ = 0;
     }
-    if (clockLooks_ >= kFreeClockLooks) {
-        Pause(clockLooks_ - kFreeClockLooks, "the clock that it looks at");
+    const bool pauses = idleCalls_ >= kFreeIdleCalls;
+    if (pauses) {
+        Pause(idleCalls_ - kFreeIdleCalls, reason);
     }
-    ++clockLooks_;
-    lookedAt_ = Now();
+    ++idleCalls_;
+    idleAt_ = Now();
+    return pauses;
+}
+
+void Timeline::Yields() {
+    if (!Idles("the others to which it yields")) {
+        scheduler_.Yield(*ThreadSelf());
+    }
 }
 
 } // namespace sim

@@ -4,7 +4,7 @@
 #include "simulator/time/Scheduler.h"
 
 #include <functional>
-#include <string>
+#include <string_view>
 
 namespace sim {
 
@@ -27,9 +27,9 @@ class Timeline {
     }
     /// The calling thread sleeps until a moment; others run.
     /// With a key, also until somebody wakes it.
-    void SleepUntil(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
+    void SleepUntil(Nanoseconds moment, std::string_view reason, const void* key = nullptr);
     /// The same, but no longer than to the board's next event; a poll in progress goes on.
-    void SleepUntilNews(Nanoseconds moment, const std::string& reason, const void* key = nullptr);
+    void SleepUntilNews(Nanoseconds moment, std::string_view reason, const void* key = nullptr);
     /// From now on so many board seconds pass in a real one (0: as fast as it goes), in pieces of
     /// at most 20 ms of real time, after each of which onAdvance is called.
     void SetPace(double pace);
@@ -41,13 +41,16 @@ class Timeline {
     /// The calling thread looks at a clock. After 1000 looks at one and the same moment each
     /// further one costs as a poll does: else a program that waits for a moment would wait for
     /// ever.
-    void LooksAtClock();
+    void LooksAtClock() { Idles("the clock that it looks at"); }
+    /// The calling thread lets others run; yields at one and the same moment cost as looks do.
+    void Yields();
     /// The calling thread did something else: a poll in progress has ended.
     void Busy() { equalReads_ = 0; }
 
   private:
     void AdvanceTo(Nanoseconds moment);
-    void Pause(unsigned before, const std::string& reason);
+    void Pause(unsigned before, std::string_view reason);
+    bool Idles(std::string_view reason);
     void KeepPace() const;
 
     Board& board_;
@@ -60,8 +63,8 @@ class Timeline {
     unsigned polledLine_ = ~0U;
     bool polledLevel_ = false;
     unsigned equalReads_ = 0;
-    unsigned clockLooks_ = 0;
-    Nanoseconds lookedAt_ = 0;
+    unsigned idleCalls_ = 0; ///< looks at a clock and yields since board time last passed
+    Nanoseconds idleAt_ = 0;
 };
 
 } // namespace sim
