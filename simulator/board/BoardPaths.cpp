@@ -8,8 +8,8 @@ namespace sim {
 namespace {
 
 constexpr std::array kFolders{
-    kGpio,      kPwm,        kAnalog,        kCardBlock,  kMemoryDevice,
-    kSpiDevice, kCardDevice, kCardPartition, kMountPoint, kMountTable,
+    kGpio,       kPwm,           kAnalog,     kCardBlock,  kMemoryDevice,     kSpiDevice,
+    kCardDevice, kCardPartition, kMountPoint, kMountTable, kMountInformation,
 };
 
 } // namespace

@@ -19,6 +19,7 @@ inline constexpr std::string_view kCardDevice = "/dev/mmcblk0";
 inline constexpr std::string_view kCardPartition = "/dev/mmcblk0p1";
 inline constexpr std::string_view kMountPoint = "/mnt/sd-card";
 inline constexpr std::string_view kMountTable = "/etc/mtab";
+inline constexpr std::string_view kMountInformation = "/proc/self/mountinfo";
 
 /// A folder itself or anything below it.
 bool Within(std::string_view path, std::string_view folder);

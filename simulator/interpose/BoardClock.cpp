@@ -11,9 +11,9 @@ namespace {
 
 constexpr Nanoseconds kPerSecond = 1'000'000'000;
 
-Nanoseconds Shown(Gate& gate, int clock) {
-    return clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE ? gate->board.WallTime()
-                                                                     : gate->timeline.Now();
+Nanoseconds Shown(const Simulation& simulation, int clock) {
+    return clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE ? simulation.board.WallTime()
+                                                                     : simulation.timeline.Now();
 }
 
 } // namespace
@@ -26,12 +26,29 @@ bool Read(int clock, std::int64_t& nanoseconds, int& result) {
     if (!gate) {
         return false;
     }
-    result = AsResult(gate->kernel.calls.Strike("clock_gettime", ""));
-    if (result == 0) {
-        gate->timeline.LooksAtClock();
-        nanoseconds = Shown(gate, clock);
-    }
+    result = AsResult(-ReadOn(*gate, clock, nanoseconds));
     return true;
+}
+
+int ReadOn(Simulation& simulation, int clock, std::int64_t& nanoseconds) {
+    const int error = static_cast<int>(-simulation.kernel.calls.Strike("clock_gettime", ""));
+    if (error == 0) {
+        simulation.timeline.LooksAtClock();
+        nanoseconds = Shown(simulation, clock);
+    }
+    return error;
+}
+
+Nanoseconds Length(Span span) {
+    return span.seconds >= kNever / kPerSecond ? kNever
+                                               : span.seconds * kPerSecond + span.nanoseconds;
+}
+
+Nanoseconds MomentOf(Simulation& simulation, int clock, Span shown) {
+    const Nanoseconds length = Length(shown);
+    const Nanoseconds now = simulation.timeline.Now();
+    return length == kNever ? kNever
+                            : now + std::max<Nanoseconds>(length - Shown(simulation, clock), 0);
 }
 
 bool ReadWall(std::int64_t& nanoseconds) {
@@ -49,21 +66,27 @@ bool Sleep(int clock, bool absolute, Span span, std::int64_t& rest, int& error) 
     if (!gate) {
         return false;
     }
+    SleepOn(*gate, clock, absolute, span, rest, error);
+    return true;
+}
+
+void SleepOn(Simulation& simulation, int clock, bool absolute, Span span, std::int64_t& rest,
+             int& error) {
     rest = 0;
     if (span.seconds < 0 || span.nanoseconds < 0 || span.nanoseconds >= kPerSecond) {
         error = EINVAL;
-        return true;
+        return;
     }
-    Nanoseconds length = span.seconds * kPerSecond + span.nanoseconds;
-    if (absolute) {
-        length = std::max<Nanoseconds>(length - Shown(gate, clock), 0);
-    }
-    error = static_cast<int>(-gate->kernel.calls.Admit("nanosleep", ""));
+    const Nanoseconds now = simulation.timeline.Now();
+    const Nanoseconds longest = kNever - now;
+    const Nanoseconds length =
+        std::min(absolute ? MomentOf(simulation, clock, span) - now : Length(span), longest);
+    error = static_cast<int>(-simulation.kernel.calls.Admit("nanosleep", ""));
     const Nanoseconds slept = error != 0 ? length / 2 : length;
-    gate->events.Add("sleep", "-", std::to_string(slept / 1'000) + " us");
-    gate->timeline.SleepUntil(gate->timeline.Now() + slept, "the end of its sleep");
+    simulation.events.Add("sleep", "-", std::to_string(slept / 1'000) + " us");
+    simulation.timeline.SleepUntil(length == longest ? kNever : simulation.timeline.Now() + slept,
+                                   "the end of its sleep");
     rest = length - slept;
-    return true;
 }
 
 } // namespace sim::board_clock

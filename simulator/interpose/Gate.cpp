@@ -1,6 +1,7 @@
 #include "simulator/interpose/Gate.h"
 
 #include "simulator/board/BoardPaths.h"
+#include "simulator/interpose/SystemCallGate.h"
 
 namespace sim {
 namespace {
@@ -23,16 +24,19 @@ Simulation* Called(int descriptor) {
 Gate::Gate(Simulation* simulation) : simulation_(simulation) {
     if (simulation_ != nullptr) {
         ++depth;
+        before_ = system_calls::Open();
     }
 }
 
 Gate::Gate() : Gate(Called()) {}
-Gate::Gate(const char* path) : Gate(path != nullptr && IsBoardPath(path) ? Called() : nullptr) {}
+Gate::Gate(const char* path)
+    : Gate(path != nullptr && IsPlainPath(path) && IsBoardPath(path) ? Called() : nullptr) {}
 Gate::Gate(int descriptor) : Gate(Called(descriptor)) {}
 
 Gate::~Gate() {
     if (simulation_ != nullptr) {
         --depth;
+        system_calls::Restore(before_);
     }
 }
 

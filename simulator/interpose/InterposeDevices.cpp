@@ -66,13 +66,6 @@ int poll(pollfd* descriptors, nfds_t count, int timeout) {
                    })) {
         return AsResult(gate->kernel.Poll(descriptors, count, timeout));
     }
-    if (Gate gate; gate && count == 0) {
-        gate->events.Add("sleep", "-", std::to_string(timeout * 1'000LL) + " us");
-        gate->timeline.SleepUntil(timeout < 0 ? sim::kNever
-                                              : gate->timeline.Now() + sim::Milliseconds(timeout),
-                                  "the end of its sleep");
-        return 0;
-    }
     return SIM_REAL(poll)(descriptors, count, timeout);
 }
 

@@ -3,12 +3,16 @@
 // mount table.
 
 #include "simulator/interpose/Gate.h"
+#include "simulator/interpose/Processes.h"
+#include "simulator/interpose/SystemCallGate.h"
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <spawn.h>
 #include <string>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -17,11 +21,15 @@ namespace {
 
 using sim::AsResult;
 using sim::Gate;
+using sim::system_calls::Through;
 
 /// Puts a folder of the board's own tools first in the shell's search path while it lives.
 class BoardTools {
   public:
-    explicit BoardTools(const std::string& folder) {
+    explicit BoardTools(sim::Simulation& simulation) {
+        simulation.events.Flush();
+        const std::string folder = simulation.kernel.paths.ToolFolder();
+        simulation.kernel.mounts.WriteTools(folder);
         const char* path = std::getenv("PATH");
         had_ = path != nullptr;
         before_ = had_ ? path : "";
@@ -84,9 +92,30 @@ class HeadStart {
 
 } // namespace
 
+long sim::ForkOnBoard(Simulation& simulation, const std::function<pid_t()>& fork) {
+    if (const long error = simulation.kernel.calls.Admit("fork", ""); error != 0) {
+        return error;
+    }
+    simulation.events.Flush();
+    HeadStart headStart;
+    const pid_t child = fork();
+    if (child == 0) {
+        // A run that is stopped leaves nobody behind.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        headStart.Begin();
+        simulation.Leave();
+        system_calls::Arm();
+    } else {
+        headStart.Await();
+        simulation.events.Add("fork", "-", child > 0 ? "ok" : "failed");
+    }
+    return child;
+}
+
 extern "C" {
 
 int system(const char* command) {
+    const Through through;
     Gate gate;
     if (!gate || command == nullptr) {
         HeadStart::Over();
@@ -95,10 +124,7 @@ int system(const char* command) {
     if (const long error = gate->kernel.calls.Admit("system", ""); error != 0) {
         return AsResult(error);
     }
-    gate->events.Flush();
-    const std::string folder = gate->kernel.paths.ToolFolder();
-    gate->kernel.mounts.WriteTools(folder);
-    const BoardTools tools(folder);
+    const BoardTools tools(*gate);
     const int status = SIM_REAL(system)(command);
     gate->events.Add("system", "-", sim::EventLog::Quoted(command) + " " + std::to_string(status));
     return status;
@@ -109,22 +135,39 @@ pid_t fork() noexcept {
     if (!gate) {
         return SIM_REAL(fork)();
     }
-    if (const long error = gate->kernel.calls.Admit("fork", ""); error != 0) {
-        return AsResult(error);
+    return AsResult<pid_t>(sim::ForkOnBoard(*gate, [] {
+        const pid_t child = SIM_REAL(fork)();
+        return child < 0 ? -errno : child;
+    }));
+}
+
+pid_t vfork() noexcept {
+    return fork(); // the parent's memory is the simulation's
+}
+
+FILE* popen(const char* command, const char* mode) {
+    const Through through;
+    Gate gate;
+    if (!gate) {
+        return SIM_REAL(popen)(command, mode);
     }
-    gate->events.Flush();
-    HeadStart headStart;
-    const pid_t child = SIM_REAL(fork)();
-    if (child == 0) {
-        // A run that is stopped leaves nobody behind.
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        headStart.Begin();
-        gate->Leave();
-    } else {
-        headStart.Await();
-        gate->events.Add("fork", "-", child > 0 ? "ok" : "failed");
-    }
-    return child;
+    gate->kernel.OtherDescriptorsChange();
+    const BoardTools tools(*gate);
+    return SIM_REAL(popen)(command, mode);
+}
+
+int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t* actions,
+                const posix_spawnattr_t* attributes, char* const arguments[],
+                char* const environment[]) {
+    const Through through;
+    return SIM_REAL(posix_spawn)(child, path, actions, attributes, arguments, environment);
+}
+
+int posix_spawnp(pid_t* child, const char* name, const posix_spawn_file_actions_t* actions,
+                 const posix_spawnattr_t* attributes, char* const arguments[],
+                 char* const environment[]) {
+    const Through through;
+    return SIM_REAL(posix_spawnp)(child, name, actions, attributes, arguments, environment);
 }
 
 int kill(pid_t process, int signal) noexcept {

@@ -1,51 +1,63 @@
-// The C library's own input and output on a stream: on one of a board file it stops the run.
+// Stands in for what a C++ stream calls on its file, where no gate brings the system calls under it
+// to the board.
 
-#include "simulator/interpose/Refuse.h"
+#include "simulator/interpose/Gate.h"
 #include "simulator/libc/Real.h"
 
-#include <cstdarg>
 #include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <sys/uio.h>
 
-#undef getc
+namespace {
+
+using sim::AsResult;
+using sim::Gate;
+
+int FlagsOf(std::string_view mode) {
+    const bool both = mode.find('+') != std::string_view::npos;
+    if (mode.empty() || mode[0] == 'r') {
+        return both ? O_RDWR : O_RDONLY;
+    }
+    return (both ? O_RDWR : O_WRONLY) | O_CREAT | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
+}
+
+} // namespace
 
 extern "C" {
 
-SIM_REFUSE(size_t, fread, "fread", (void* buffer, size_t size, size_t count, FILE* stream), stream,
-           buffer, size, count, stream)
-SIM_REFUSE(char*, fgets, "fgets", (char* buffer, int size, FILE* stream), stream, buffer, size,
-           stream)
-SIM_REFUSE(int, fgetc, "fgetc", (FILE * stream), stream, stream)
-SIM_REFUSE(int, getc, "getc", (FILE * stream), stream, stream)
-SIM_REFUSE(ssize_t, getline, "getline", (char** line, size_t* size, FILE* stream), stream, line,
-           size, stream)
-SIM_REFUSE(int, vfscanf, "fscanf", (FILE * stream, const char* format, va_list arguments), stream,
-           stream, format, arguments)
-SIM_REFUSE(int, fputs, "fputs", (const char* text, FILE* stream), stream, text, stream)
-SIM_REFUSE(int, vfprintf, "fprintf", (FILE * stream, const char* format, va_list arguments), stream,
-           stream, format, arguments)
-
-int __isoc99_fscanf(FILE* stream, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int result = vfscanf(stream, format, arguments);
-    va_end(arguments);
-    return result;
+FILE* fopen64(const char* path, const char* mode) {
+    Gate gate(path);
+    if (!gate) {
+        return sim::real::fopen(path, mode);
+    }
+    const int file = AsResult(gate->kernel.Open(path, FlagsOf(mode), 0666));
+    return file < 0 ? nullptr : SIM_REAL(fdopen)(file, mode);
+}
+FILE* fopen(const char* path, const char* mode) {
+    return fopen64(path, mode);
 }
 
-int fprintf(FILE* stream, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int result = vfprintf(stream, format, arguments);
-    va_end(arguments);
-    return result;
+int fclose(FILE* stream) {
+    if (Gate gate(fileno(stream)); gate) {
+        const long error = gate->kernel.Close(fileno(stream));
+        gate->kernel.OtherDescriptorsChange(); // the stream's own number, too
+        static_cast<void>(SIM_REAL(fclose)(stream) == 0);
+        return AsResult(error);
+    }
+    return SIM_REAL(fclose)(stream);
 }
 
-int __fprintf_chk(FILE* stream, int /*flag*/, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int result = vfprintf(stream, format, arguments);
-    va_end(arguments);
-    return result;
+ssize_t writev(int descriptor, const iovec* pieces, int count) {
+    if (Gate gate(descriptor); gate) {
+        std::string whole;
+        for (int i = 0; i < count; ++i) {
+            whole.append(static_cast<const char*>(pieces[i].iov_base), pieces[i].iov_len);
+        }
+        return AsResult<ssize_t>(gate->kernel.Write(descriptor, whole.data(), whole.size()));
+    }
+    return SIM_REAL(writev)(descriptor, pieces, count);
 }
 
 } // extern "C"

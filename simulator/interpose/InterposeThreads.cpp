@@ -2,6 +2,8 @@
 // order.
 
 #include "simulator/interpose/Gate.h"
+#include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/ThreadWaits.h"
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
@@ -29,9 +31,19 @@ std::map<pthread_t, Scheduler::Thread*>& Threads() {
     return known;
 }
 
-/// Runs when a thread ends, whether it returns or calls pthread_exit.
+pthread_key_t EndKey();
+
+thread_local int timesEnded = 0;
+
+/// Runs when a thread ends, whether it returns or calls pthread_exit: as late as the C library
+/// lets it, because the program's own destructors call in too.
 void AtThreadEnd(void* data) {
     auto* simulation = static_cast<Simulation*>(data);
+    if (++timesEnded < PTHREAD_DESTRUCTOR_ITERATIONS) {
+        pthread_setspecific(EndKey(), data);
+        return;
+    }
+    sim::system_calls::Open();
     Scheduler::Thread* self = sim::ThreadSelf();
     simulation->events.Add("thread-end", "-");
     sim::SetThreadSelf(nullptr);
@@ -52,32 +64,26 @@ void* Trampoline(void* data) {
     const Beginning begin = *beginning;
     begin.simulation->scheduler.Begin(*begin.thread);
     sim::SetThreadSelf(begin.thread);
+    sim::system_calls::Arm();
     pthread_setspecific(EndKey(), begin.simulation);
     return begin.body(begin.argument);
 }
 
 /// Who locked each mutex that is held, to name them in a deadlock.
-std::map<const pthread_mutex_t*, unsigned>& Lockers() {
-    static std::map<const pthread_mutex_t*, unsigned> known;
+std::map<const void*, unsigned>& Lockers() {
+    static std::map<const void*, unsigned> known;
     return known;
 }
 
-std::string HeldMutex(const pthread_mutex_t* mutex) {
-    const auto locker = Lockers().find(mutex);
-    return locker == Lockers().end()
-               ? std::string("a mutex that is held")
-               : "a mutex that thread " + std::to_string(locker->second) + " locked";
-}
-
-/// Locks as the C library does, but waits in the scheduler.
-int LockOnBoard(Gate& gate, pthread_mutex_t* mutex) {
+/// Locks where no gate brings the C library's own wait before the scheduler.
+int LockWithoutGate(pthread_mutex_t* mutex) {
+    Gate gate;
     for (;;) {
         const int result = SIM_REAL(pthread_mutex_trylock)(mutex);
         if (result != EBUSY) {
-            Lockers()[mutex] = gate.Self().number;
             return result;
         }
-        gate->scheduler.WaitFor(gate.Self(), mutex, HeldMutex(mutex));
+        gate->scheduler.WaitFor(gate.Self(), mutex, sim::WhatWordIs(mutex));
     }
 }
 
@@ -89,6 +95,13 @@ bool IsDetached(const pthread_attr_t* attributes) {
 
 } // namespace
 
+std::string sim::WhatWordIs(const void* word) {
+    const auto locker = Lockers().find(word); // a mutex begins with its word
+    return locker == Lockers().end()
+               ? std::string("a word that another thread changes")
+               : "a mutex that thread " + std::to_string(locker->second) + " locked";
+}
+
 extern "C" {
 
 int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*body)(void*),
@@ -97,14 +110,12 @@ int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*
     if (!gate) {
         return SIM_REAL(pthread_create)(result, attributes, body, argument);
     }
-    if (IsDetached(attributes)) {
-        gate->kernel.calls.Unmodelled("pthread_create of a thread that nobody joins");
-    }
     if (const long error = gate->kernel.calls.Admit("pthread_create", ""); error != 0) {
         return static_cast<int>(-error);
     }
     EndKey();
     Scheduler::Thread& thread = gate->scheduler.Create();
+    thread.detached = IsDetached(attributes);
     auto beginning =
         std::make_unique<Beginning>(Beginning{Simulation::OfThisThread(), &thread, body, argument});
     const int error = SIM_REAL(pthread_create)(result, attributes, Trampoline, beginning.get());
@@ -113,7 +124,9 @@ int pthread_create(pthread_t* result, const pthread_attr_t* attributes, void* (*
         return error;
     }
     static_cast<void>(beginning.release()); // the new thread's now
-    Threads()[*result] = &thread;
+    if (!thread.detached) {
+        Threads()[*result] = &thread;
+    }
     gate->events.Add("thread-start", "-", std::to_string(thread.number));
     return 0;
 }
@@ -142,6 +155,19 @@ int pthread_join(pthread_t joined, void** result) {
     return error;
 }
 
+int pthread_detach(pthread_t thread) noexcept {
+    Gate gate;
+    const auto found = gate ? Threads().find(thread) : Threads().end();
+    if (gate && found != Threads().end()) {
+        found->second->detached = true;
+        if (found->second->finished) {
+            gate->scheduler.Forget(*found->second);
+        }
+        Threads().erase(found);
+    }
+    return SIM_REAL(pthread_detach)(thread);
+}
+
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
     if (Gate gate; gate) {
         if (const long error = gate->kernel.calls.Admit("pthread_mutex_init", ""); error != 0) {
@@ -154,21 +180,30 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     if (Gate gate; gate) {
-        const long error = gate->kernel.calls.Admit("pthread_mutex_lock", "");
-        return error != 0 ? static_cast<int>(-error) : LockOnBoard(gate, mutex);
+        if (const long error = gate->kernel.calls.Admit("pthread_mutex_lock", ""); error != 0) {
+            return static_cast<int>(-error);
+        }
+    } else {
+        return SIM_REAL(pthread_mutex_lock)(mutex);
     }
-    return SIM_REAL(pthread_mutex_lock)(mutex);
+    const int result =
+        sim::system_calls::IsArmed() ? SIM_REAL(pthread_mutex_lock)(mutex) : LockWithoutGate(mutex);
+    const Gate gate;
+    Lockers()[mutex] = gate.Self().number;
+    return result;
 }
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
+    long error = 0;
     if (Gate gate; gate) {
-        const long error = gate->kernel.calls.Admit("pthread_mutex_unlock", "");
-        const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
+        error = gate->kernel.calls.Admit("pthread_mutex_unlock", "");
         Lockers().erase(mutex);
-        gate->scheduler.Wake(mutex);
-        return error != 0 ? static_cast<int>(-error) : result;
+        if (!sim::system_calls::IsArmed()) {
+            gate->scheduler.Wake(mutex);
+        }
     }
-    return SIM_REAL(pthread_mutex_unlock)(mutex);
+    const int result = SIM_REAL(pthread_mutex_unlock)(mutex);
+    return error != 0 ? static_cast<int>(-error) : result;
 }
 
 } // extern "C"

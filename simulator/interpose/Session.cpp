@@ -2,6 +2,8 @@
 // launcher names, stays inert in every other, and tells the launcher how the run went.
 
 #include "simulator/board/KeptState.h"
+#include "simulator/interpose/Gate.h"
+#include "simulator/interpose/SystemCallGate.h"
 #include "simulator/libc/Real.h"
 #include "simulator/live/LiveRun.h"
 #include "simulator/run/RunReport.h"
@@ -9,6 +11,7 @@
 #include "simulator/run/Simulation.h"
 #include "simulator/scenario/ScenarioFile.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,6 +55,7 @@ class Session {
         simulation_.end.how = [this](Ending ending, const std::string& text) {
             EndEarly(ending, text);
         };
+        simulation_.onExit = [this] { ProgramExits(); };
         simulation_.console.onStep = [this](std::uint64_t step) { NoteStep(step); };
         simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
     }
@@ -68,6 +72,10 @@ class Session {
     bool BeginWith(const std::string& state) { return RestoreState(simulation_.board, state); }
 
     void ProgramExits() {
+        if (ended_) {
+            return;
+        }
+        ended_ = true;
         simulation_.ShowHeld(stdout);
         Finish(Ending::Exited, "");
     }
@@ -118,6 +126,9 @@ class Session {
     }
 
     [[noreturn]] void EndEarly(Ending ending, const std::string& text) {
+        if (Simulation::OfThisThread() == nullptr) {
+            EndFromOutside(ending, text);
+        }
         simulation_.ShowHeld(stdout);
         SIM_REAL(fflush)(stdout);
         Finish(ending, text);
@@ -128,6 +139,17 @@ class Session {
         _exit(0);
     }
 
+    /// A process that was forked off, or a thread after its end, ends the run: the program is
+    /// killed, and the launcher finds why.
+    [[noreturn]] void EndFromOutside(Ending ending, const std::string& text) {
+        std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
+        report_.ending = ending;
+        SIM_REAL(kill)(program_, SIGKILL);
+        _exit(EXIT_FAILURE);
+    }
+
+    const pid_t program_ = getpid();
+    bool ended_ = false;
     RunReport& report_;
     Simulation simulation_;
     std::unique_ptr<LiveRun> live_;
@@ -199,10 +221,11 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
     if (served) {
         session->Serve(*live, TextOfFile(request->scenarioFile), request->options.pace);
     }
+    report->gated = system_calls::Arm() ? 1 : 0;
 }
 
 __attribute__((destructor)) void TellTheEnd() {
-    if (session != nullptr && Simulation::OfThisThread() != nullptr) {
+    if (const Gate gate; gate && session != nullptr) {
         session->ProgramExits();
     }
 }

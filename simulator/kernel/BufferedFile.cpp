@@ -12,13 +12,13 @@ namespace sim {
 BufferedFile::~BufferedFile() {
     Flush();
     if (IsOpen()) {
-        real::close(file_);
+        real::CloseOwn(file_);
     }
 }
 
 bool BufferedFile::Open(const std::string& path, FileBuffer& buffer) {
     buffer_ = &buffer;
-    file_ = real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    file_ = real::MakeOwn(real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     return IsOpen();
 }
 

@@ -4,24 +4,24 @@
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace sim {
 
 CardFile::~CardFile() {
-    if (owned_) {
-        real::close(host_);
+    if (host_ >= 0) {
+        real::CloseOwn(host_);
     }
 }
 
 long CardFile::OpenHost(int flags, unsigned mode) {
-    host_ = real::open(hostPath_.c_str(), flags, mode);
-    owned_ = host_ >= 0;
-    return host_ >= 0 ? 0 : -errno;
-}
-
-void CardFile::BorrowHost(int descriptor) {
-    host_ = descriptor;
+    host_ = real::open(hostPath_.c_str(), flags | O_CLOEXEC, mode);
+    if (host_ < 0) {
+        return -errno;
+    }
+    host_ = real::MakeOwn(host_);
+    return 0;
 }
 
 long CardFile::Read(void* buffer, std::size_t size) {

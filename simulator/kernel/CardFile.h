@@ -22,8 +22,6 @@ class CardFile : public OpenFile {
 
     /// Opens the file on this machine; 0 or a negated errno.
     long OpenHost(int flags, unsigned mode);
-    /// The descriptor is somebody else's, who closes it.
-    void BorrowHost(int descriptor);
 
     long Read(void* buffer, std::size_t size) override;
     long Write(const void* data, std::size_t size) override;
@@ -31,7 +29,6 @@ class CardFile : public OpenFile {
     int HostDescriptor() const override { return host_; }
     bool OfCard() const override { return true; }
     bool OnCard() const override { return onCard_; }
-    const std::string& HostPath() const { return hostPath_; }
 
   private:
     std::string hostPath_;
@@ -39,7 +36,6 @@ class CardFile : public OpenFile {
     CardSlot& card_;
     EventLog& events_;
     int host_ = -1;
-    bool owned_ = false;
 };
 
 } // namespace sim

@@ -1,53 +1,82 @@
 #include "simulator/kernel/FileTable.h"
 
+#include "simulator/libc/Real.h"
+
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace sim {
 
-int FileTable::Add(std::unique_ptr<OpenFile> file) {
-    auto slot = std::find(files_.begin(), files_.end(), nullptr);
-    if (slot == files_.end()) {
-        slot = files_.insert(files_.end(), nullptr);
+FileTable::~FileTable() {
+    for (std::size_t number = 0; number < files_.size(); ++number) {
+        Remove(static_cast<int>(number));
     }
-    *slot = std::move(file);
-    ++count_;
-    return kFirstNumber + static_cast<int>(slot - files_.begin());
+    GiveBack();
+    if (source_ >= 0) {
+        real::CloseOwn(source_);
+    }
 }
 
-void FileTable::AddAt(int descriptor, std::unique_ptr<OpenFile> file) {
-    streams_[descriptor] = std::move(file);
+int FileTable::Source() {
+    if (source_ < 0) {
+        source_ = real::MakeOwn(real::open("/dev/null", O_RDWR | O_CLOEXEC));
+    }
+    return source_;
+}
+
+int FileTable::Reserve(int least) {
+    const auto found = std::min_element(spare_.begin(), spare_.end());
+    if (least == 0 && found != spare_.end()) {
+        const int number = *found;
+        spare_.erase(found);
+        return number;
+    }
+    GiveBack();
+    const int number = SIM_REAL(fcntl64)(Source(), F_DUPFD_CLOEXEC, least);
+    return number < 0 ? -errno : number;
+}
+
+int FileTable::ReserveAt(int descriptor) {
+    Remove(descriptor);
+    GiveBack();
+    return SIM_REAL(dup3)(Source(), descriptor, O_CLOEXEC) < 0 ? -errno : 0;
+}
+
+void FileTable::Put(int descriptor, std::shared_ptr<OpenFile> file) {
+    const auto index = static_cast<std::size_t>(descriptor);
+    files_.resize(std::max(files_.size(), index + 1));
+    files_[index] = std::move(file);
+    ++count_;
+}
+
+void FileTable::GiveBack() {
+    for (const int number : spare_) {
+        real::close(number);
+    }
+    spare_.clear();
 }
 
 OpenFile* FileTable::Find(int descriptor) const {
-    if (descriptor >= kFirstNumber) {
-        const auto index = static_cast<std::size_t>(descriptor - kFirstNumber);
-        return index < files_.size() ? files_[index].get() : nullptr;
+    const auto index = static_cast<std::size_t>(descriptor);
+    return index < files_.size() ? files_[index].get() : nullptr;
+}
+
+std::shared_ptr<OpenFile> FileTable::Share(int descriptor) const {
+    return files_.at(static_cast<std::size_t>(descriptor));
+}
+
+void FileTable::Remove(int descriptor) {
+    if (Find(descriptor) != nullptr) {
+        files_[static_cast<std::size_t>(descriptor)].reset();
+        --count_;
+        Free(descriptor);
     }
-    if (streams_.empty()) {
-        return nullptr;
-    }
-    const auto found = streams_.find(descriptor);
-    return found != streams_.end() ? found->second.get() : nullptr;
 }
 
 bool FileTable::CardFileOpen() const {
-    return std::ranges::any_of(files_, [](const auto& file) { return file && file->OnCard(); }) ||
-           std::ranges::any_of(streams_, [](const auto& entry) { return entry.second->OnCard(); });
-}
-
-std::unique_ptr<OpenFile> FileTable::Remove(int descriptor) {
-    std::unique_ptr<OpenFile> file;
-    if (descriptor >= kFirstNumber) {
-        const auto index = static_cast<std::size_t>(descriptor - kFirstNumber);
-        if (index < files_.size() && files_[index]) {
-            file = std::move(files_[index]);
-            --count_;
-        }
-    } else if (const auto found = streams_.find(descriptor); found != streams_.end()) {
-        file = std::move(found->second);
-        streams_.erase(found);
-    }
-    return file;
+    return std::ranges::any_of(files_, [](const auto& file) { return file && file->OnCard(); });
 }
 
 } // namespace sim

@@ -5,23 +5,14 @@
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace sim {
-namespace {
-
-int FlagsOf(std::string_view mode) {
-    const bool both = mode.find('+') != std::string_view::npos;
-    if (mode.empty() || mode[0] == 'r') {
-        return both ? O_RDWR : O_RDONLY;
-    }
-    const int access = both ? O_RDWR : O_WRONLY;
-    return access | O_CREAT | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
-}
-
-} // namespace
-
 Kernel::Kernel(const KernelSetup& setup, const std::string& root, bool costs,
                const Machine& machine)
     : calls(setup.faults, costs, machine), tree(machine.board, setup.paths),
@@ -29,40 +20,25 @@ Kernel::Kernel(const KernelSetup& setup, const std::string& root, bool costs,
       edges_(calls) {}
 
 long Kernel::Open(const char* path, int flags, unsigned mode) {
-    std::unique_ptr<OpenFile> file;
-    long error = calls.Admit("open", path);
-    if (error == 0) {
-        error = paths.Open(path, flags, file);
+    if (const long error = calls.Admit("open", path); error != 0) {
+        return error;
     }
+    const int number = files_.Reserve();
+    if (number < 0) {
+        return number;
+    }
+    std::unique_ptr<OpenFile> file;
+    long error = paths.Open(path, flags, file);
     if (auto* card = dynamic_cast<CardFile*>(file.get()); card != nullptr) {
         error = card->OpenHost(flags, mode);
         calls.events.Add("open", path, Outcome(error));
     }
-    return error != 0 ? error : files_.Add(std::move(file));
-}
-
-FILE* Kernel::OpenStream(const char* path, const char* mode) {
-    std::unique_ptr<OpenFile> file;
-    long error = calls.Admit("open", path);
-    if (error == 0) {
-        error = paths.Open(path, FlagsOf(mode), file);
-    }
     if (error != 0) {
-        errno = static_cast<int>(-error);
-        return nullptr;
+        files_.Free(number);
+        return error;
     }
-    auto* card = dynamic_cast<CardFile*>(file.get());
-    FILE* stream = real::fopen(card != nullptr ? card->HostPath().c_str() : "/dev/null", mode);
-    if (card != nullptr) {
-        calls.events.Add("open", path, stream == nullptr ? ErrnoName(errno) : "ok");
-    }
-    if (stream != nullptr) {
-        if (card != nullptr) {
-            card->BorrowHost(fileno(stream));
-        }
-        files_.AddAt(fileno(stream), std::move(file));
-    }
-    return stream;
+    files_.Put(number, std::move(file));
+    return number;
 }
 
 long Kernel::Close(int descriptor) {
@@ -75,9 +51,43 @@ long Kernel::Close(int descriptor) {
     return error;
 }
 
-long Kernel::CloseStream(FILE* stream) {
-    const int descriptor = fileno(stream);
-    return Owns(descriptor) ? Close(descriptor) : 0;
+long Kernel::Duplicate(int descriptor, int least) {
+    const int number = files_.Reserve(least);
+    if (number >= 0) {
+        files_.Put(number, files_.Share(descriptor));
+    }
+    return number;
+}
+
+long Kernel::DuplicateTo(int descriptor, int wanted) {
+    if (descriptor == wanted) {
+        return wanted;
+    }
+    const std::shared_ptr<OpenFile> file = files_.Share(descriptor);
+    if (const int error = files_.ReserveAt(wanted); error != 0) {
+        return error;
+    }
+    files_.Put(wanted, file);
+    return wanted;
+}
+
+long Kernel::DescriptorControl(int descriptor, int command, long argument) {
+    OpenFile* file = files_.Find(descriptor);
+    switch (command) {
+    case F_DUPFD:
+    case F_DUPFD_CLOEXEC:
+        return Duplicate(descriptor, static_cast<int>(argument));
+    case F_GETFD:
+    case F_SETFD:
+        return SIM_REAL(fcntl64)(descriptor, command, argument) < 0 ? -errno : 0;
+    case F_GETFL:
+        return file->Flags() & ~(O_CREAT | O_EXCL | O_TRUNC | O_NOCTTY | O_CLOEXEC);
+    case F_SETFL:
+        file->OpenedWith((file->Flags() & O_ACCMODE) | static_cast<int>(argument));
+        return 0;
+    default:
+        calls.Unmodelled("command " + std::to_string(command) + " of fcntl on " + file->Path());
+    }
 }
 
 long Kernel::Read(int descriptor, void* buffer, std::size_t size) {
@@ -165,6 +175,18 @@ long Kernel::Resize(int descriptor, std::int64_t length) {
     return SIM_REAL(ftruncate64)(file->HostDescriptor(), length) == 0 ? 0 : -errno;
 }
 
+long Kernel::Synchronise(int descriptor) {
+    const OpenFile* file = files_.Find(descriptor);
+    if (const long error = calls.Admit("fsync", file->Path()); error != 0) {
+        return error;
+    }
+    const bool card = file->OnCard();
+    if (!card && !S_ISREG(file->Mode())) {
+        return -EINVAL;
+    }
+    return card && !calls.board.card.Healthy() ? -EIO : 0;
+}
+
 long Kernel::Control(int descriptor, unsigned long request, void* argument) {
     OpenFile* file = files_.Find(descriptor);
     if (const long error = calls.Admit("ioctl", file->Path()); error != 0) {
@@ -179,6 +201,45 @@ long Kernel::Poll(pollfd* descriptors, std::size_t count, int timeout) {
         calls.Unmodelled("poll of more than one file");
     }
     return edges_.Poll(descriptors[0], *files_.Find(descriptors[0].fd), timeout);
+}
+
+long Kernel::Entries(int descriptor, void* buffer, std::size_t size) {
+    OpenFile* file = files_.Find(descriptor);
+    if (const long error = calls.Admit("getdents", file->Path()); error != 0) {
+        return error;
+    }
+    if (file->HostDescriptor() >= 0) {
+        const long moved = syscall(SYS_getdents64, file->HostDescriptor(), buffer, size);
+        return moved < 0 ? -errno : moved;
+    }
+    if (!S_ISDIR(file->Mode())) {
+        return -ENOTDIR;
+    }
+    std::vector<std::string> names = tree.Names(file->Path());
+    names.insert(names.begin(), {".", ".."});
+    std::size_t moved = 0;
+    long place = file->Seek(0, SEEK_CUR);
+    for (; static_cast<std::size_t>(place) < names.size(); ++place) {
+        const std::string& name = names[static_cast<std::size_t>(place)];
+        constexpr std::size_t before = offsetof(dirent64, d_name);
+        const std::size_t length = (before + name.size() + 1 + 7) / 8 * 8;
+        if (moved + length > size) {
+            break;
+        }
+        dirent64 entry{};
+        entry.d_ino = static_cast<ino64_t>(place) + 1;
+        entry.d_off = place + 1;
+        entry.d_reclen = static_cast<unsigned short>(length);
+        entry.d_type = DT_UNKNOWN;
+        std::memcpy(entry.d_name, name.c_str(), name.size() + 1);
+        std::memcpy(static_cast<char*>(buffer) + moved, &entry, length);
+        moved += length;
+    }
+    if (moved == 0 && static_cast<std::size_t>(place) < names.size()) {
+        return -EINVAL;
+    }
+    file->Seek(place, SEEK_SET);
+    return static_cast<long>(moved);
 }
 
 } // namespace sim

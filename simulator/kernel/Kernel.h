@@ -8,7 +8,6 @@
 #include "simulator/kernel/Paths.h"
 #include "simulator/kernel/SysfsTree.h"
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -34,11 +33,23 @@ class Kernel {
     std::string PathOf(int descriptor) const { return files_.Find(descriptor)->Path(); }
 
     long Open(const char* path, int flags, unsigned mode);
-    /// Opens a stream; null with errno set when it fails.
-    FILE* OpenStream(const char* path, const char* mode);
     long Close(int descriptor);
-    /// To be called before a stream is closed.
-    long CloseStream(FILE* stream);
+    /// A second number, the lowest free one from some number on or a certain one, for what a
+    /// descriptor stands for.
+    long Duplicate(int descriptor, int least);
+    long DuplicateTo(int descriptor, int wanted);
+    /// What fcntl does with a descriptor.
+    long DescriptorControl(int descriptor, int command, long argument);
+    /// As many of a directory's entries as there is room for, as getdents64 gives them: how many
+    /// bytes they take.
+    long Entries(int descriptor, void* buffer, std::size_t size);
+    /// The program's other descriptors are about to change.
+    void OtherDescriptorsChange() { files_.GiveBack(); }
+    /// The program puts another file at a number.
+    void Replaced(int descriptor) {
+        files_.Remove(descriptor);
+        files_.GiveBack();
+    }
     long Read(int descriptor, void* buffer, std::size_t size);
     long Write(int descriptor, const void* data, std::size_t size);
     long Seek(int descriptor, std::int64_t offset, int whence);
@@ -46,6 +57,8 @@ class Kernel {
     long ReadAt(int descriptor, void* buffer, std::size_t size, std::int64_t offset);
     long WriteAt(int descriptor, const void* data, std::size_t size, std::int64_t offset);
     long Resize(int descriptor, std::int64_t length);
+    /// What is written has reached its place already.
+    long Synchronise(int descriptor);
     long Control(int descriptor, unsigned long request, void* argument);
     /// Waits for news of one descriptor: the number of those with an event, 0 after the time-out in
     /// ms.

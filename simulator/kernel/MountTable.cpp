@@ -151,6 +151,19 @@ std::string MountTable::Text() const {
     return text;
 }
 
+std::string MountTable::Information() const {
+    std::istringstream lines(Text());
+    std::string text;
+    int number = 1;
+    for (std::string device, directory, type, options, rest;
+         lines >> device >> directory >> type >> options && std::getline(lines, rest); ++number) {
+        const std::string id = std::to_string(number);
+        text += id + (number == 1 ? " 0 0:" : " 1 0:") + id + " / " + directory + " " + options +
+                " - " + type + " " + device + " " + options + "\n";
+    }
+    return text;
+}
+
 void MountTable::WriteTools(const std::string& folder) const {
     const std::string script = "#!/bin/sh\ncat <<'TABLE'\n" + Text() + "TABLE\n";
     real::mkdir(folder.c_str(), 0755);

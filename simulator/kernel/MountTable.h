@@ -59,6 +59,8 @@ class MountTable {
     void Close(FILE* table);
     std::size_t OpenCount() const { return open_.size(); }
     std::string Text() const;
+    /// The same in the form of /proc/self/mountinfo.
+    std::string Information() const;
     /// Makes a folder with a shell's `mount` that shows the table.
     void WriteTools(const std::string& folder) const;
 

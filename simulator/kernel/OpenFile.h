@@ -23,6 +23,7 @@ class OpenFile {
 
     /// The flags of the open that made it; they say what the descriptor may be used for.
     void OpenedWith(int flags) { flags_ = flags; }
+    int Flags() const { return flags_; }
     bool Readable() const;
     bool Writable() const;
     /// Opened for uncached, completed writes.

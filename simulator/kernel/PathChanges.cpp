@@ -6,8 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <unistd.h>
 
 // Changes of what stands at a path. Only the card's files have any; the attribute tree refuses
@@ -150,31 +148,6 @@ long Paths::ReadLink(const char* path) {
         calls_.Unmodelled(std::string("readlink of ") + path);
     }
     return error != 0 ? error : -EINVAL;
-}
-
-long Paths::List(const char* path, std::string& host) {
-    if (const long error = calls_.Admit("opendir", path); error != 0) {
-        return error;
-    }
-    const long mode = Mode(path);
-    if (mode < 0) {
-        return mode;
-    }
-    if (!S_ISDIR(static_cast<unsigned>(mode))) {
-        return -ENOTDIR;
-    }
-    if (Within(path, kMountPoint)) {
-        host = HostPath(path);
-        return 0;
-    }
-    host = root_ + "/listing";
-    const std::filesystem::path listing(host);
-    std::filesystem::remove_all(listing);
-    std::filesystem::create_directory(listing);
-    for (const std::string& name : tree_.Names(path)) {
-        std::ofstream(listing / name).flush();
-    }
-    return 0;
 }
 
 } // namespace sim

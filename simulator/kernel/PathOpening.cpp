@@ -6,8 +6,10 @@
 #include "simulator/kernel/TextFile.h"
 #include "simulator/libc/Real.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -37,6 +39,24 @@ class MemoryFile : public PlacedFile {
     unsigned Mode() const override { return S_IFCHR | 0600U; }
 };
 
+/// A text of the moment at which it was opened.
+class Snapshot : public PlacedFile {
+  public:
+    Snapshot(std::string path, std::string text)
+        : PlacedFile(std::move(path)), text_(std::move(text)) {}
+
+    long Read(void* buffer, std::size_t size) override {
+        const auto from = std::min(static_cast<std::size_t>(Seek(0, SEEK_CUR)), text_.size());
+        const std::size_t count = text_.copy(static_cast<char*>(buffer), size, from);
+        Seek(static_cast<std::int64_t>(from + count), SEEK_SET);
+        return static_cast<long>(count);
+    }
+    unsigned Mode() const override { return S_IFREG | 0444U; }
+
+  private:
+    std::string text_;
+};
+
 } // namespace
 
 long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
@@ -49,8 +69,10 @@ long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& 
         error = OpenCardFile(path, flags, file);
     } else if (Within(path, kSpiDevice) || Within(path, kMemoryDevice)) {
         error = OpenDevice(path, flags, file);
+    } else if (Within(path, kMountTable) || Within(path, kMountInformation)) {
+        error = OpenMountTable(path, flags, file);
     } else {
-        calls_.Unmodelled("open of " + path);
+        error = OpenBlocks(path, flags);
     }
     if (error == 0) {
         file->OpenedWith(flags);
@@ -73,6 +95,30 @@ long Paths::OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenF
     } else {
         file = std::make_unique<MemoryFile>(path);
     }
+    return 0;
+}
+
+long Paths::OpenBlocks(const std::string& path, int flags) {
+    const long mode = Mode(path);
+    if (const long error = mode < 0 ? mode : RefuseExisting(flags, false); error != 0) {
+        return error;
+    }
+    calls_.Unmodelled("open of " + path);
+}
+
+long Paths::OpenMountTable(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
+    const long mode = Mode(path);
+    if (mode < 0) {
+        return mode;
+    }
+    if (const long error = RefuseExisting(flags, false); error != 0) {
+        return error;
+    }
+    if (Writes(flags)) {
+        return -EACCES;
+    }
+    file = std::make_unique<Snapshot>(path,
+                                      path == kMountTable ? mounts_.Text() : mounts_.Information());
     return 0;
 }
 

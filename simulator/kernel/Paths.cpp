@@ -83,6 +83,11 @@ long Paths::Mode(const std::string& path) const {
     return error != 0 ? error : static_cast<long>(status.st_mode);
 }
 
+bool Paths::IsLink(const std::string& path) const {
+    struct stat64 status {};
+    return Look(path, false, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 long Paths::BoardMode(const char* path) const {
     return path != nullptr && IsBoardPath(path) ? Mode(path) : -ENOENT;
 }
@@ -97,7 +102,7 @@ long Paths::Look(const std::string& path, bool followLinks, struct stat64* resul
     if (tree_.TakenAway(path)) {
         return -ENOENT;
     }
-    if (Within(path, kDevices) || Within(path, kMountTable)) {
+    if (Within(path, kDevices) || Within(path, kMountTable) || Within(path, kMountInformation)) {
         return LookAtDevice(path, result);
     }
     const bool ofCard = Within(path, kMountPoint);
@@ -120,6 +125,7 @@ long Paths::LookAtDevice(const std::string& path, struct stat64* result) const {
     stands(kCardDevice, S_IFBLK | 0660U, listed, error);
     stands(kCardPartition, S_IFBLK | 0660U, listed && card.partitioned, error);
     stands(kMountTable, S_IFREG | 0444U, mounts_.Present(), error);
+    stands(kMountInformation, S_IFREG | 0444U, true, error);
     stands(kMemoryDevice, S_IFCHR | 0600U, calls_.board.present, error);
     stands(kSpiDevice, S_IFCHR | 0600U, calls_.board.present, error);
     return error;

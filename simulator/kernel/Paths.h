@@ -26,7 +26,9 @@ class Paths {
     long StatusOf(const OpenFile& file, struct stat64* result);
     /// Type and permissions of what stands at a path.
     long Mode(const std::string& path) const;
-    /// The same, but nothing stands at a path that is not the board's.
+    /// True for a link of the attribute tree.
+    bool IsLink(const std::string& path) const;
+    /// As Mode, but nothing stands at a path that is not the board's.
     long BoardMode(const char* path) const;
 
     long MakeDirectory(const char* path, unsigned mode);
@@ -36,8 +38,6 @@ class Paths {
     long Truncate(const char* path, std::int64_t length);
     /// Only refusals: where the board's links lead is not modelled.
     long ReadLink(const char* path);
-    /// host: a directory of this machine that holds what the path's directory holds.
-    long List(const char* path, std::string& host);
 
     /// Where the mounted card's files lie, and those below the mount point while none is mounted.
     std::string CardFolder() const { return root_ + "/card"; }
@@ -47,6 +47,8 @@ class Paths {
 
   private:
     long OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
+    long OpenBlocks(const std::string& path, int flags);
+    long OpenMountTable(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     std::string HostPath(const std::string& path) const;

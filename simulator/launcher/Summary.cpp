@@ -71,6 +71,9 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
     case ChildEnd::Kind::Interrupted:
         return {static_cast<ExitStatus>(128 + end.value), "simulate: interrupted", "interrupted"};
     case ChildEnd::Kind::Signalled:
+        if (report.ending == Ending::Unmodelled) {
+            break; // by what the program had started
+        }
         return MakeOutcome(ExitStatus::Crashed, "crashed",
                            std::string("the program crashed (SIG") + sigabbrev_np(end.value) +
                                ") " + Moment(report));
@@ -92,6 +95,7 @@ std::string SummaryText(const Outcome& outcome, const RunReport& report) {
         << "board_time_us = " << report.boardTime.load() / 1'000 << "\n"
         << "steps = " << report.steps.load() << "\n"
         << "measurements = " << report.measurements.load() << "\n"
+        << "gate = " << (report.gated != 0 ? "true" : "false") << "\n"
         << "\n[calls]\n";
     std::istringstream calls(report.calls);
     for (std::string name, count; calls >> name >> count;) {

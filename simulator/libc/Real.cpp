@@ -6,6 +6,17 @@
 #include <unistd.h>
 
 namespace sim::real {
+namespace {
+
+constexpr int kOwnFrom = 1000; // a process may have 1024 as a rule
+constexpr int kOwnTo = 1024;
+bool own[kOwnTo];
+
+bool IsListable(int descriptor) {
+    return descriptor >= 0 && descriptor < kOwnTo;
+}
+
+} // namespace
 
 void* Next(const char* symbol) {
     void* address = dlsym(RTLD_NEXT, symbol);
@@ -62,6 +73,32 @@ long long MonotonicNanoseconds() {
     timespec time{};
     SIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &time);
     return static_cast<long long>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+int MakeOwn(int descriptor) {
+    if (descriptor < 0) {
+        return descriptor;
+    }
+    const int moved = SIM_REAL(fcntl64)(descriptor, F_DUPFD_CLOEXEC, kOwnFrom);
+    if (moved >= 0) {
+        close(descriptor);
+        descriptor = moved;
+    }
+    if (IsListable(descriptor)) {
+        own[descriptor] = true;
+    }
+    return descriptor;
+}
+
+void CloseOwn(int descriptor) {
+    if (IsListable(descriptor)) {
+        own[descriptor] = false;
+    }
+    close(descriptor);
+}
+
+bool IsOwn(int descriptor) {
+    return IsListable(descriptor) && own[descriptor];
 }
 
 } // namespace sim::real

@@ -23,6 +23,14 @@ int mkdir(const char* path, mode_t mode);
 void SleepFor(long long nanoseconds);
 long long MonotonicNanoseconds();
 
+/// Moves a descriptor of the simulation's own out of the program's way, to a high number where
+/// there is one, and gives the number it has then; negative stays. Its owner closes it with
+/// CloseOwn.
+int MakeOwn(int descriptor);
+void CloseOwn(int descriptor);
+/// True for a descriptor that the simulation keeps for itself: the program has none of that number.
+bool IsOwn(int descriptor);
+
 } // namespace sim::real
 
 /// The C library's function of this name, looked up once per place. Without a guarded static,

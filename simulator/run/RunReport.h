@@ -32,6 +32,7 @@ struct RunReport {
     static constexpr std::uint64_t kFootprintEvery = 1700;
 
     std::atomic<std::uint32_t> armed{0};
+    std::atomic<std::uint32_t> gated{0}; ///< every system call passes the gate
     std::atomic<Ending> ending{Ending::Running};
     std::atomic<std::int64_t> boardTime{0};
     std::atomic<std::uint64_t> steps{0};

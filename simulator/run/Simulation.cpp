@@ -51,11 +51,14 @@ Simulation* Simulation::OfThisThread() {
     return ThreadSelf() != nullptr ? living : nullptr;
 }
 
+Simulation* Simulation::Living() {
+    return living;
+}
+
 void Simulation::Leave() {
     events.Abandon();
     waves.Abandon();
     SetThreadSelf(nullptr);
-    living = nullptr;
 }
 
 void Simulation::Show(const void* data, std::size_t size, FILE* stream) {

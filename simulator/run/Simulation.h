@@ -7,6 +7,7 @@
 #include "simulator/run/RunOptions.h"
 #include "simulator/run/RunReport.h"
 #include "simulator/run/Waveform.h"
+#include "simulator/time/Futexes.h"
 #include "simulator/time/RunEnd.h"
 #include "simulator/time/Scheduler.h"
 #include "simulator/time/Timeline.h"
@@ -30,6 +31,8 @@ class Simulation {
 
     /// The one that lives, if the calling thread takes part in it.
     static Simulation* OfThisThread();
+    /// The one that lives, or in a process just forked off from its own lived; null for none.
+    static Simulation* Living();
 
     /// The calling process, just forked off, takes no further part.
     void Leave();
@@ -43,6 +46,8 @@ class Simulation {
     std::unique_ptr<RunBuffers> ownBuffers_;
 
   public:
+    /// Called when the program ends, if set.
+    std::function<void()> onExit;
     /// Called with what was handed on, if set.
     std::function<void(std::string_view)> onShow;
     RunEnd end; ///< how is to be set before the program does anything
@@ -50,6 +55,7 @@ class Simulation {
     Board board;
     Scheduler scheduler;
     Timeline timeline;
+    Futexes futexes{scheduler};
     Kernel kernel;
     ConsoleWatch console;
     Waveform waves{board, console};

@@ -2,6 +2,7 @@
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/board/Wiring.h"
+#include "simulator/interpose/SystemCallGate.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -63,6 +64,11 @@ SimulatedBoard::SimulatedBoard(const Scenario& scenario, const RunOptions& optio
         std::fprintf(stderr, "simulated board: %s: %s\n", what, text.c_str());
         std::abort();
     };
+    system_calls::Arm();
+}
+
+SimulatedBoard::~SimulatedBoard() {
+    system_calls::Disarm();
 }
 
 sim::Line& SimulatedBoard::Line(std::string_view name) {

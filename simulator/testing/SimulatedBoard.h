@@ -26,7 +26,7 @@ class SimulatedBoard {
     explicit SimulatedBoard(const Scenario& scenario, const RunOptions& options = {});
     SimulatedBoard(const SimulatedBoard&) = delete;
     SimulatedBoard& operator=(const SimulatedBoard&) = delete;
-    ~SimulatedBoard() = default;
+    ~SimulatedBoard();
 
     /// A line by its name: port letter and bit.
     sim::Line& Line(std::string_view name);

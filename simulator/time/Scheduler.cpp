@@ -48,6 +48,9 @@ void Scheduler::Begin(Thread& self) {
 void Scheduler::Finish(Thread& self) {
     self.finished = true;
     Wake(&self);
+    if (self.detached) {
+        Forget(self);
+    }
     Run(Next());
 }
 

@@ -38,6 +38,7 @@ class Scheduler {
         bool woken = false;       ///< its last wait ended by a wake, not by time
         bool awaitsBoard = false; ///< asleep no longer than to the board's next event
         bool finished = false;
+        bool detached = false; ///< nobody joins it
     };
 
     /// end: called when no thread can ever run again, with what each waits for.
@@ -55,7 +56,7 @@ class Scheduler {
     Thread& Create();
     /// Called first by a new thread: returns when it is its turn.
     void Begin(Thread& self);
-    /// Called last by a thread: hands over and returns at once.
+    /// Called last by a thread: hands over and returns at once. One that is detached is dropped.
     void Finish(Thread& self);
     /// Drops a thread that ended.
     void Forget(Thread& thread);

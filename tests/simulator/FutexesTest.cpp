@@ -1,6 +1,7 @@
 // Futexes with real threads on board time: who is woken, in which order, and who times out.
 
 #include "simulator/time/Futexes.h"
+#include "simulator/interpose/SystemCallGate.h"
 #include "simulator/testing/SimulatedBoard.h"
 
 #include "tests/support/Worker.h"
@@ -19,6 +20,7 @@ using sim::kNever;
 using sim::Microseconds;
 using sim::Milliseconds;
 using sim::SimulatedBoard;
+using sim::system_calls::Through;
 
 class FutexWords : public testing::Test {
   protected:
@@ -26,6 +28,7 @@ class FutexWords : public testing::Test {
     void Waiter(const char* name, std::uint32_t bits = Futexes::kAnyBit,
                 sim::Nanoseconds deadline = kNever) {
         waiters.emplace_back([this, name, bits, deadline] {
+            const Through through;
             const long result = futexes.Wait(&word, 0, bits, deadline, "a word");
             order += (order.empty() ? "" : " ") + std::string(name);
             order += result == 0 ? "" : std::to_string(result);
@@ -58,6 +61,7 @@ TEST_F(FutexWords, AWordThatHoldsAnotherValueIsNotWaitedFor) {
 }
 
 TEST_F(FutexWords, AWaitEndsAtItsDeadline) {
+    const Through through;
     EXPECT_EQ(futexes.Wait(&word, 0, Futexes::kAnyBit, Milliseconds(30), "a word"), -ETIMEDOUT);
     EXPECT_EQ(board.Now(), Milliseconds(30));
     EXPECT_EQ(futexes.Wait(&word, 0, Futexes::kAnyBit, Milliseconds(10), "a word"), -ETIMEDOUT);
@@ -91,6 +95,7 @@ TEST_F(FutexWords, AWakeReachesThoseWhoShareABitWithIt) {
 
 TEST_F(FutexWords, TheBitsOfAWaitEndWithIt) {
     waiters.emplace_back([&] {
+        const Through through;
         futexes.Wait(&word, 0, 1, kNever, "a word");
         futexes.Wait(&word, 0, Futexes::kAnyBit, kNever, "a word");
     });
@@ -152,6 +157,11 @@ TEST_F(FutexWords, ThoseWhoWaitForEverAreNamedInADeadlock) {
 
 class Yielding : public testing::Test {
   protected:
+    void Yield() {
+        const Through through;
+        board.Timeline().Yields();
+    }
+
     SimulatedBoard board;
 };
 
@@ -159,11 +169,11 @@ TEST_F(Yielding, LetsTheOthersRunFirst) {
     std::string order;
     Worker a([&] {
         order += "a";
-        board.Timeline().Yields();
+        Yield();
         order += "A";
     });
     Worker b([&] { order += "b"; });
-    board.Timeline().Yields();
+    Yield();
     order += "main ";
     a.Join();
     EXPECT_EQ(order, "abmain A");
@@ -172,10 +182,10 @@ TEST_F(Yielding, LetsTheOthersRunFirst) {
 
 TEST_F(Yielding, TakesTimeWhenItIsAllThatHappens) {
     for (int i = 0; i < 1000; ++i) {
-        board.Timeline().Yields();
+        Yield();
     }
     EXPECT_EQ(board.Now(), 0);
-    board.Timeline().Yields();
+    Yield();
     EXPECT_EQ(board.Now(), Microseconds(20));
 }
 
@@ -183,7 +193,7 @@ TEST_F(Yielding, OfTwoToEachOtherEndsWithWhatTheyWaitFor) {
     bool done = false;
     const auto spin = [&] {
         while (!done) {
-            board.Timeline().Yields();
+            Yield();
         }
     };
     Worker a(spin);

@@ -39,7 +39,6 @@ TEST(Board, IsUnderTheProgramAndNotUnderWhatItStarts) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.output, "board yes\n"
                           "shell no\n"
-                          "fork no\n"
                           "exec no\n"
                           "preloaded no\n");
 }

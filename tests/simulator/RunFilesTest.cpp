@@ -215,7 +215,8 @@ TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
     EXPECT_THAT(text, testing::HasSubstr("end = \"limit reached: measurements\"\n"
                                          "status = 0\n"
                                          "board_time_us = "));
-    EXPECT_THAT(text, testing::HasSubstr("steps = 17\nmeasurements = 1\n\n[calls]\naccess = "));
+    EXPECT_THAT(text, testing::HasSubstr(
+                          "steps = 17\nmeasurements = 1\ngate = true\n\n[calls]\naccess = "));
     for (const char* name : {"[at_step_200]", "[at_last]", "heap_bytes = ", "resident_bytes = ",
                              "board_handles = ", "host_descriptors = ", "threads = "}) {
         EXPECT_THAT(text, testing::HasSubstr(name)) << name;
@@ -235,7 +236,7 @@ TEST_F(RunFiles, TheSummaryTellsATroubledEnd) {
     EXPECT_EQ(summary({"segfault"}), "end = \"crashed\", status = 10");
     EXPECT_EQ(summary({"one-mutex-twice"}), "end = \"deadlock\", status = 11");
     EXPECT_EQ(summary({"spin"}, {"--real-time", "0.1"}), "end = \"real time limit\", status = 12");
-    EXPECT_EQ(summary({"leave-a-thread"}), "end = \"unmodelled call\", status = 13");
+    EXPECT_EQ(summary({"open-file", "/dev/mmcblk0"}), "end = \"unmodelled call\", status = 13");
     EXPECT_EQ(summary({"sleep-again", "10"}, {"--board-time", "1"}),
               "end = \"limit reached: board time\", status = 0");
 }

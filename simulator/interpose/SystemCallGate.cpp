@@ -1,0 +1,285 @@
+// The gate at the system call: Linux hands every system call of a thread to that thread first, as a
+// signal, while a byte of the thread's own says so (syscall user dispatch, since 5.11).
+
+#include "simulator/interpose/SystemCallGate.h"
+
+#include "simulator/board/BoardPaths.h"
+#include "simulator/interpose/Gate.h"
+#include "simulator/interpose/ProgramSignals.h"
+#include "simulator/interpose/SystemCall.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <fcntl.h>
+#include <linux/prctl.h>
+#include <sched.h>
+#include <string_view>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <ucontext.h>
+
+// The way back from the handler is a system call too, of code that the kernel lets through by its
+// place. What follows the call belongs to that place.
+asm(".text\n"
+    "simulatedBoardReturns: mov $15, %eax\n" // rt_sigreturn
+    "syscall\n"
+    "ud2\n"
+    "simulatedBoardReturned:\n");
+extern "C" const char simulatedBoardReturns[];  // NOLINT(*-avoid-c-arrays)
+extern "C" const char simulatedBoardReturned[]; // NOLINT(*-avoid-c-arrays)
+
+namespace sim {
+namespace {
+
+constexpr char kThrough = 0; // SYSCALL_DISPATCH_FILTER_ALLOW
+constexpr char kHeld = 1;    // SYSCALL_DISPATCH_FILTER_BLOCK
+
+thread_local volatile char selector = kThrough;
+thread_local bool armed = false;
+thread_local bool handling = false; ///< a system call that came to the gate
+thread_local int inside = 0;        ///< how many times the simulation was entered and not left
+
+long Raw(long number, const std::array<long, 6>& arguments) {
+    long result = number;
+    register long fourth asm("r10") = arguments[3];
+    register long fifth asm("r8") = arguments[4];
+    register long sixth asm("r9") = arguments[5];
+    asm volatile("syscall"
+                 : "+a"(result)
+                 : "D"(arguments[0]), "S"(arguments[1]), "d"(arguments[2]), "r"(fourth), "r"(fifth),
+                   "r"(sixth)
+                 : "rcx", "r11", "memory");
+    return result;
+}
+
+/// Looks up what a call's arguments are about: true when that is the board's.
+bool IsAboutBoard(Trap& trap) {
+    bool board = false;
+    int folder = AT_FDCWD;
+    std::size_t place = 0;
+    std::size_t argument = 0;
+    for (const char* kind = trap.call.about; *kind != '\0'; ++kind) {
+        if (*kind == '!' || *kind == '+') {
+            board = board || *kind == '!';
+            continue;
+        }
+        if (*kind == 'd') {
+            folder = static_cast<int>(trap.arguments.at(argument));
+        } else if (*kind == 'f') {
+            board = board || trap.Board().Owns(static_cast<int>(trap.arguments.at(argument)));
+        } else if (const auto* text = reinterpret_cast<const char*>(trap.arguments.at(argument));
+                   *kind != '-' && text != nullptr) {
+            const bool asked = trap.call.flags == 0 ||
+                               (trap.arguments.at(static_cast<std::size_t>(trap.call.flags)) &
+                                AT_SYMLINK_NOFOLLOW) == 0;
+            Place& found = trap.places.at(place++);
+            found = WalkPath(trap.simulation, folder, text, *kind == 'p' && asked);
+            board = board || found.board;
+            if (found.strayed) {
+                trap.arguments.at(argument) = reinterpret_cast<long>(found.path.c_str());
+            }
+        }
+        ++argument;
+    }
+    return board;
+}
+
+/// What the call of a process that was forked off, or of a thread that has ended, comes to: the
+/// board is not its own.
+long Outside(Simulation& simulation, Trap& trap) {
+    const bool keepsApart = trap.call.number == SYS_close || trap.call.number == SYS_fcntl ||
+                            trap.call.number == SYS_dup || trap.call.number == SYS_dup2 ||
+                            trap.call.number == SYS_dup3;
+    static_cast<void>(IsAboutBoard(trap));
+    for (const Place& place : trap.places) {
+        if (place.board) {
+            simulation.end(Ending::Unmodelled, std::string(trap.call.name) + " of " + place.path +
+                                                   " in a process that the program forked off");
+        }
+    }
+    if (!keepsApart && *trap.call.about == 'f' && simulation.kernel.Owns(trap.Int(0))) {
+        simulation.end(Ending::Unmodelled, std::string(trap.call.name) + " of " +
+                                               simulation.kernel.PathOf(trap.Int(0)) +
+                                               " in a process that the program forked off");
+    }
+    for (answers::Answer* own :
+         {answers::Clone, answers::SignalAction, answers::SignalMask, answers::Suspend}) {
+        if (trap.call.answer == own) {
+            return own(trap);
+        }
+    }
+    if (trap.call.number == SYS_execve || trap.call.number == SYS_execveat) {
+        Raw(SYS_rt_sigprocmask, {SIG_SETMASK, reinterpret_cast<long>(&trap.blocked), 0, 8});
+    }
+    return trap.Pass();
+}
+
+long Decide(long number, const std::array<long, 6>& arguments, std::uint64_t& blocked) {
+    Simulation* living = Simulation::Living();
+    const SystemCall* call = FindSystemCall(number);
+    if (living == nullptr) {
+        return Raw(number, arguments);
+    }
+    if (call == nullptr) {
+        living->end(Ending::Unmodelled, "system call " + std::to_string(number));
+    }
+    if (call->treatment == Treatment::Passed && *call->about == '\0') {
+        return Raw(number, arguments);
+    }
+    Trap trap{*call, arguments, *living, blocked};
+    if (Simulation::OfThisThread() == nullptr) {
+        return Outside(*living, trap);
+    }
+    const Gate gate;
+    if (!IsAboutBoard(trap)) {
+        return trap.Pass();
+    }
+    if (call->answer == nullptr) {
+        trap.Refuse("");
+    }
+    for (const Place& place : trap.places) {
+        if (place.error != 0) {
+            return place.error;
+        }
+    }
+    return call->answer(trap);
+}
+
+/// The leak checker of a sanitizer looks at the process by a helper that shares its memory. It is
+/// the last that such a process does, so its calls go through from then on.
+bool IsLeakCheckers(long number, long flags) {
+    return number == SYS_clone && (flags & CLONE_UNTRACED) != 0;
+}
+
+void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
+    auto& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
+    auto& blocked =
+        *reinterpret_cast<std::uint64_t*>(&static_cast<ucontext_t*>(context)->uc_sigmask);
+    if (information->si_syscall == SYS_rt_sigreturn) {
+        // A handler of the program ends: its frame lies where its stack pointer stands.
+        asm volatile("mov %0, %%rsp\n"
+                     "jmp simulatedBoardReturns"
+                     :
+                     : "r"(registers[REG_RSP])
+                     : "memory");
+        __builtin_unreachable();
+    }
+    selector = kThrough;
+    handling = true;
+    const int before = errno;
+    if (IsLeakCheckers(information->si_syscall, registers[REG_RDI])) {
+        armed = false;
+        constexpr long callItself = 2; // bytes
+        registers[REG_RIP] -= callItself;
+        registers[REG_RAX] = information->si_syscall;
+    } else {
+        registers[REG_RAX] = Decide(information->si_syscall,
+                                    {registers[REG_RDI], registers[REG_RSI], registers[REG_RDX],
+                                     registers[REG_R10], registers[REG_R8], registers[REG_R9]},
+                                    blocked);
+    }
+    blocked &= ~program_signals::TakeDeferred();
+    errno = before;
+    handling = false;
+    selector = armed ? kHeld : kThrough;
+}
+
+/// As the kernel takes it.
+struct KernelAction {
+    void (*handler)(int, siginfo_t*, void*);
+    unsigned long flags;
+    const void* restorer;
+    std::uint64_t mask;
+};
+
+bool TakeSignal() {
+    constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
+    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, &simulatedBoardReturns,
+                              ~std::uint64_t{0}};
+    return Raw(SYS_rt_sigaction, {SIGSYS, reinterpret_cast<long>(&action), 0,
+                                  static_cast<long>(sizeof action.mask)}) == 0;
+}
+
+} // namespace
+
+long Trap::Pass(long number, const std::array<long, 6>& arguments) {
+    return Raw(number, arguments);
+}
+
+long Trap::Pass() const {
+    if (std::string_view(call.about).find('+') != std::string_view::npos) {
+        simulation.kernel.OtherDescriptorsChange();
+    }
+    return Raw(call.number, arguments);
+}
+
+void Trap::Refuse(const std::string& why) const {
+    std::string about;
+    for (const Place& place : places) {
+        about += place.board ? " of " + place.path : "";
+    }
+    if (about.empty() && std::string_view(call.about).find('f') != std::string_view::npos &&
+        simulation.kernel.Owns(Int(0))) {
+        about = " of " + simulation.kernel.PathOf(Int(0));
+    }
+    simulation.kernel.calls.Unmodelled(call.name + about + why);
+}
+
+namespace system_calls {
+
+bool Arm() {
+    static const bool taken = TakeSignal();
+    const auto length = static_cast<unsigned long>(simulatedBoardReturned - simulatedBoardReturns);
+    armed = taken &&
+            prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON,
+                  reinterpret_cast<unsigned long>(simulatedBoardReturns), length, &selector) == 0;
+    selector = armed ? kHeld : kThrough;
+    return armed;
+}
+
+void Disarm() {
+    selector = kThrough;
+    if (armed) {
+        armed = false;
+        prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_OFF, 0, 0, 0);
+    }
+}
+
+bool IsArmed() {
+    return armed;
+}
+
+bool IsInside() {
+    return inside != 0;
+}
+
+char Open() {
+    ++inside;
+    const char before = selector;
+    selector = kThrough;
+    return before;
+}
+
+void Restore(char before) {
+    --inside;
+    if (inside == 0 && armed && !handling) {
+        if (const std::uint64_t came = program_signals::TakeDeferred(); came != 0) {
+            Raw(SYS_rt_sigprocmask, {SIG_UNBLOCK, reinterpret_cast<long>(&came), 0, sizeof came});
+        }
+    }
+    selector = before;
+}
+
+char Shut() {
+    const char before = selector;
+    selector = armed ? kHeld : kThrough;
+    return before;
+}
+
+void GoOn(char before) {
+    selector = before;
+}
+
+} // namespace system_calls
+} // namespace sim
