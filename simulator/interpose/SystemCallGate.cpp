@@ -53,6 +53,16 @@ long Raw(long number, const std::array<long, 6>& arguments) {
     return result;
 }
 
+/// This machine's kernel answers, and while it does the thread hears the signals that it would.
+long Hearing(std::uint64_t blocked, long number, const std::array<long, 6>& arguments) {
+    std::uint64_t before = 0;
+    Raw(SYS_rt_sigprocmask, {SIG_SETMASK, reinterpret_cast<long>(&blocked),
+                             reinterpret_cast<long>(&before), sizeof before});
+    const long result = Raw(number, arguments);
+    Raw(SYS_rt_sigprocmask, {SIG_SETMASK, reinterpret_cast<long>(&before), 0, sizeof before});
+    return result;
+}
+
 /// Looks up what a call's arguments are about: true when that is the board's.
 bool IsAboutBoard(Trap& trap) {
     bool board = false;
@@ -109,9 +119,6 @@ long Outside(Simulation& simulation, Trap& trap) {
             return own(trap);
         }
     }
-    if (trap.call.number == SYS_execve || trap.call.number == SYS_execveat) {
-        Raw(SYS_rt_sigprocmask, {SIG_SETMASK, reinterpret_cast<long>(&trap.blocked), 0, 8});
-    }
     return trap.Pass();
 }
 
@@ -125,7 +132,7 @@ long Decide(long number, const std::array<long, 6>& arguments, std::uint64_t& bl
         living->end(Ending::Unmodelled, "system call " + std::to_string(number));
     }
     if (call->treatment == Treatment::Passed && *call->about == '\0') {
-        return Raw(number, arguments);
+        return Hearing(blocked, number, arguments);
     }
     Trap trap{*call, arguments, *living, blocked};
     if (Simulation::OfThisThread() == nullptr) {
@@ -166,6 +173,7 @@ void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
         __builtin_unreachable();
     }
     selector = kThrough;
+    const bool within = handling; // a handler that came while another system call waited
     handling = true;
     const int before = errno;
     if (IsLeakCheckers(information->si_syscall, registers[REG_RDI])) {
@@ -181,7 +189,7 @@ void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
     }
     blocked &= ~program_signals::TakeDeferred();
     errno = before;
-    handling = false;
+    handling = within;
     selector = armed ? kHeld : kThrough;
 }
 
@@ -211,7 +219,7 @@ long Trap::Pass() const {
     if (std::string_view(call.about).find('+') != std::string_view::npos) {
         simulation.kernel.OtherDescriptorsChange();
     }
-    return Raw(call.number, arguments);
+    return Hearing(blocked, call.number, arguments);
 }
 
 void Trap::Refuse(const std::string& why) const {
