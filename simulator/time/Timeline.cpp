@@ -11,6 +11,7 @@ namespace {
 constexpr unsigned kFreeReads = 16;
 constexpr Nanoseconds kFirstPause = Microseconds(20);
 constexpr Nanoseconds kLongestPause = Milliseconds(1);
+constexpr Nanoseconds kLongestLinePause = Milliseconds(16);
 constexpr unsigned kFreeIdleCalls = 1000;
 
 } // namespace
@@ -82,12 +83,12 @@ void Timeline::PollsLine(unsigned line) {
     if (line != polledLine_ || equalReads_ < kFreeReads) {
         return;
     }
-    Pause(equalReads_ - kFreeReads, "a line that it polls");
+    Pause(equalReads_ - kFreeReads, kLongestLinePause, "a line that it polls");
 }
 
-void Timeline::Pause(unsigned before, std::string_view reason) {
+void Timeline::Pause(unsigned before, Nanoseconds longest, std::string_view reason) {
     board_.Settle(); // else what is due now would end every pause before it begins
-    const Nanoseconds span = std::min(kFirstPause << std::min(before, 6U), kLongestPause);
+    const Nanoseconds span = std::min(kFirstPause << std::min(before, 10U), longest);
     SleepUntilNews(Now() + span, reason);
 }
 
@@ -107,7 +108,7 @@ bool Timeline::Idles(std::string_view reason) {
     }
     const bool pauses = idleCalls_ >= kFreeIdleCalls;
     if (pauses) {
-        Pause(idleCalls_ - kFreeIdleCalls, reason);
+        Pause(idleCalls_ - kFreeIdleCalls, kLongestPause, reason);
     }
     ++idleCalls_;
     idleAt_ = Now();

@@ -35,7 +35,7 @@ class Timeline {
     void SetPace(double pace);
 
     /// The calling thread is about to read a line's level once more. After 16 equal reads in a row
-    /// each further one costs a growing span of up to 1 ms, cut short where the line may change.
+    /// each further one costs a growing span of up to 16 ms, cut short where the line may change.
     void PollsLine(unsigned line);
     void LineRead(unsigned line, bool level);
     /// The calling thread looks at a clock. After 1000 looks at one and the same moment each
@@ -49,7 +49,7 @@ class Timeline {
 
   private:
     void AdvanceTo(Nanoseconds moment);
-    void Pause(unsigned before, std::string_view reason);
+    void Pause(unsigned before, Nanoseconds longest, std::string_view reason);
     bool Idles(std::string_view reason);
     void KeepPace() const;
 

@@ -130,7 +130,8 @@ TEST(PollsOfALine, AreFreeAtFirstAndThenCostMoreAndMore) {
     EXPECT_EQ(TimeOfReads(17), Microseconds(20));
     EXPECT_EQ(TimeOfReads(18), Microseconds(60));
     EXPECT_EQ(TimeOfReads(22), Microseconds(20 + 40 + 80 + 160 + 320 + 640));
-    EXPECT_EQ(TimeOfReads(24), Microseconds(1260 + 2000)) << "a millisecond at most";
+    EXPECT_EQ(TimeOfReads(26), Microseconds(20 * 1023));
+    EXPECT_EQ(TimeOfReads(28), Microseconds(20 * 1023 + 32000)) << "16 milliseconds at most";
 }
 
 TEST_F(PollingALine, NeverMissesTheMomentOfAChange) {

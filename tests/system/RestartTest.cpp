@@ -41,7 +41,7 @@ void ExpectToRecoverFrom(const Conditions& killed) {
     ExpectAMeasurementWithoutComplaint(safe.left);
 }
 
-constexpr int kCallsOfStartUp = 3800; // rounded up to where step 1 has begun
+constexpr int kCallsOfStartUp = 825; // rounded up to where step 1 has begun
 
 // Calls of a run that ends with this step; the summary has a line for each kind.
 int CallsUpToTheEndOf(int step) {
@@ -75,11 +75,11 @@ TEST_P(KilledAtCall, IsMadeSafeAndMeasuresAgain) {
     ExpectToRecoverFrom({.calls = GetParam()});
 }
 
-INSTANTIATE_TEST_SUITE_P(OfStartUp, KilledAtCall, testing::Range(100, kCallsOfStartUp + 100, 100));
+INSTANTIATE_TEST_SUITE_P(OfStartUp, KilledAtCall, testing::Range(25, kCallsOfStartUp + 25, 25));
 
 TEST(KilledAtCall, GoesThroughTheWholeStartUp) {
     const auto console = [](int calls) { return RunInstrument({.calls = calls}).console; };
-    EXPECT_EQ(console(100), "");
+    EXPECT_EQ(console(25), "");
     EXPECT_THAT(console(kCallsOfStartUp), testing::HasSubstr("\n,Verify Flag"));
 }
 
