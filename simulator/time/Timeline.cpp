@@ -25,7 +25,7 @@ Timeline::Timeline(Board& board, Scheduler& scheduler, Nanoseconds limit, double
 }
 
 void Timeline::SleepUntil(Nanoseconds moment, std::string_view reason, const void* key) {
-    equalReads_ = 0;
+    Busy();
     if (moment > Now()) {
         scheduler_.SleepUntil(*ThreadSelf(), moment, reason, key);
     }
@@ -93,6 +93,7 @@ void Timeline::Pause(unsigned before, Nanoseconds longest, std::string_view reas
 }
 
 void Timeline::LineRead(unsigned line, bool level) {
+    poller_ = ThreadSelf();
     if (line == polledLine_ && level == polledLevel_) {
         ++equalReads_;
     } else {

@@ -44,8 +44,12 @@ class Timeline {
     void LooksAtClock() { Idles("the clock that it looks at"); }
     /// The calling thread lets others run; yields at one and the same moment cost as looks do.
     void Yields();
-    /// The calling thread did something else: a poll in progress has ended.
-    void Busy() { equalReads_ = 0; }
+    /// The calling thread did something else: its poll in progress has ended.
+    void Busy() {
+        if (ThreadSelf() == poller_) {
+            equalReads_ = 0;
+        }
+    }
 
   private:
     void AdvanceTo(Nanoseconds moment);
@@ -60,6 +64,7 @@ class Timeline {
     Nanoseconds piece_ = kNever; ///< the longest advance
     const RunEnd& end_;
     long long realStart_;
+    const Scheduler::Thread* poller_ = nullptr; ///< the last to read a line
     unsigned polledLine_ = ~0U;
     bool polledLevel_ = false;
     unsigned equalReads_ = 0;

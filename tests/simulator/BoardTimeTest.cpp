@@ -4,6 +4,8 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
+#include "tests/support/Worker.h"
+
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
@@ -132,6 +134,20 @@ TEST(PollsOfALine, AreFreeAtFirstAndThenCostMoreAndMore) {
     EXPECT_EQ(TimeOfReads(22), Microseconds(20 + 40 + 80 + 160 + 320 + 640));
     EXPECT_EQ(TimeOfReads(26), Microseconds(20 * 1023));
     EXPECT_EQ(TimeOfReads(28), Microseconds(20 * 1023 + 32000)) << "16 milliseconds at most";
+}
+
+TEST_F(PollingALine, GoesOnWhileAnotherThreadSleeps) {
+    Store(kGpioExport, "7");
+    const Worker sleeper([] {
+        for (int i = 0; i < 1000; ++i) {
+            ::usleep(10);
+        }
+    });
+    const Descriptor value(LineFile("A7", "value"), O_RDONLY);
+    for (int i = 0; i < 28; ++i) {
+        value.ReadAgain();
+    }
+    EXPECT_EQ(board.Now(), Microseconds(20 * 1023 + 32000));
 }
 
 TEST_F(PollingALine, NeverMissesTheMomentOfAChange) {
