@@ -35,9 +35,10 @@ long CardFile::Read(void* buffer, std::size_t size) {
 
 long CardFile::Write(const void* data, std::size_t size) {
     const int error = onCard_ ? card_.Write(static_cast<std::int64_t>(size)) : 0;
-    events_.Add("write", Path(),
-                EventLog::Quoted({static_cast<const char*>(data), size}) +
-                    (error != 0 ? " " + ErrnoName(error) : std::string()));
+    events_.Add("write", Path(), [&] {
+        return EventLog::Quoted({static_cast<const char*>(data), size}) +
+               (error != 0 ? " " + ErrnoName(error) : std::string());
+    });
     if (error != 0) {
         return -error;
     }

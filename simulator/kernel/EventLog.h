@@ -3,6 +3,7 @@
 #include "simulator/board/Nanoseconds.h"
 #include "simulator/kernel/BufferedFile.h"
 
+#include <concepts>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -42,6 +43,13 @@ class EventLog {
     bool Active() const { return keeping_ || file_.IsOpen(); }
 
     void Add(std::string_view operation, std::string_view path, std::string_view data = "-");
+    /// The same with data that is made only where it is written down.
+    template <std::invocable Data>
+    void Add(std::string_view operation, std::string_view path, Data data) {
+        if (Active()) {
+            Add(operation, path, std::string_view(data()));
+        }
+    }
     /// The same, told of the world instead of a thread.
     void AddWorld(std::string_view operation, std::string_view path, std::string_view data);
     /// Writes nothing more: the file is another process's.

@@ -58,7 +58,7 @@ long SpiFile::Read(void* buffer, std::size_t size) {
     }
     std::vector<std::uint8_t> wire(size);
     board_.converter.Send(board_.Now(), wire);
-    events_.Add("read", Path(), Hex(wire));
+    events_.Add("read", Path(), [&] { return Hex(wire); });
     SwapWords(wire, settings_.bitsPerWord);
     std::memcpy(buffer, wire.data(), size);
     return static_cast<long>(size);
@@ -71,7 +71,7 @@ long SpiFile::Write(const void* data, std::size_t size) {
     }
     std::vector<std::uint8_t> wire = CopyOf(data, size);
     SwapWords(wire, settings_.bitsPerWord);
-    events_.Add("write", Path(), Hex(wire));
+    events_.Add("write", Path(), [&] { return Hex(wire); });
     board_.converter.Receive(board_.Now(), wire);
     return static_cast<long>(size);
 }

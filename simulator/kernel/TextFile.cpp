@@ -23,7 +23,7 @@ long TextFile::Read(void* buffer, std::size_t size) {
     if (offset_ == 0 || offset_ != readTo_) {
         text_ = node_.show();
         shownAnew_ = everShown_ = true;
-        events_.Add("read", Path(), EventLog::Quoted(text_));
+        events_.Add("read", Path(), [this] { return EventLog::Quoted(text_); });
     }
     const std::size_t from = std::min(offset_, text_.size());
     const std::size_t count = std::min(size, text_.size() - from);
@@ -40,8 +40,9 @@ long TextFile::Write(const void* data, std::size_t size) {
     }
     const std::string text(static_cast<const char*>(data), size);
     const int error = gone ? ENODEV : node_.store(text);
-    events_.Add("write", Path(),
-                EventLog::Quoted(text) + (error != 0 ? " " + ErrnoName(error) : std::string()));
+    events_.Add("write", Path(), [&] {
+        return EventLog::Quoted(text) + (error != 0 ? " " + ErrnoName(error) : std::string());
+    });
     if (error != 0) {
         return -error;
     }

@@ -142,13 +142,9 @@ void Scheduler::Run(Thread& thread) {
 
 Scheduler::Thread& Scheduler::Next() {
     for (;;) {
-        WakeSleepers();
+        const Nanoseconds earliest = WakeSleepers();
         if (!ready_.empty()) {
             return PickReady();
-        }
-        Nanoseconds earliest = kNever;
-        for (const Thread* thread : waiting_) {
-            earliest = std::min(earliest, thread->wakeAt);
         }
         if (earliest == kNever) {
             end_(Ending::Deadlock, WhoWaitsForWhat());
@@ -157,20 +153,17 @@ Scheduler::Thread& Scheduler::Next() {
     }
 }
 
-void Scheduler::WakeSleepers() {
+Nanoseconds Scheduler::WakeSleepers() {
     const Nanoseconds moment = now();
-    std::vector<Thread*> due;
-    for (auto at = waiting_.begin(); at != waiting_.end();) {
-        if ((*at)->wakeAt <= moment) {
-            due.push_back(*at);
-            at = waiting_.erase(at);
-        } else {
-            ++at;
+    for (;;) {
+        const auto first = std::ranges::min_element(
+            waiting_, {}, [](const Thread* thread) { return thread->wakeAt; });
+        if (first == waiting_.end() || (*first)->wakeAt > moment) {
+            return first == waiting_.end() ? kNever : (*first)->wakeAt;
         }
+        ready_.push_back(*first);
+        waiting_.erase(first);
     }
-    std::stable_sort(due.begin(), due.end(),
-                     [](const Thread* a, const Thread* b) { return a->wakeAt < b->wakeAt; });
-    ready_.insert(ready_.end(), due.begin(), due.end());
 }
 
 Scheduler::Thread& Scheduler::PickReady() {

@@ -89,7 +89,8 @@ class Scheduler {
     std::vector<Thread*> Take(const void* key, std::size_t most, std::uint32_t channels);
     void HandOver(Thread& self);
     Thread& Next();
-    void WakeSleepers();
+    /// Readies those whose moment has come; when the first of the others wakes.
+    Nanoseconds WakeSleepers();
     Thread& PickReady();
     void Run(Thread& thread);
     std::string WhoWaitsForWhat() const;
