@@ -1,12 +1,13 @@
 #include "simulator/launcher/ChildProcess.h"
 
+#include "simulator/launcher/Processor.h"
+
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,22 +17,10 @@ namespace {
 
 constexpr long kTickNanoseconds = 200'000'000;
 
-/// Only one of the program's threads runs at a time: on one processor they hand over some twice as
-/// fast.
-void StayOnThisProcessor() {
-    const int processor = sched_getcpu();
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    if (processor >= 0) {
-        CPU_SET(static_cast<unsigned>(processor), &set);
-        sched_setaffinity(0, sizeof set, &set);
-    }
-}
-
 /// Runs in the child; tells the parent through the pipe why it could not begin.
 [[noreturn]] void Become(const ChildCommand& command, const sigset_t& oldMask, int failurePipe) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    StayOnThisProcessor();
+    Processor::StayHere();
     sigprocmask(SIG_SETMASK, &oldMask, nullptr);
     for (const auto& [name, value] : command.environment) {
         setenv(name.c_str(), value.c_str(), 1);
@@ -66,6 +55,7 @@ ChildEnd Await(pid_t child, double limit, const std::function<void()>& onTick) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
     const sigset_t awaited = AwaitedSignals();
+    Processor processor(child);
     for (;;) {
         int status = 0;
         if (waitpid(child, &status, WNOHANG) == child) {
@@ -79,6 +69,7 @@ ChildEnd Await(pid_t child, double limit, const std::function<void()>& onTick) {
         if (signal == SIGINT || signal == SIGTERM) {
             return KillAndReap(child, ChildEnd::Kind::Interrupted, signal);
         }
+        processor.Look();
         onTick();
     }
 }
