@@ -85,7 +85,7 @@ void Board::Happen(const WorldEvent& event) {
     };
     switch (event.kind) {
     case WorldEvent::Kind::RemoveCard:
-        card.Remove(now_);
+        PullCard();
         tell("card", "removed");
         break;
     case WorldEvent::Kind::InsertCard:
@@ -122,6 +122,11 @@ void Board::Happen(const WorldEvent& event) {
         FollowFlag();
         break;
     }
+}
+
+void Board::PullCard() {
+    card.Remove(now_);
+    At(now_ + CardSlot::kRemovalNoticed, [this] { card.NoticeRemoval(now_); });
 }
 
 void Board::HoldHomeSensor(bool level) {

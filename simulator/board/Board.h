@@ -91,6 +91,8 @@ class Board {
     void Plan(const WorldEvent& event);
     /// True when something is planned for this very moment.
     bool IsPlanned(Nanoseconds moment) const { return agenda_.contains(moment); }
+    /// Pulls the card, which the kernel notices after a while.
+    void PullCard();
     /// Standard deviation of the detector's readings, in counts.
     double DetectorNoise() const { return detector_.noise; }
 

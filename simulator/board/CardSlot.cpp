@@ -1,5 +1,8 @@
 #include "simulator/board/CardSlot.h"
 
+#include "simulator/board/BoardPaths.h"
+
+#include <algorithm>
 #include <cerrno>
 
 namespace sim {
@@ -11,6 +14,18 @@ void CardSlot::Remove(Nanoseconds now) {
     present = false;
     removedAt_ = now;
     stale_ = mounted;
+}
+
+void CardSlot::NoticeRemoval(Nanoseconds now) {
+    if (stale_ && !gone_ && now - removedAt_ >= kRemovalNoticed) {
+        gone_ = true;
+        kept_.insert(open_.begin(), open_.end());
+    }
+}
+
+bool CardSlot::Shows(std::string_view name) const {
+    return !gone_ ||
+           std::ranges::any_of(kept_, [&](const std::string& file) { return Within(file, name); });
 }
 
 bool CardSlot::Listed(Nanoseconds now) const {
@@ -32,7 +47,6 @@ int CardSlot::Mount(bool forReadingOnly) {
     }
     mounted = true;
     mountedForReading_ = forReadingOnly;
-    stale_ = false;
     return 0;
 }
 
@@ -43,7 +57,8 @@ int CardSlot::Unmount(bool filesOpen) {
     if (filesOpen) {
         return EBUSY;
     }
-    mounted = mountedForReading_ = stale_ = false;
+    mounted = mountedForReading_ = stale_ = gone_ = false;
+    kept_.clear();
     return 0;
 }
 

@@ -3,6 +3,9 @@
 #include "simulator/board/Nanoseconds.h"
 
 #include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
 
 namespace sim {
 
@@ -30,9 +33,19 @@ class CardSlot : public CardState {
 
     void Insert() { present = true; }
     void Remove(Nanoseconds now);
+    /// The kernel notices a removal that is long enough ago: of a mounted card, all goes with it
+    /// but what is open.
+    void NoticeRemoval(Nanoseconds now);
 
     /// True while "/sys/block/mmcblk0" is there.
     bool Listed(Nanoseconds now) const;
+    /// A file of the mounted card is opened or closed.
+    void OpenFile(const std::string& name) { open_.insert(name); }
+    void CloseFile(const std::string& name) { open_.extract(name); }
+    /// A write met a card that was pulled: the file stays, as one that is open does.
+    void KeepFile(const std::string& name) { kept_.insert(name); }
+    /// False for a file or folder of the mounted card that went with it.
+    bool Shows(std::string_view name) const;
     /// Mounted, and the card of that mount was never pulled since.
     bool Healthy() const { return mounted && present && !stale_; }
 
@@ -54,6 +67,9 @@ class CardSlot : public CardState {
   private:
     bool mountedForReading_ = false;
     bool stale_ = false; ///< the card was pulled while it was mounted
+    bool gone_ = false;  ///< and the kernel has noticed
+    std::multiset<std::string> open_;
+    std::set<std::string> kept_; ///< what stays visible then
     std::int64_t written_ = 0;
     Nanoseconds removedAt_ = -kRemovalNoticed;
 };

@@ -10,6 +10,9 @@
 namespace sim {
 
 CardFile::~CardFile() {
+    if (onCard_) {
+        card_.CloseFile(hostPath_);
+    }
     if (host_ >= 0) {
         real::CloseOwn(host_);
     }
@@ -39,6 +42,9 @@ long CardFile::Write(const void* data, std::size_t size) {
         return EventLog::Quoted({static_cast<const char*>(data), size}) +
                (error != 0 ? " " + ErrnoName(error) : std::string());
     });
+    if (error == EIO) {
+        card_.KeepFile(hostPath_);
+    }
     if (error != 0) {
         return -error;
     }

@@ -15,7 +15,11 @@ class CardFile : public OpenFile {
     /// onCard: it lies on the mounted card, else on the root file system below the mount point.
     CardFile(std::string path, std::string hostPath, bool onCard, CardSlot& card, EventLog& events)
         : OpenFile(std::move(path)), hostPath_(std::move(hostPath)), onCard_(onCard), card_(card),
-          events_(events) {}
+          events_(events) {
+        if (onCard_) {
+            card_.OpenFile(hostPath_);
+        }
+    }
     CardFile(const CardFile&) = delete;
     CardFile& operator=(const CardFile&) = delete;
     ~CardFile() override;

@@ -149,12 +149,15 @@ long Paths::OpenAttribute(const std::string& path, int flags, std::unique_ptr<Op
 long Paths::OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     const std::string host = HostPath(path);
     const bool onCard = calls_.board.card.mounted;
-    struct stat64 status {};
-    const bool exists = real::stat(host.c_str(), &status) == 0;
-    if (onCard && Writes(flags)) {
-        const int error =
-            exists ? calls_.board.card.OpenForWriting() : calls_.board.card.CreateFile();
-        if (error != 0 && (exists || (flags & O_CREAT) != 0)) {
+    const long standing = Mode(path);
+    if (onCard && standing == -ENOENT) {
+        const int error = (flags & O_CREAT) != 0 ? calls_.board.card.CreateFile() : ENOENT;
+        if (error != 0) {
+            return -error;
+        }
+    }
+    if (onCard && standing >= 0 && Writes(flags)) {
+        if (const int error = calls_.board.card.OpenForWriting(); error != 0) {
             return -error;
         }
     }

@@ -105,11 +105,21 @@ long Paths::Look(const std::string& path, bool followLinks, struct stat64* resul
     if (Within(path, kDevices) || Within(path, kMountTable) || Within(path, kMountInformation)) {
         return LookAtDevice(path, result);
     }
-    const bool ofCard = Within(path, kMountPoint);
-    if (real::stat((ofCard ? HostPath(path) : path).c_str(), result) != 0) {
+    if (!Within(path, kMountPoint)) {
+        return real::stat(path.c_str(), result) == 0 ? 0 : -errno;
+    }
+    return LookAtCard(HostPath(path), result);
+}
+
+long Paths::LookAtCard(const std::string& host, struct stat64* result) const {
+    const CardSlot& card = calls_.board.card;
+    if (card.mounted && host != CardFolder() && !card.Shows(host)) {
+        return -ENOENT;
+    }
+    if (real::stat(host.c_str(), result) != 0) {
         return -errno;
     }
-    return ofCard && calls_.board.card.mounted ? AsOnVfat(result) : 0;
+    return card.mounted ? AsOnVfat(result) : 0;
 }
 
 long Paths::LookAtDevice(const std::string& path, struct stat64* result) const {

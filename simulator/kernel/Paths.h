@@ -54,6 +54,7 @@ class Paths {
     std::string HostPath(const std::string& path) const;
     /// What stands at a path, without telling it.
     long Look(const std::string& path, bool followLinks, struct stat64* result) const;
+    long LookAtCard(const std::string& host, struct stat64* result) const;
     long LookAtDevice(const std::string& path, struct stat64* result) const;
     /// Changes names or sizes on the card, or below the mount point while none is mounted.
     template <typename Change>

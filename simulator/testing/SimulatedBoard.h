@@ -40,7 +40,7 @@ class SimulatedBoard {
     sim::Scheduler& Scheduler() { return simulation_.scheduler; }
     sim::Timeline& Timeline() { return simulation_.timeline; }
     void InsertCard() { Card().Insert(); }
-    void RemoveCard() { Card().Remove(Now()); }
+    void RemoveCard() { Model().PullCard(); }
 
     Nanoseconds Now() const { return simulation_.board.Now(); }
     /// Lets board time pass.

@@ -141,13 +141,50 @@ TEST_F(APulledCard, StaysInTheMountTableAndTakesNoNewFile) {
     EXPECT_EQ(errno, ENOSPC);
 }
 
+TEST_F(APulledCard, TakesAllThatNobodyHasOpenWithIt) {
+    Store(kLogFile, "before\n");
+    const Descriptor held("/mnt/sd-card/held.csv", kAppend);
+    board.RemoveCard();
+    board.Elapse(Milliseconds(699));
+    EXPECT_EQ(OpenError(kLogFile, kAppend), 0) << "not noticed yet";
+    board.Elapse(Milliseconds(1));
+    EXPECT_EQ(Permissions(kLogFile), 0U);
+    EXPECT_EQ(OpenError(kLogFile, O_RDONLY), ENOENT);
+    EXPECT_EQ(OpenError(kLogFile, kAppend), ENOSPC);
+    EXPECT_EQ(OpenError("/mnt/sd-card/held.csv", kAppend), 0);
+    EXPECT_EQ(Permissions(kMountPoint), 0755U);
+    EXPECT_EQ(board.FileOnCard("log.csv"), "before\n");
+}
+
+TEST_F(APulledCard, IsUnmountedWhenNothingOfItIsOpen) {
+    Store(kLogFile, "before\n");
+    board.RemoveCard();
+    board.Elapse(Milliseconds(700));
+    EXPECT_EQ(UnmountCard(), 0);
+    board.InsertCard();
+    EXPECT_EQ(MountCard(), 0);
+    EXPECT_EQ(Show(kLogFile), "before\n");
+}
+
+TEST_F(APulledCard, KeepsAFileVisibleThatAWriteMetBeforeItWasMissed) {
+    Descriptor file(kLogFile, kAppend);
+    board.RemoveCard();
+    EXPECT_EQ(file.Write("lost\n"), -EIO);
+    file.Close();
+    board.Elapse(Milliseconds(700));
+    EXPECT_EQ(OpenError(kLogFile, kAppend), 0);
+    EXPECT_EQ(UnmountCard(), 0);
+}
+
 TEST_F(APulledCard, FailsTheWritesOfAnOpenFileAndUnmountsAfterIt) {
     Descriptor file(kLogFile, O_RDWR | O_CREAT);
     EXPECT_EQ(file.Write("before\n"), 7);
     board.RemoveCard();
     EXPECT_EQ(file.Write("after\n"), -EIO);
     EXPECT_EQ(file.ReadAgain(), "EIO");
+    board.Elapse(Milliseconds(700));
     EXPECT_EQ(UnmountCard(), EBUSY);
+    EXPECT_EQ(Permissions(kLogFile), 0755U);
     file.Close();
     EXPECT_EQ(UnmountCard(), 0);
     EXPECT_EQ(board.FileOnCard("log.csv"), "before\n");

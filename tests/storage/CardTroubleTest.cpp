@@ -1,6 +1,5 @@
-// Cards that are pulled, full, locked or broken, as the data log meets them. The simulated board
-// shows of a pulled card the case in which its files stay visible: open finds the day's log, and
-// only an open that has to create it finds the card gone.
+// Cards that are pulled, full, locked or broken, as the data log meets them. Of a card that was
+// pulled the day's log stays visible where it was open when the kernel noticed, and is gone else.
 
 #include "tests/storage/CardEvents.h"
 #include "tests/support/CapturedConsole.h"
@@ -34,10 +33,20 @@ TEST(PulledCard, IsUnmountedByTheNextWriteWhichAnswersTrueWithoutWriting) {
     EXPECT_EQ(board.FileBelowMountPoint(kFile), "");
 }
 
-TEST(PulledCard, WhoseLogIsOpenStaysMountedAndTakesNothing) {
+TEST(PulledCard, WhoseLogNobodyHasOpenIsUnmountedByTheNextOpening) {
     CardWithLog card;
     PullCard(card.board);
+    EXPECT_FALSE(card.log.open());
+    EXPECT_EQ(card.board.Events(), InOrder({kNoFileYet, kCardGone, kListed, kListed, kUnmounted}));
+    card.board.InsertCard();
+    LogRecord(card.log, "second\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
+}
+
+TEST(PulledCard, WhoseLogIsOpenStaysMountedAndTakesNothing) {
+    CardWithLog card;
     EXPECT_TRUE(card.log.open());
+    PullCard(card.board);
     EXPECT_FALSE(card.log.write("lost\n"));
     EXPECT_EQ(card.board.Events().back(), "umount /mnt/sd-card EBUSY");
     card.log.close();
@@ -65,7 +74,9 @@ TEST(PulledCard, PutBackAfterTheCleanUpIsMountedAndWrittenToAgain) {
 
 TEST(CardPutBackWhileMounted, LosesAllThatIsAppendedUntilSomebodyUnmountsIt) {
     CardWithLog card;
+    EXPECT_TRUE(card.log.open());
     PullCard(card.board);
+    card.log.close();
     card.board.InsertCard();
     for (int record = 0; record < 3; ++record) {
         LogRecord(card.log, "lost\n");
@@ -73,6 +84,20 @@ TEST(CardPutBackWhileMounted, LosesAllThatIsAppendedUntilSomebodyUnmountsIt) {
     }
     EXPECT_EQ(card.board.Calls("mount") + card.board.Calls("umount"), 0U);
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+    UnmountByHand(card.board);
+    LogRecord(card.log, "second\n");
+    EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
+}
+
+TEST(CardPutBackWhileMounted, TakesNoRecordThoughItsRemovalWasNeverSeen) {
+    CardWithLog card;
+    card.board.RemoveCard();
+    card.board.Elapse(sim::Milliseconds(300));
+    card.board.InsertCard();
+    card.board.Elapse(sim::Milliseconds(400));
+    EXPECT_FALSE(card.log.open());
+    EXPECT_EQ(card.board.Events(),
+              InOrder({kNoFileYet, kCardThere, kListed, {"open " + kLog + " ENOSPC"}}));
     UnmountByHand(card.board);
     LogRecord(card.log, "second\n");
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\nsecond\n");
@@ -121,6 +146,8 @@ TEST(Record, IsTakenFromAPulledCardAsLongAsTheKernelHasNotNoticed) {
     LogRecord(card.log, "lost\n");
     EXPECT_TRUE(card.log.Failed());
     EXPECT_EQ(card.board.FileOnCard(kFile), "first\n");
+    card.board.Elapse(sim::Milliseconds(200));
+    EXPECT_TRUE(card.log.open()) << "what was being written stays visible";
 }
 
 TEST(FullCard, TakesNoNewLog) {
