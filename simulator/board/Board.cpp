@@ -20,7 +20,7 @@ std::string ShortText(double number) {
 } // namespace
 
 Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime)
-    : present(setup.present), lines(setup.lines), pwm(setup.exportedChannels), card(setup.card),
+    : present(setup.present), lines(setup.lines), pwm(setup.channels), card(setup.card),
       clock(startTime), shaft(setup.pump), cell(setup.absorbances), analog(setup.analog, lines),
       flagShown_(shaft.OnFlag(0)), noise_(seed), detector_(setup.detector) {
     lines.onOutputChange = [this] { OutputsChanged(); };

@@ -55,7 +55,7 @@ struct BoardSetup {
     std::vector<std::uint32_t> converterWords;
     PumpSetup pump;
     LinesSetup lines;
-    std::vector<unsigned> exportedChannels;
+    ChannelsSetup channels;
     CardState card;
     AnalogState analog;
     std::vector<WorldEvent> events;

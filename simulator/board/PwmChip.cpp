@@ -6,6 +6,17 @@
 #include <cmath>
 
 namespace sim {
+namespace {
+
+/// What the instrument sets: light, pump at its last rate, stirrer, open valve.
+constexpr std::array<PwmOutput, PwmChip::kCount> kPrograms{{
+    {.period = 1'000'000, .duty = 300'000},
+    {.period = 625'000, .duty = 312'500},
+    {.period = 1'562'500, .duty = 781'250},
+    {.period = 1'000'000, .duty = 1'000'000},
+}};
+
+} // namespace
 
 double PwmOutput::DutyPercent() const {
     return Pulsing() ? 100.0 * static_cast<double>(duty) / static_cast<double>(period) : 0.0;
@@ -15,9 +26,13 @@ double PwmOutput::Frequency() const {
     return Pulsing() ? std::round(1e12 / static_cast<double>(period)) / 1e3 : 0.0;
 }
 
-PwmChip::PwmChip(const std::vector<unsigned>& exported) {
-    for (const unsigned channel : exported) {
+PwmChip::PwmChip(const ChannelsSetup& setup) {
+    for (const unsigned channel : setup.exported) {
+        At(channel) = kPrograms.at(channel);
         At(channel).exported = true;
+    }
+    for (const unsigned channel : setup.enabled) {
+        At(channel).enabled = true;
     }
 }
 

@@ -24,14 +24,20 @@ struct PwmOutput {
     double Frequency() const;
 };
 
+/// What an earlier run of the instrument left behind: channels with the period and duty cycle that
+/// it gives them.
+struct ChannelsSetup {
+    std::vector<unsigned> exported;
+    std::vector<unsigned> enabled; ///< of these, those that are still on
+};
+
 /// The board's PWM controller with the kernel's sysfs stores. Every operation returns 0 or an
 /// errno. A fresh channel has period 0 and refuses every write but a valid period.
 class PwmChip {
   public:
     static constexpr unsigned kCount = 4;
 
-    /// exported: channels that an earlier run left behind.
-    explicit PwmChip(const std::vector<unsigned>& exported);
+    explicit PwmChip(const ChannelsSetup& setup);
 
     /// Called after a channel's output may have changed.
     std::function<void()> onChange;

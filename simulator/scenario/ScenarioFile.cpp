@@ -199,6 +199,17 @@ void ReadAttributes(TomlTable& table, PathChanges& paths) {
     });
 }
 
+void ReadChannels(TomlTable& table, ChannelsSetup& channels) {
+    constexpr unsigned last = PwmChip::kCount - 1;
+    table.ReadIntegers("exported", channels.exported, 0, last);
+    table.ReadIntegers("enabled", channels.enabled, 0, last);
+    for (const unsigned channel : channels.enabled) {
+        if (std::ranges::count(channels.exported, channel) == 0) {
+            table.Fail("enabled", "takes channels that are exported");
+        }
+    }
+}
+
 void ReadAll(TomlTable& top, Scenario& scenario) {
     BoardSetup& board = scenario.board;
     KernelSetup& kernel = scenario.kernel;
@@ -223,9 +234,7 @@ void ReadAll(TomlTable& top, Scenario& scenario) {
     top.Table("converter", [&](TomlTable& table) {
         table.ReadIntegers("words", board.converterWords, 0, 0xFFFFFFFFLL);
     });
-    top.Table("channels", [&](TomlTable& table) {
-        table.ReadIntegers("exported", board.exportedChannels, 0, PwmChip::kCount - 1);
-    });
+    below("channels", board.channels, ReadChannels);
     below("attributes", kernel.paths, ReadAttributes);
     top.Tables("fault", [&](TomlTable& table) { ReadFault(table, kernel.faults); });
     top.Finish();

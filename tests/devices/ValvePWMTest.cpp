@@ -54,7 +54,7 @@ TEST_F(ValveBefore, TakesTheHighestFrequencyOf16Bits) {
 
 TEST_F(ValveBefore, SwitchesAChannelThatAnEarlierRunLeftBehindAndGivesItBack) {
     Scenario leftBehind;
-    leftBehind.board.exportedChannels = {3};
+    leftBehind.board.channels.exported = {3};
     NewBoard(leftBehind);
     {
         SampleValve on;

@@ -206,7 +206,7 @@ TEST(Start, ShowsWhatTheScenarioLeaves) {
     BoardSetup setup;
     setup.lines.high = {"C3"};
     setup.lines.exported = {"B15"};
-    setup.exportedChannels = {3};
+    setup.channels.exported = {3};
     setup.card.present = false;
     const BoardModel model(setup);
     EXPECT_TRUE(model.board.lines.At(2 * 32 + 3).level);

@@ -115,11 +115,23 @@ TEST_F(ChannelFiles, TheControllerTellsHowManyChannelsItHas) {
 
 TEST(ChannelsOfAnEarlierRun, AreStillExported) {
     sim::Scenario scenario;
-    scenario.board.exportedChannels = {2};
+    scenario.board.channels.exported = {2};
     scenario.board.lines.exported = {"B15"};
     SimulatedBoard board(scenario);
     EXPECT_EQ(Store(kPwmExport, "2"), EBUSY);
     EXPECT_EQ(Store(kGpioExport, "47"), EBUSY);
+}
+
+TEST(ChannelsOfAnEarlierRun, KeepPeriodDutyAndWhetherTheyAreOn) {
+    sim::Scenario scenario;
+    scenario.board.channels = {.exported = {0, 3}, .enabled = {3}};
+    SimulatedBoard board(scenario);
+    EXPECT_EQ(Show(ChannelFile(0, "period")), "1000000\n");
+    EXPECT_EQ(Show(ChannelFile(0, "duty_cycle")), "300000\n");
+    EXPECT_EQ(Show(ChannelFile(0, "enable")), "0\n");
+    EXPECT_TRUE(board.Model().ValveOpen());
+    EXPECT_EQ(Store(ChannelFile(0, "enable"), "1"), 0);
+    EXPECT_DOUBLE_EQ(board.Model().Lamp(), 1.0);
 }
 
 } // namespace

@@ -60,6 +60,7 @@ converter.words | [-1] | takes a whole number from 0 to 4294967295
 converter.words | [4294967296] | takes a whole number from 0 to 4294967295
 converter.words | 7 | takes a list in brackets
 channels.exported | [4] | takes a whole number from 0 to 3
+channels.enabled | [0] | takes channels that are exported
 channels.exported | [true] | takes a whole number from 0 to 3
 lines.exported | ["B32"] | no line is named "B32"; lines are A0 to D31
 lines.exported | ["B07"] | no line is named "B07"; lines are A0 to D31

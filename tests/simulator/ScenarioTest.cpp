@@ -92,11 +92,13 @@ TEST(Scenario, SetsLinesChannelsAndAttributes) {
     const auto [board, kernel, threadOrder] = Parse(R"(lines.exported = ["B15", "D31"]
 lines.high = ["A0"]
 channels.exported = [0, 3]
+channels.enabled = [3]
 [attributes]
 "/sys/class/pwm/pwmchip0/npwm" = "\u00ff\n")");
     EXPECT_THAT(board.lines.exported, ElementsAre("B15", "D31"));
     EXPECT_THAT(board.lines.high, ElementsAre("A0"));
-    EXPECT_THAT(board.exportedChannels, ElementsAre(0U, 3U));
+    EXPECT_THAT(board.channels.exported, ElementsAre(0U, 3U));
+    EXPECT_THAT(board.channels.enabled, ElementsAre(3U));
     EXPECT_THAT(kernel.paths.replaced,
                 ElementsAre(std::pair("/sys/class/pwm/pwmchip0/npwm", "\xc3\xbf\n")));
 }

@@ -91,6 +91,18 @@ TEST(KilledInstrument, ComplainsAtItsNextStartUnlessItWasMadeSafe) {
     EXPECT_THAT(LinesWith(run.events, "pwm0/period"), testing::IsEmpty());
 }
 
+TEST(ChannelsLeftExported, GiveTheLightThatTheyWereSetUpFor) {
+    for (const char* left : {"exported = [0]", "exported = [0, 1, 2, 3]\nenabled = [0, 1, 2, 3]"}) {
+        SCOPED_TRACE(left);
+        const RunResult run =
+            RunInstrument({.board = std::string("[channels]\n") + left + "\n", .measurements = 1});
+        EXPECT_THAT(run.errors, testing::StartsWith("already used\n"));
+        EXPECT_THAT(LinesWith(run.events, "pwm0/period"), testing::IsEmpty());
+        EXPECT_THAT(ResultLines(run.Log()), testing::ElementsAre(testing::EndsWith(
+                                                ",,,0.25,428.705,20000,3e+06,1.69578e+06")));
+    }
+}
+
 // A safe state that is killed itself has lost nothing: the next one goes on.
 TEST(KilledSafeState, IsCompletedByTheNext) {
     const std::string left = RunInstrument({.steps = 4}).left;
