@@ -11,14 +11,22 @@ namespace sim {
 Nanoseconds CallCost(std::string_view call) {
     using namespace std::string_view_literals;
     static constexpr std::array costs{
-        std::pair{"access"sv, Microseconds(12)},    std::pair{"open"sv, Microseconds(18)},
-        std::pair{"read"sv, Microseconds(8)},       std::pair{"write"sv, Microseconds(12)},
-        std::pair{"close"sv, Microseconds(4)},      std::pair{"lseek"sv, Microseconds(2)},
-        std::pair{"ioctl"sv, Microseconds(8)},      std::pair{"stat"sv, Microseconds(14)},
-        std::pair{"lstat"sv, Microseconds(14)},     std::pair{"mkdir"sv, Microseconds(200)},
-        std::pair{"mmap"sv, Microseconds(20)},      std::pair{"mount"sv, Milliseconds(45)},
-        std::pair{"umount"sv, Milliseconds(10)},    std::pair{"setmntent"sv, Microseconds(60)},
-        std::pair{"card write"sv, Milliseconds(3)}, std::pair{"pthread_create"sv, Microseconds(90)},
+        std::pair{"access"sv, Microseconds(60)},
+        std::pair{"open"sv, Microseconds(140)},
+        std::pair{"read"sv, Microseconds(80)},
+        std::pair{"write"sv, Microseconds(80)},
+        std::pair{"close"sv, Microseconds(50)},
+        std::pair{"lseek"sv, Microseconds(10)},
+        std::pair{"ioctl"sv, Microseconds(30)},
+        std::pair{"stat"sv, Microseconds(60)},
+        std::pair{"lstat"sv, Microseconds(60)},
+        std::pair{"mkdir"sv, Milliseconds(2)},
+        std::pair{"mmap"sv, Microseconds(60)},
+        std::pair{"mount"sv, Milliseconds(10)},
+        std::pair{"umount"sv, Milliseconds(5)},
+        std::pair{"setmntent"sv, Microseconds(400)},
+        std::pair{"card write"sv, Microseconds(1500)},
+        std::pair{"pthread_create"sv, Microseconds(200)},
     };
     for (const auto& [name, cost] : costs) {
         if (name == call) {

@@ -164,9 +164,9 @@ TEST(CallCosts, AreTakenWhenAskedFor) {
     options.ioCosts = true;
     SimulatedBoard board(sim::Scenario{}, options);
     ::access("/sys/class/gpio/export", F_OK);
-    EXPECT_EQ(board.Now(), Microseconds(12));
+    EXPECT_EQ(board.Now(), Microseconds(60));
     Store(kGpioExport, "7");
-    EXPECT_EQ(board.Now(), Microseconds(12 + 18 + 12 + 4));
+    EXPECT_EQ(board.Now(), Microseconds(60 + 140 + 80 + 50));
 }
 
 } // namespace
