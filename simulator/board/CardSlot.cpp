@@ -59,6 +59,21 @@ int CardSlot::Unmount(bool filesOpen) {
     }
     mounted = mountedForReading_ = stale_ = gone_ = false;
     kept_.clear();
+    cut_.clear();
+    return 0;
+}
+
+int CardSlot::Remount(bool forReadingOnly) {
+    if (!mounted) {
+        return EINVAL;
+    }
+    if (forReadingOnly && writers_ != 0) {
+        return EBUSY;
+    }
+    if (writeProtected && !forReadingOnly) {
+        return EACCES;
+    }
+    mountedForReading_ = forReadingOnly;
     return 0;
 }
 

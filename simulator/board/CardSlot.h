@@ -3,6 +3,7 @@
 #include "simulator/board/Nanoseconds.h"
 
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -44,6 +45,17 @@ class CardSlot : public CardState {
     void CloseFile(const std::string& name) { open_.extract(name); }
     /// A write met a card that was pulled: the file stays, as one that is open does.
     void KeepFile(const std::string& name) { kept_.insert(name); }
+    /// A file of a card that was pulled gets another size, which never reaches the card.
+    void CutFile(const std::string& name, std::int64_t size) { cut_[name] = size; }
+    /// Its size, which is another one on the card.
+    std::int64_t SizeOf(const std::string& name, std::int64_t onCard) const {
+        const auto cut = cut_.find(name);
+        return cut != cut_.end() ? cut->second : onCard;
+    }
+    /// Counts files of it that are open for writing.
+    void AddWriters(int count) { writers_ += count; }
+    /// The card of this mount was pulled, and the kernel has noticed.
+    bool Gone() const { return gone_; }
     /// False for a file or folder of the mounted card that went with it.
     bool Shows(std::string_view name) const;
     /// Mounted, and the card of that mount was never pulled since.
@@ -51,6 +63,8 @@ class CardSlot : public CardState {
 
     int Mount(bool forReadingOnly);
     int Unmount(bool filesOpen);
+    /// Changes whether a mounted card may be written to.
+    int Remount(bool forReadingOnly);
     /// True while the mount or the file system itself refuses writers.
     bool RefusesWriters() const { return readOnly || mountedForReading_; }
 
@@ -70,6 +84,8 @@ class CardSlot : public CardState {
     bool gone_ = false;  ///< and the kernel has noticed
     std::multiset<std::string> open_;
     std::set<std::string> kept_; ///< what stays visible then
+    std::map<std::string, std::int64_t> cut_;
+    int writers_ = 0;
     std::int64_t written_ = 0;
     Nanoseconds removedAt_ = -kRemovalNoticed;
 };

@@ -13,17 +13,24 @@ CardFile::~CardFile() {
     if (onCard_) {
         card_.CloseFile(hostPath_);
     }
+    card_.AddWriters(writes_ ? -1 : 0);
     if (host_ >= 0) {
         real::CloseOwn(host_);
     }
 }
 
 long CardFile::OpenHost(int flags, unsigned mode) {
+    if (onCard_ && (flags & O_TRUNC) != 0 && !card_.Healthy()) {
+        card_.CutFile(hostPath_, 0);
+        flags &= ~O_TRUNC;
+    }
     host_ = real::open(hostPath_.c_str(), flags | O_CLOEXEC, mode);
     if (host_ < 0) {
         return -errno;
     }
     host_ = real::MakeOwn(host_);
+    writes_ = onCard_ && (flags & O_ACCMODE) != O_RDONLY;
+    card_.AddWriters(writes_ ? 1 : 0);
     return 0;
 }
 

@@ -40,6 +40,7 @@ class CardFile : public OpenFile {
     CardSlot& card_;
     EventLog& events_;
     int host_ = -1;
+    bool writes_ = false;
 };
 
 } // namespace sim

@@ -172,6 +172,9 @@ long Kernel::Resize(int descriptor, std::int64_t length) {
     if (file->HostDescriptor() < 0) {
         return 0; // an attribute keeps its size
     }
+    if (file->OnCard() && !calls.board.card.Healthy()) {
+        return paths.Truncate(file->Path().c_str(), length);
+    }
     return SIM_REAL(ftruncate64)(file->HostDescriptor(), length) == 0 ? 0 : -errno;
 }
 
@@ -207,6 +210,9 @@ long Kernel::Entries(int descriptor, void* buffer, std::size_t size) {
     OpenFile* file = files_.Find(descriptor);
     if (const long error = calls.Admit("getdents", file->Path()); error != 0) {
         return error;
+    }
+    if (file->OnCard() && calls.board.card.Gone()) {
+        return 0;
     }
     if (file->HostDescriptor() >= 0) {
         const long moved = syscall(SYS_getdents64, file->HostDescriptor(), buffer, size);

@@ -34,6 +34,45 @@ bool KnownOptions(const std::string& options) {
     return true;
 }
 
+std::string_view WithoutSlashes(std::string_view path) {
+    return path.substr(0, path.find_last_not_of('/') + 1);
+}
+
+/// How the mount table shows the flags of a mount.
+std::string AccessText(unsigned long flags) {
+    using Flag = std::pair<unsigned long, const char*>;
+    static constexpr std::array named{
+        Flag{MS_SYNCHRONOUS, ",sync"},      Flag{MS_DIRSYNC, ",dirsync"},
+        Flag{MS_NOSUID, ",nosuid"},         Flag{MS_NODEV, ",nodev"},
+        Flag{MS_NOEXEC, ",noexec"},         Flag{MS_NOATIME, ",noatime"},
+        Flag{MS_NODIRATIME, ",nodiratime"},
+    };
+    std::string text = (flags & MS_RDONLY) != 0 ? "ro" : "rw";
+    for (const auto& [flag, name] : named) {
+        text += (flags & flag) != 0 ? name : "";
+    }
+    return text + ((flags & (MS_NOATIME | MS_STRICTATIME)) == 0 ? ",relatime" : "");
+}
+
+/// The number that statfs tells of the kind of file system mounted at a directory.
+long TypeOf(std::string_view directory) {
+    using Kind = std::pair<std::string_view, long>;
+    static constexpr std::array kinds{Kind{"/", 0x24051905}, Kind{"/proc", 0x9FA0},
+                                      Kind{"/run", 0x01021994}, Kind{kSysfs, 0x62656572},
+                                      Kind{kMountPoint, 0x4D44}};
+    const auto* const kind = std::ranges::find(kinds, directory, &Kind::first);
+    return kind != kinds.end() ? kind->second : 0;
+}
+
+/// The card's figures: its own size, or what its free space needs.
+FileSystem CardSystem(const CardSlot& card) {
+    constexpr std::int64_t block = 4096;
+    constexpr std::uint64_t blocks = 1'940'480;
+    const std::uint64_t free =
+        card.freeBytes < 0 ? 1'709'272 : static_cast<std::uint64_t>(card.freeBytes / block);
+    return {std::string(kMountPoint), block, std::max(blocks, free), free, free};
+}
+
 } // namespace
 
 long MountTable::Mount(const MountRequest& request, long source, long target) {
@@ -54,6 +93,12 @@ long MountTable::TryMount(const MountRequest& request, long source, long target)
     CardSlot& card = calls_.board.card;
     if (target < 0) {
         return target;
+    }
+    if ((request.flags & MS_REMOUNT) != 0) {
+        return Remount(request);
+    }
+    if ((request.flags & MS_BIND) != 0) {
+        return Bind(request, source, target);
     }
     if (request.type == nullptr) {
         return -EINVAL;
@@ -82,17 +127,40 @@ long MountTable::TryMount(const MountRequest& request, long source, long target)
     const bool forReadingOnly = (request.flags & MS_RDONLY) != 0;
     const int error = card.Mount(forReadingOnly);
     if (error == 0) {
-        access_ = forReadingOnly ? "ro" : "rw";
-        access_ += (request.flags & MS_SYNCHRONOUS) != 0 ? ",sync" : "";
+        access_ = AccessText(request.flags);
     }
     return -error;
+}
+
+long MountTable::Remount(const MountRequest& request) {
+    if (WithoutSlashes(request.target) != kMountPoint) {
+        return -EINVAL;
+    }
+    const int error = calls_.board.card.Remount((request.flags & MS_RDONLY) != 0);
+    if (error == 0) {
+        access_ = AccessText(request.flags);
+    }
+    return -error;
+}
+
+long MountTable::Bind(const MountRequest& request, long source, long target) const {
+    if (request.source == nullptr || *request.source == '\0') {
+        return -EINVAL;
+    }
+    if (source < 0) {
+        return source;
+    }
+    if (S_ISDIR(static_cast<unsigned>(source)) != S_ISDIR(static_cast<unsigned>(target))) {
+        return -ENOTDIR;
+    }
+    calls_.Unmodelled("mount of " + std::string(request.source) + " in a second place");
 }
 
 long MountTable::Unmount(const std::string& path, long target) {
     long error = calls_.Admit("umount", path);
     if (error == 0) {
         error = target < 0 ? target
-                : path.substr(0, path.find_last_not_of('/') + 1) != kMountPoint
+                : WithoutSlashes(path) != kMountPoint
                     ? -EINVAL
                     : -calls_.board.card.Unmount(files_.CardFileOpen());
         calls_.events.Add("umount", path, Outcome(error));
@@ -104,13 +172,21 @@ long MountTable::FileSystemStatus(const std::string& path, long standing, struct
     if (const long error = calls_.Admit("statfs", path); error != 0) {
         return error;
     }
+    if (calls_.board.card.Gone() && Within(path, kMountPoint) && standing >= 0) {
+        calls_.events.Add("statfs", path, "EIO");
+        return -EIO;
+    }
+    struct stat64 status {};
+    if (!IsBoardPath(path) && real::stat(path.c_str(), &status) == 0) {
+        standing = S_IFDIR; // of this machine, and on the board's root
+    }
     std::vector<FileSystem> known = setup_.fileSystems;
     known.push_back({"/", 4096, 49'152, 20'480, 18'432});
     known.push_back({"/proc", 4096, 0, 0, 0});
     known.push_back({std::string(kSysfs), 4096, 0, 0, 0});
     known.push_back({"/run", 4096, 14'336, 14'300, 14'300});
     if (calls_.board.card.mounted) {
-        known.push_back({std::string(kMountPoint), 4096, 1'940'480, 1'709'272, 1'709'272});
+        known.push_back(CardSystem(calls_.board.card));
     }
     const FileSystem* closest = nullptr;
     for (const FileSystem& system : known) {
@@ -125,6 +201,7 @@ long MountTable::FileSystemStatus(const std::string& path, long standing, struct
     calls_.events.Add("statfs", path, Outcome(error));
     if (closest != nullptr) {
         *result = {};
+        result->f_type = static_cast<decltype(result->f_type)>(TypeOf(closest->directory));
         result->f_bsize = static_cast<decltype(result->f_bsize)>(closest->blockSize);
         result->f_blocks = closest->blocks;
         result->f_bfree = closest->freeBlocks;
@@ -146,7 +223,7 @@ std::string MountTable::Text() const {
     }
     if (calls_.board.card.mounted) {
         text += std::string(kCardPartition) + " " + std::string(kMountPoint) + " vfat " + access_ +
-                ",relatime,fmask=0022,dmask=0022 0 0\n";
+                ",fmask=0022,dmask=0022 0 0\n";
     }
     return text;
 }

@@ -65,10 +65,12 @@ class MountTable {
     void WriteTools(const std::string& folder) const;
 
   private:
+    long Remount(const MountRequest& request);
+    long Bind(const MountRequest& request, long source, long target) const;
     long TryMount(const MountRequest& request, long source, long target);
 
     MountSetup setup_;
-    std::string access_ = "rw,sync"; ///< of the mounted card
+    std::string access_ = "rw,sync,relatime"; ///< of the mounted card
     Calls& calls_;
     const SysfsTree& tree_;
     const FileTable& files_;

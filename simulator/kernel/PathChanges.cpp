@@ -2,6 +2,7 @@
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/ErrnoNames.h"
+#include "simulator/kernel/FatNames.h"
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
@@ -19,7 +20,7 @@ long Paths::ChangeCard(const char* call, const char* path, Change change) {
     if (card.mounted && card.RefusesWriters()) {
         error = -EROFS;
     } else if (card.mounted && !card.Healthy()) {
-        calls_.Unmodelled(std::string(call) + " of " + path + ", on a card that was pulled");
+        error = card.Gone() ? -ENOENT : -EIO;
     } else {
         error = change(HostPath(path)) == 0 ? 0 : -errno;
     }
@@ -39,7 +40,8 @@ long Paths::MakeDirectory(const char* path, unsigned mode) {
     } else if (!Within(path, kMountPoint)) {
         error = tree_.Find(path).parentExists ? -EPERM : -ENOENT;
     } else {
-        error = card.mounted ? -card.CreateFile() : 0;
+        error = CheckNew(path);
+        error = error != 0 && card.mounted && !card.Healthy() ? -EIO : error;
         if (error == 0) {
             error = real::mkdir(HostPath(path).c_str(), mode) == 0 ? 0 : -errno;
         }
@@ -102,6 +104,10 @@ long Paths::Rename(const char* from, const char* to) {
     }
     if (Within(from, kMountPoint) && Within(to, kMountPoint)) {
         return ChangeCard("rename", from, [&](const std::string& host) {
+            if (card && !FatTakes(to) && Mode(from) >= 0) {
+                errno = EINVAL;
+                return -1;
+            }
             return SIM_REAL(rename)(host.c_str(), HostPath(to).c_str());
         });
     }
@@ -132,6 +138,11 @@ long Paths::Truncate(const char* path, std::int64_t length) {
     }
     if (!Within(path, kMountPoint)) {
         return 0; // an attribute keeps its size
+    }
+    CardSlot& card = calls_.board.card;
+    if (card.mounted && !card.Healthy()) { // in the kernel's memory alone
+        card.CutFile(HostPath(path), length);
+        return 0;
     }
     return ChangeCard("truncate", path, [&](const std::string& host) {
         return SIM_REAL(truncate64)(host.c_str(), length);

@@ -3,6 +3,7 @@
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/CardFile.h"
 #include "simulator/kernel/ErrnoNames.h"
+#include "simulator/kernel/FatNames.h"
 #include "simulator/kernel/TextFile.h"
 #include "simulator/libc/Real.h"
 
@@ -146,14 +147,21 @@ long Paths::OpenAttribute(const std::string& path, int flags, std::unique_ptr<Op
     return 0;
 }
 
+long Paths::CheckNew(const std::string& path) const {
+    const CardSlot& card = calls_.board.card;
+    if (!card.mounted) {
+        return 0;
+    }
+    return card.RefusesWriters() ? -EROFS : FatTakes(path) ? -card.CreateFile() : -EINVAL;
+}
+
 long Paths::OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     const std::string host = HostPath(path);
     const bool onCard = calls_.board.card.mounted;
     const long standing = Mode(path);
     if (onCard && standing == -ENOENT) {
-        const int error = (flags & O_CREAT) != 0 ? calls_.board.card.CreateFile() : ENOENT;
-        if (error != 0) {
-            return -error;
+        if (const long error = (flags & O_CREAT) != 0 ? CheckNew(path) : -ENOENT; error != 0) {
+            return error;
         }
     }
     if (onCard && standing >= 0 && Writes(flags)) {

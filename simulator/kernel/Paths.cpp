@@ -2,17 +2,35 @@
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/kernel/ErrnoNames.h"
+#include "simulator/kernel/FatNames.h"
 #include "simulator/libc/Real.h"
 
 #include <cerrno>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace sim {
 namespace {
 
-long Fill(struct stat64* result, unsigned mode, std::int64_t size = 0) {
+constexpr unsigned kSysfsDevice = 22; // anonymous ones, as the kernel numbers them
+constexpr unsigned kDevicesDevice = 6;
+constexpr unsigned kCardMajor = 179;
+
+/// A number for each path, the same on every machine.
+std::uint32_t InodeOf(std::string_view path) {
+    std::uint32_t hash = 2166136261U;
+    for (const char c : path.substr(0, path.find_last_not_of('/') + 1)) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+    }
+    return hash;
+}
+
+long Fill(struct stat64* result, std::string_view path, unsigned mode, std::int64_t size = 0) {
     *result = {};
     result->st_mode = mode;
+    result->st_ino = InodeOf(path);
+    result->st_dev = makedev(0, Within(path, kSysfs) ? kSysfsDevice : kDevicesDevice);
+    result->st_blksize = kAttributeSize;
     result->st_nlink = 1;
     result->st_size = static_cast<decltype(result->st_size)>(size);
     return 0;
@@ -21,6 +39,7 @@ long Fill(struct stat64* result, unsigned mode, std::int64_t size = 0) {
 /// Every file of a mounted card shows the permissions that the mount gave.
 long AsOnVfat(struct stat64* status) {
     status->st_mode = (status->st_mode & S_IFMT) | 0755U;
+    status->st_dev = makedev(kCardMajor, 1);
     return 0;
 }
 
@@ -41,8 +60,9 @@ std::string Paths::MountPointFolder() const {
 }
 
 std::string Paths::HostPath(const std::string& path) const {
-    return (calls_.board.card.mounted ? CardFolder() : MountPointFolder()) +
-           path.substr(kMountPoint.size());
+    const std::string_view below = std::string_view(path).substr(kMountPoint.size());
+    return calls_.board.card.mounted ? FindOnFat(CardFolder(), below)
+                                     : MountPointFolder() + std::string(below);
 }
 
 long Paths::Access(const char* path, int wanted) {
@@ -96,7 +116,7 @@ long Paths::Look(const std::string& path, bool followLinks, struct stat64* resul
     if (Within(path, kSysfs)) {
         const SysfsNode node = tree_.Find(path);
         const bool attribute = node.kind == SysfsNode::Kind::Attribute;
-        Fill(result, node.Mode(followLinks), attribute ? kAttributeSize : 0);
+        Fill(result, path, node.Mode(followLinks), attribute ? kAttributeSize : 0);
         return -node.Error();
     }
     if (tree_.TakenAway(path)) {
@@ -113,31 +133,37 @@ long Paths::Look(const std::string& path, bool followLinks, struct stat64* resul
 
 long Paths::LookAtCard(const std::string& host, struct stat64* result) const {
     const CardSlot& card = calls_.board.card;
-    if (card.mounted && host != CardFolder() && !card.Shows(host)) {
+    const std::string name = host.substr(0, host.find_last_not_of('/') + 1);
+    if (card.mounted && name != CardFolder() && !card.Shows(name)) {
         return -ENOENT;
     }
     if (real::stat(host.c_str(), result) != 0) {
         return -errno;
     }
-    return card.mounted ? AsOnVfat(result) : 0;
+    if (!card.mounted) {
+        return 0;
+    }
+    result->st_size = static_cast<decltype(result->st_size)>(card.SizeOf(name, result->st_size));
+    return AsOnVfat(result);
 }
 
 long Paths::LookAtDevice(const std::string& path, struct stat64* result) const {
     const CardSlot& card = calls_.board.card;
     const bool listed = card.Listed(calls_.board.Now());
-    const auto stands = [&](std::string_view name, unsigned mode, bool there, long& error) {
+    long error = -ENOENT;
+    const auto stands = [&](std::string_view name, unsigned mode, bool there, dev_t number) {
         if (Within(path, name)) {
-            Fill(result, mode);
+            Fill(result, path, mode);
+            result->st_rdev = number;
             error = !there ? -ENOENT : path != name ? -ENOTDIR : 0;
         }
     };
-    long error = -ENOENT;
-    stands(kCardDevice, S_IFBLK | 0660U, listed, error);
-    stands(kCardPartition, S_IFBLK | 0660U, listed && card.partitioned, error);
-    stands(kMountTable, S_IFREG | 0444U, mounts_.Present(), error);
-    stands(kMountInformation, S_IFREG | 0444U, true, error);
-    stands(kMemoryDevice, S_IFCHR | 0600U, calls_.board.present, error);
-    stands(kSpiDevice, S_IFCHR | 0600U, calls_.board.present, error);
+    stands(kCardDevice, S_IFBLK | 0660U, listed, makedev(kCardMajor, 0));
+    stands(kCardPartition, S_IFBLK | 0660U, listed && card.partitioned, makedev(kCardMajor, 1));
+    stands(kMountTable, S_IFREG | 0444U, mounts_.Present(), 0);
+    stands(kMountInformation, S_IFREG | 0444U, true, 0);
+    stands(kMemoryDevice, S_IFCHR | 0600U, calls_.board.present, makedev(1, 1));
+    stands(kSpiDevice, S_IFCHR | 0600U, calls_.board.present, makedev(153, 0));
     return error;
 }
 
@@ -145,8 +171,11 @@ long Paths::StatusOf(const OpenFile& file, struct stat64* result) {
     if (const long error = calls_.Admit("fstat", file.Path()); error != 0) {
         return error;
     }
+    if (Within(file.Path(), kDevices)) {
+        return LookAtDevice(file.Path(), result);
+    }
     if (file.HostDescriptor() < 0) {
-        return Fill(result, file.Mode());
+        return Fill(result, file.Path(), file.Mode(), S_ISREG(file.Mode()) ? kAttributeSize : 0);
     }
     if (real::DescriptorStatus(file.HostDescriptor(), result) != 0) {
         return -errno;

@@ -52,6 +52,8 @@ class Paths {
     long OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     std::string HostPath(const std::string& path) const;
+    /// 0 or the negated errno of making something new below the mount point.
+    long CheckNew(const std::string& path) const;
     /// What stands at a path, without telling it.
     long Look(const std::string& path, bool followLinks, struct stat64* result) const;
     long LookAtCard(const std::string& host, struct stat64* result) const;

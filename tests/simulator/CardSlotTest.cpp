@@ -9,6 +9,8 @@
 #include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
+#include <unistd.h>
 
 namespace tavrelin {
 namespace {
@@ -138,7 +140,7 @@ TEST_F(APulledCard, StaysInTheMountTableAndTakesNoNewFile) {
     EXPECT_THAT(board.Kernel().mounts.Text(), testing::HasSubstr(kMountPoint));
     EXPECT_EQ(OpenError(kLogFile, kAppend), ENOSPC);
     EXPECT_EQ(::mkdir("/mnt/sd-card/folder", 0755), -1);
-    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_EQ(errno, EIO);
 }
 
 TEST_F(APulledCard, TakesAllThatNobodyHasOpenWithIt) {
@@ -174,6 +176,17 @@ TEST_F(APulledCard, KeepsAFileVisibleThatAWriteMetBeforeItWasMissed) {
     board.Elapse(Milliseconds(700));
     EXPECT_EQ(OpenError(kLogFile, kAppend), 0);
     EXPECT_EQ(UnmountCard(), 0);
+}
+
+TEST_F(APulledCard, IsNotCutShortByWhatTheKernelStillHoldsOfIt) {
+    Descriptor file(kLogFile, kAppend);
+    EXPECT_EQ(file.Write("before\n"), 7);
+    board.RemoveCard();
+    EXPECT_EQ(OpenError(kLogFile, O_WRONLY | O_TRUNC), 0);
+    EXPECT_EQ(::ftruncate(file.Number(), 0), 0);
+    file.Close();
+    EXPECT_EQ(UnmountCard(), 0);
+    EXPECT_EQ(board.FileOnCard("log.csv"), "before\n");
 }
 
 TEST_F(APulledCard, FailsTheWritesOfAnOpenFileAndUnmountsAfterIt) {
@@ -217,6 +230,13 @@ TEST_F(AFullCard, RefusesTheWriteThatDoesNotFit) {
     EXPECT_EQ(file.Write("two"), 3);
     EXPECT_EQ(OpenError("/mnt/sd-card/new.csv", kAppend), ENOSPC);
     EXPECT_EQ(board.FileOnCard("log.csv"), "sixbytetwo");
+}
+
+TEST_F(AFullCard, TellsTheFreeSpaceOfTheScenario) {
+    board.Card().freeBytes = 65536;
+    struct statfs system {};
+    EXPECT_EQ(::statfs(kMountPoint, &system), 0);
+    EXPECT_EQ(system.f_bavail * static_cast<std::uint64_t>(system.f_bsize), 65536U);
 }
 
 TEST_F(AReadOnlyCard, IsReadAndNotWritten) {

@@ -55,7 +55,7 @@ std::string Caller::Make(Words words) {
     if (call == "peek" || call == "poke") {
         return Register(call, words);
     }
-    if (call == "rename") {
+    if (call == "rename" || call == "same") {
         words[2] = Path(words[2]);
     }
     if (!IsCallOnDescriptor(call)) {

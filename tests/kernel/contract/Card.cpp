@@ -100,7 +100,33 @@ access /mnt/sd-card w                   -> EROFS
 access /mnt/sd-card r+x                 -> ok
 unlink /mnt/sd-card/new.txt             -> EROFS
 mount /dev/mmcblk0p1 /mnt/sd-card vfat sync "" -> EBUSY
+
+# Mounted anew where it is. The options are not looked at.
+mount null /mnt/sd-card null remount nonsense -> ok
+table /mnt/sd-card                      -> /dev/mmcblk0p1 vfat rw,relatime*
+d = open /mnt/sd-card/new.txt wr+creat  -> ok
+mount null /mnt/sd-card null remount+ro "" -> EBUSY
+close d                                 -> ok
+mount null /mnt/sd-card null remount+ro "" -> ok
+table /mnt/sd-card                      -> /dev/mmcblk0p1 vfat ro,relatime*
+unlink /mnt/sd-card/new.txt             -> EROFS
+mount null /mnt/sd-card null remount+sync "" -> ok
+table /mnt/sd-card                      -> /dev/mmcblk0p1 vfat rw,sync,relatime*
+unlink /mnt/sd-card/new.txt             -> ok
+mkdir /mnt/sd-card/folder               -> ok
+mount null /mnt/sd-card/folder null remount "" -> EINVAL
+type /mnt/sd-card                       -> vfat
+type /mnt/sd-card/folder                -> vfat
+statfs /mnt/sd-card/nothing             -> ENOENT
+same /mnt/sd-card /mnt/sd-card/         -> same
+same /mnt/sd-card /mnt/sd-card/folder   -> another
+rmdir /mnt/sd-card/folder               -> ok
 umount /mnt/sd-card                     -> ok
+mount null /mnt/sd-card null remount "" -> EINVAL
+mount null /mnt/nowhere null remount "" -> ENOENT
+mount /mnt/nothing /mnt/sd-card null bind "" -> ENOENT
+mount null /mnt/sd-card null bind ""    -> EINVAL
+mount /dev/mmcblk0p1 /mnt/sd-card null bind "" -> ENOTDIR
 
 # The options are looked at when the rest is right.
 mount /dev/mmcblk0p1 /mnt/sd-card vfat none "" -> ok
@@ -110,6 +136,9 @@ umount /mnt/sd-card                     -> ok
 mount /dev/mmcblk0p1 /mnt/sd-card vfat sync quiet,shortname=mixed -> ok
 umount /mnt/sd-card                     -> ok
 mount /dev/mmcblk0p1 /mnt/sd-card vfat sync quiet,nonsense=1 -> EINVAL
+mount /dev/mmcblk0p1 /mnt/sd-card vfat sync+nosuid+noexec+noatime "" -> ok
+table /mnt/sd-card                      -> /dev/mmcblk0p1 vfat rw,sync,nosuid,noexec,noatime,fmask=0022*
+umount /mnt/sd-card                     -> ok
 mount /dev/mmcblk0p1 /mnt/sd-card/ vfat sync "" -> ok
 umount /mnt/sd-card/                    -> ok
 )";

@@ -14,8 +14,10 @@ namespace contract {
 ///     show PATH, store PATH TEXT open, read or write once, close; "open: ERROR" when that failed
 ///     stream PATH TEXT           the same by a C++ stream: "no stream" or "no flush" on a failure
 ///     stat PATH, lstat PATH      type and permissions; size PATH, access PATH f|r|w|x, statfs
-///                                PATH, list PATH NAME ("there" or "missing"), mkdir, rmdir,
-///                                unlink, rename PATH TO, truncate PATH SIZE, readlink
+///                                PATH, type PATH (of the file system), device PATH (a node's
+///                                number), same PATH PATH ("another" for two files), list PATH
+///                                NAME ("there" or "missing"), mkdir, rmdir, unlink, rename PATH
+///                                TO, truncate PATH SIZE, readlink
 ///     ioctl NAME REQUEST VALUE   a RD request gives its value
 ///     message NAME RECORD...     SPI_IOC_MESSAGE of records both:2, tx:2, rx:2 or none:2 bytes,
 ///                                and, after a slash, bits per word; "x 64" repeats the last
@@ -40,6 +42,8 @@ extern const char kAnalog[];
 extern const char kMemory[];
 extern const char kCard[];
 extern const char kCardFiles[];
+extern const char kCardNames[];
+extern const char kPulled[];
 extern const char kNoCard[];
 extern const char kNoFat[];
 extern const char kNoPartition[];

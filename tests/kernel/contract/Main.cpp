@@ -22,6 +22,8 @@ constexpr std::array kGroups{
     Group{"memory", kMemory},
     Group{"card", kCard},
     Group{"card-files", kCardFiles},
+    Group{"card-names", kCardNames},
+    Group{"pulled", kPulled, false},
     Group{"no-card", kNoCard, false},
     Group{"no-fat", kNoFat, false},
     Group{"no-partition", kNoPartition, false},

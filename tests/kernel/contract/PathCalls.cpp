@@ -6,6 +6,7 @@
 #include <fstream>
 #include <mntent.h>
 #include <sys/mount.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -15,8 +16,11 @@ namespace {
 using Path = const std::string&;
 
 constexpr std::array kModes{Name{"f", F_OK}, Name{"r", R_OK}, Name{"w", W_OK}, Name{"x", X_OK}};
-constexpr std::array kMountFlags{Name{"sync", static_cast<int>(MS_SYNCHRONOUS)},
-                                 Name{"ro", static_cast<int>(MS_RDONLY)}, Name{"none", 0}};
+constexpr std::array kMountFlags{
+    Name{"sync", static_cast<int>(MS_SYNCHRONOUS)}, Name{"ro", static_cast<int>(MS_RDONLY)},
+    Name{"remount", static_cast<int>(MS_REMOUNT)},  Name{"nosuid", static_cast<int>(MS_NOSUID)},
+    Name{"noexec", static_cast<int>(MS_NOEXEC)},    Name{"noatime", static_cast<int>(MS_NOATIME)},
+    Name{"bind", static_cast<int>(MS_BIND)},        Name{"none", 0}};
 
 std::string Show(Path path, const Words& /*unused*/) {
     const int file = open(path.c_str(), O_RDONLY);
@@ -65,6 +69,38 @@ std::string Size(Path path, const Words& /*unused*/) {
     struct stat status {};
     const int result = stat(path.c_str(), &status);
     return result == 0 ? Amount(status.st_size) : Outcome(result);
+}
+
+std::string Device(Path path, const Words& /*unused*/) {
+    struct stat status {};
+    const int result = stat(path.c_str(), &status);
+    return result == 0
+               ? std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev))
+               : Outcome(result);
+}
+
+std::string Same(Path path, const Words& words) {
+    struct stat one {};
+    struct stat other {};
+    if (stat(path.c_str(), &one) != 0 || stat(words[2].c_str(), &other) != 0) {
+        return Outcome(-1);
+    }
+    return one.st_ino == other.st_ino && one.st_dev == other.st_dev ? "same" : "another";
+}
+
+std::string FileSystemType(Path path, const Words& /*unused*/) {
+    constexpr std::array types{Name{"sysfs", 0x62656572}, Name{"vfat", 0x4D44},
+                               Name{"proc", 0x9FA0}, Name{"tmpfs", 0x01021994}};
+    struct statfs system {};
+    if (statfs(path.c_str(), &system) != 0) {
+        return Outcome(-1);
+    }
+    for (const auto& [name, type] : types) {
+        if (system.f_type == type) {
+            return std::string(name);
+        }
+    }
+    return "another";
 }
 
 std::string FileSystem(Path path, const Words& /*unused*/) {
@@ -129,6 +165,9 @@ constexpr std::array kCalls{
     Call{"lstat", LinkStat},
     Call{"size", Size},
     Call{"statfs", FileSystem},
+    Call{"type", FileSystemType},
+    Call{"device", Device},
+    Call{"same", Same},
     Call{"list", List},
     Call{"readlink", ReadLink},
     Call{"table", Table},
