@@ -24,12 +24,17 @@ bool IsBoardPath(std::string_view path) {
         const std::string plain = std::filesystem::path(path).lexically_normal().string();
         return IsPlainPath(plain) && IsBoardPath(plain);
     }
+    return Within(path, kClasses) || Within(path, kBuses) || Within(path, kBlocks) ||
+           IsDevicePath(path);
+}
+
+bool IsDevicePath(std::string_view path) {
     return std::any_of(kFolders.begin(), kFolders.end(),
                        [&](std::string_view folder) { return Within(path, folder); });
 }
 
-bool BeginsBoardPath(std::string_view beginning) {
-    return IsBoardPath(beginning) ||
+bool BeginsDevicePath(std::string_view beginning) {
+    return IsDevicePath(beginning) ||
            std::any_of(kFolders.begin(), kFolders.end(), [&](std::string_view folder) {
                return folder.substr(0, beginning.size()) == beginning;
            });

@@ -51,6 +51,7 @@ int Unsigned(std::string_view text, Number& number) {
 } // namespace
 
 std::string_view WithoutNewline(std::string_view text) {
+    text = text.substr(0, text.find('\0'));
     if (!text.empty() && text.back() == '\n') {
         text.remove_suffix(1);
     }

@@ -5,7 +5,7 @@
 
 namespace sim {
 
-/// The text without the one newline at its end that the kernel's stores allow.
+/// The text up to a NUL, without the one newline at its end that the kernel's stores allow.
 std::string_view WithoutNewline(std::string_view text);
 
 /// Reads a number as the kernel's stores do: a plus sign or, for a signed kind, a minus sign; then

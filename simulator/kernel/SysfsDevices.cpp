@@ -2,6 +2,10 @@
 
 #include "simulator/kernel/SysfsTree.h"
 
+#include "simulator/board/KernelNumber.h"
+
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace sim {
@@ -50,7 +54,43 @@ SysfsNode SysfsTree::Card(std::string_view rest) const {
     if (rest.empty()) {
         return SysfsNode::Directory(true);
     }
-    return rest == "mmcblk0p1" && card.partitioned ? SysfsNode::Directory() : SysfsNode();
+    const auto [folder, name] = SplitAtSlash(rest);
+    const bool ofPartition = folder == "mmcblk0p1" && card.partitioned;
+    if (ofPartition && name.empty()) {
+        return SysfsNode::Directory();
+    }
+    const std::string_view attribute = ofPartition ? name : rest;
+    const std::string minor = ofPartition ? "1" : "0";
+    if (attribute == "dev") {
+        return Text("179:" + minor);
+    }
+    if (attribute == "ro") {
+        return Text(card.writeProtected ? "1" : "0");
+    }
+    if (attribute == (ofPartition ? "partition" : "removable")) {
+        return Text(minor);
+    }
+    return OfEveryDevice(attribute, "MAJOR=179\nMINOR=" + minor + "\nDEVNAME=mmcblk0" +
+                                        (ofPartition ? "p1\nDEVTYPE=partition\nDISKSEQ=1\nPARTN=1\n"
+                                                     : "\nDEVTYPE=disk\nDISKSEQ=1\n"));
+}
+
+SysfsNode SysfsTree::OfEveryDevice(std::string_view name, const std::string& uevent) {
+    if (name == "uevent") {
+        return Attribute([uevent] { return uevent; },
+                         [](std::string_view text) {
+                             using namespace std::string_view_literals;
+                             static constexpr std::array actions{"add"sv,  "remove"sv, "change"sv,
+                                                                 "move"sv, "online"sv, "offline"sv,
+                                                                 "bind"sv, "unbind"sv};
+                             const auto word = WithoutNewline(text);
+                             return std::ranges::count(actions, word) != 0 ? 0 : EINVAL;
+                         });
+    }
+    if (name == "power") {
+        return SysfsNode::Directory();
+    }
+    return name == "subsystem" || name == "device" ? SysfsNode::Directory(true) : SysfsNode();
 }
 
 SysfsNode SysfsTree::Gpio(std::string_view rest) const {
@@ -88,7 +128,7 @@ SysfsNode SysfsTree::GpioChip(std::string_view name) {
     if (name == "ngpio") {
         return Text(std::to_string(Lines::kCount));
     }
-    return name == "label" ? Text("pio") : SysfsNode();
+    return name == "label" ? Text("pio") : OfEveryDevice(name);
 }
 
 SysfsNode SysfsTree::GpioAttribute(unsigned line, std::string_view name) const {
@@ -106,7 +146,7 @@ SysfsNode SysfsTree::GpioAttribute(unsigned line, std::string_view name) const {
         node.line = line;
         return node;
     }
-    return {};
+    return OfEveryDevice(name);
 }
 
 SysfsNode SysfsTree::Pwm(std::string_view rest) const {
@@ -127,7 +167,10 @@ SysfsNode SysfsTree::Pwm(std::string_view rest) const {
     const bool proper = folder.size() == 4 && folder.substr(0, 3) == "pwm" && folder[3] >= '0' &&
                         folder[3] < static_cast<char>('0' + PwmChip::kCount);
     const unsigned channel = proper ? static_cast<unsigned>(folder[3] - '0') : 0;
-    if (!proper || !chip.At(channel).exported) {
+    if (!proper) {
+        return OfEveryDevice(rest);
+    }
+    if (!chip.At(channel).exported) {
         return {};
     }
     SysfsNode node = name.empty() ? SysfsNode::Directory() : PwmAttribute(channel, name);
@@ -156,7 +199,7 @@ SysfsNode SysfsTree::PwmAttribute(unsigned channel, std::string_view name) const
         node.showError = ENOSYS;
         return node;
     }
-    return {};
+    return name == "uevent" || name == "power" ? OfEveryDevice(name) : SysfsNode();
 }
 
 SysfsNode SysfsTree::Converter(std::string_view rest) const {
@@ -175,7 +218,7 @@ SysfsNode SysfsTree::Converter(std::string_view rest) const {
                 [&analog, input] { return std::to_string(analog.RawCount(input)) + "\n"; }, refuse);
         }
     }
-    return {};
+    return OfEveryDevice(rest, "DEVTYPE=iio_device\n");
 }
 
 } // namespace sim

@@ -91,7 +91,9 @@ std::vector<std::string> SysfsTree::Names(const std::string& directory) const {
           "ngpio",    "direction", "value",     "edge",        "active_low",
           "pwmchip0", "npwm",      "period",    "duty_cycle",  "enable",
           "polarity", "capture",   "devices",   "iio:device0", "in_voltage_scale",
-          "mmcblk0p1"}) {
+          "mmcblk0",  "mmcblk0p1", "gpio",      "pwm",         "iio",
+          "uevent",   "subsystem", "device",    "power",       "dev",
+          "ro",       "removable", "partition"}) {
         offer(name);
     }
     for (unsigned line = 0; line < Lines::kCount; ++line) {
@@ -112,6 +114,9 @@ bool SysfsTree::TakenAway(std::string_view path) const {
 }
 
 SysfsNode SysfsTree::LookUp(std::string_view path) const {
+    if (path == kClasses || path == kBuses || path == kBlocks) {
+        return SysfsNode::Directory();
+    }
     if (!board_.present) {
         return {};
     }

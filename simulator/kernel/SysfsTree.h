@@ -77,6 +77,8 @@ class SysfsTree {
     SysfsNode LookUp(std::string_view path) const;
     SysfsNode Gpio(std::string_view rest) const;
     static SysfsNode GpioChip(std::string_view name);
+    /// What the kernel gives every device, and its text for "uevent".
+    static SysfsNode OfEveryDevice(std::string_view name, const std::string& uevent = "");
     SysfsNode GpioAttribute(unsigned line, std::string_view name) const;
     SysfsNode Pwm(std::string_view rest) const;
     SysfsNode PwmAttribute(unsigned channel, std::string_view name) const;

@@ -65,8 +65,8 @@ void ReadCall(TomlTable& table, Fault& fault) {
         table.Fail("path", "the call " + fault.call + " has no path");
     } else if (fault.call != kOnAnyPath && !fault.path.empty()) {
         const bool open = fault.path.back() == '*';
-        const bool known = open ? BeginsBoardPath(fault.path.substr(0, fault.path.size() - 1))
-                                : IsBoardPath(fault.path);
+        const bool known = open ? BeginsDevicePath(fault.path.substr(0, fault.path.size() - 1))
+                                : IsDevicePath(fault.path);
         if (!known || !IsPlainPath(fault.path)) {
             table.Fail("path", "no path of the board; takes one such as \"/sys/class/gpio/export\" "
                                "or, for all that begin so, \"/sys/class/gpio/*\"");

@@ -176,7 +176,7 @@ void ReadAdc(TomlTable& table, BoardSetup& board) {
 /// folder: where on the board the path lies.
 void CheckBoardPath(TomlTable& table, std::string_view key, const std::string& path,
                     std::string_view folder) {
-    if (!IsPlainPath(path) || !IsBoardPath(path) || !Within(path, folder)) {
+    if (!IsPlainPath(path) || !IsDevicePath(path) || !Within(path, folder)) {
         table.Fail(key, "\"" + path +
                             "\" is no path of the board; takes one such as "
                             "\"/sys/class/gpio/pioB18/value\"");

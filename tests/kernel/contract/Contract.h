@@ -43,6 +43,7 @@ extern const char kMemory[];
 extern const char kCard[];
 extern const char kCardFiles[];
 extern const char kCardNames[];
+extern const char kFolders[];
 extern const char kPulled[];
 extern const char kNoCard[];
 extern const char kNoFat[];

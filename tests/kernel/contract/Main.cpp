@@ -23,6 +23,7 @@ constexpr std::array kGroups{
     Group{"card", kCard},
     Group{"card-files", kCardFiles},
     Group{"card-names", kCardNames},
+    Group{"folders", kFolders},
     Group{"pulled", kPulled, false},
     Group{"no-card", kNoCard, false},
     Group{"no-fat", kNoFat, false},
