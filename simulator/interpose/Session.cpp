@@ -186,7 +186,9 @@ Shared* MapShared(int descriptor) {
     _exit(EXIT_FAILURE);
 }
 
-__attribute__((constructor)) void ArmInTheNamedProgram() {
+/// Comes before the C library's own constructor, which would set its environment.
+__attribute__((constructor)) void ArmInTheNamedProgram(int, char**, char** environment) {
+    environ = environment;
     const char* text = std::getenv(kRunVariable);
     if (text == nullptr) {
         return;
@@ -198,6 +200,9 @@ __attribute__((constructor)) void ArmInTheNamedProgram() {
     // What the program starts in turn is none of ours.
     unsetenv(kRunVariable);
     unsetenv("LD_PRELOAD");
+    if (request->libraryDescriptor >= 0) {
+        real::close(request->libraryDescriptor);
+    }
     auto* report = MapShared<RunReport>(request->reportDescriptor);
     const bool served = request->liveDescriptor >= 0;
     auto* live = served ? MapShared<LiveLink>(request->liveDescriptor) : nullptr;

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <link.h>
 #include <sstream>
+#include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
 
@@ -40,7 +42,7 @@ std::string LookUp(const std::string& name) {
 struct Executable {
     ElfW(Ehdr) header{};
     bool read = false;
-    bool dynamic = false;
+    std::string loader; ///< that loads its libraries; empty for a static one
 };
 
 Executable ReadExecutable(const std::string& path) {
@@ -51,13 +53,27 @@ Executable ReadExecutable(const std::string& path) {
     if (!result.read) {
         return result;
     }
+    ElfW(Phdr) segment{};
     file.seekg(static_cast<std::streamoff>(result.header.e_phoff));
-    for (unsigned i = 0; i < result.header.e_phnum && file.good(); ++i) {
-        ElfW(Phdr) segment{};
+    for (unsigned i = 0; i < result.header.e_phnum && segment.p_type != PT_INTERP; ++i) {
         file.read(reinterpret_cast<char*>(&segment), sizeof segment);
-        result.dynamic = result.dynamic || (file.good() && segment.p_type == PT_INTERP);
+    }
+    if (file.good() && segment.p_type == PT_INTERP) {
+        file.seekg(static_cast<std::streamoff>(segment.p_offset));
+        std::getline(file, result.loader, '\0');
     }
     return result;
+}
+
+/// True for a program that the kernel starts with rights beyond the caller's: its loader then takes
+/// no library from the environment.
+bool RaisesRights(const std::string& path) {
+    struct stat status {};
+    stat(path.c_str(), &status);
+    const bool user = (status.st_mode & S_ISUID) != 0 && status.st_uid != getuid();
+    const bool group = (status.st_mode & S_ISGID) != 0 && status.st_gid != getgid();
+    return user || group ||
+           (getuid() != 0 && getxattr(path.c_str(), "security.capability", nullptr, 0) > 0);
 }
 
 std::string WhyNotFound(const std::string& name) {
@@ -91,8 +107,14 @@ ProgramFile FindProgram(const std::string& name) {
     } else if (executable.header.e_ident[EI_CLASS] != own.header.e_ident[EI_CLASS] ||
                executable.header.e_machine != own.header.e_machine) {
         program.problem = name + ": built for another machine than this simulate";
-    } else if (!executable.dynamic) {
+    } else if (executable.loader.empty()) {
         program.problem = name + ": statically linked, the simulated board cannot stand under it";
+    } else if (executable.loader != own.loader) {
+        program.problem = name + ": loaded by " + executable.loader + ", not by this simulate's " +
+                          own.loader + ", so the simulated board cannot stand under it";
+    } else if (RaisesRights(resolved)) {
+        program.problem = name + ": starts with another's rights (set-user-ID, set-group-ID or "
+                                 "capabilities), which keeps the simulated board out";
     }
     return program;
 }

@@ -10,8 +10,9 @@ struct ProgramFile {
     std::string problem; ///< why it cannot be run, or not on the simulated board
 };
 
-/// A static program, a script or one for another machine ignores a preloaded library in silence and
-/// would touch this machine's own devices: it is told apart here, before it runs.
+/// A static program, a script, one for another machine or loader, or one that raises its rights
+/// ignores a preloaded library in silence and would touch this machine's own devices: it is told
+/// apart here, before it runs.
 ProgramFile FindProgram(const std::string& name);
 
 } // namespace sim

@@ -7,6 +7,9 @@
 namespace sim {
 namespace {
 
+/// What the dynamic loader ends with when a library is missing.
+constexpr int kNotLoaded = 127;
+
 std::string Moment(const RunReport& report) {
     char time[48];
     std::snprintf(time, sizeof time, ", at %.3f s of board time",
@@ -83,7 +86,10 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
     if (report.armed == 0) {
         return MakeOutcome(
             ExitStatus::NotArmed, "not armed",
-            "the simulated board did not get under the program; it ran on this machine itself");
+            end.value == kNotLoaded
+                ? "the program's loader could not start it"
+                : "the simulated board did not get under the program; it ran on this machine "
+                  "itself");
     }
     return JudgeExit(end.value, report);
 }

@@ -1,5 +1,6 @@
 // simulate: runs a program on the simulated instrument board.
 
+#include "simulator/launcher/BoardLibrary.h"
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
 #include "simulator/launcher/ProgramFile.h"
@@ -37,17 +38,6 @@ int Refuse(ExitStatus status, const std::string& line) {
     return static_cast<int>(status);
 }
 
-/// A place beside the folder of this program.
-std::string Beside(const char* place) {
-    std::error_code error;
-    const fs::path own = fs::canonical("/proc/self/exe", error);
-    return (own.parent_path().parent_path() / place).string();
-}
-
-std::string LibraryPath() {
-    return Beside("lib/libsimulated-board.so");
-}
-
 /// The page shared with the program, behind a descriptor that the program inherits.
 struct SharedReport {
     SharedReport() : descriptor(memfd_create("run-report", 0)) {
@@ -72,11 +62,13 @@ std::pair<std::string, std::string> SanitizerOptions(const char* name, const std
 }
 
 sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& program,
-                             const std::string& root, int report, const sim::Bench* bench) {
+                             const std::string& root, int report, const sim::Bench* bench,
+                             const sim::BoardLibrary& library) {
     sim::RunRequest request;
     request.program = program;
     request.reportDescriptor = report;
     request.liveDescriptor = bench != nullptr ? bench->Descriptor() : -1;
+    request.libraryDescriptor = library.Descriptor();
     request.scenarioFile = options.scenarioFile;
     std::error_code error;
     request.options = options.run;
@@ -94,7 +86,7 @@ sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& 
     command.path = program;
     command.arguments = options.program;
     command.realTimeLimit = options.realTime;
-    command.environment = {{"LD_PRELOAD", LibraryPath()},
+    command.environment = {{"LD_PRELOAD", library.LoaderName()},
                            {sim::kRunVariable, Encode(request)},
                            {"TZ", "UTC"},
                            SanitizerOptions("ASAN_OPTIONS", "verify_asan_link_order=0"),
@@ -185,7 +177,7 @@ std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std:
     std::ifstream scenario(options.scenarioFile);
     return std::make_unique<sim::Bench>(
         sim::BenchSetup{*options.servePort,
-                        Beside("share/tavrelin/bench"),
+                        sim::Beside("share/tavrelin/bench"),
                         root + "/card",
                         {std::istreambuf_iterator<char>(scenario), {}},
                         sim::RepeatingCommand(options)});
@@ -200,6 +192,10 @@ void AwaitInterruption() {
 }
 
 int Run(const LauncherOptions& options, const std::string& program) {
+    const sim::BoardLibrary library;
+    if (const std::string problem = library.Problem(); !problem.empty()) {
+        return Refuse(ExitStatus::NotArmed, problem);
+    }
     const sim::RunRoot root(options.root);
     if (!root.Problem().empty()) {
         return Refuse(ExitStatus::CannotStart, root.Problem());
@@ -229,7 +225,7 @@ int Run(const LauncherOptions& options, const std::string& program) {
     {
         ProgressLine progress(options.run.pace == 0.0);
         sim::ChildCommand command =
-            CommandFor(options, program, root.Path(), shared.descriptor, bench.get());
+            CommandFor(options, program, root.Path(), shared.descriptor, bench.get(), library);
         if (bench) {
             command.onStart = [&] { bench->Start(); };
         }
@@ -266,10 +262,6 @@ int main(int argc, char** argv) {
     const auto options = sim::ParseCommandLine(argc, argv, status);
     if (!options) {
         return status;
-    }
-    if (!fs::exists(LibraryPath())) {
-        return Refuse(ExitStatus::CannotStart,
-                      LibraryPath() + " is missing; build the whole project");
     }
     const sim::ProgramFile program = sim::FindProgram(options->program.front());
     if (!program.problem.empty()) {

@@ -12,6 +12,7 @@ void EachField(Request& request, Visit visit) {
     auto& options = request.options;
     visit("program", request.program);
     visit("report", request.reportDescriptor);
+    visit("library", request.libraryDescriptor);
     visit("live", request.liveDescriptor);
     visit("scenario", request.scenarioFile);
     visit("seed", options.seed);
@@ -34,6 +35,15 @@ void Write(std::ostream& out, const char* key, const std::optional<std::uint64_t
     }
 }
 
+void Write(std::ostream& out, const char* key, const std::string& value) {
+    out << key << "=";
+    for (const char character : value) {
+        out << (character == '\n' || character == '\\' ? "\\" : "")
+            << (character == '\n' ? 'n' : character);
+    }
+    out << "\n";
+}
+
 template <typename Value>
 void Write(std::ostream& out, const char* key, const Value& value) {
     out << key << "=" << value << "\n";
@@ -41,7 +51,11 @@ void Write(std::ostream& out, const char* key, const Value& value) {
 
 /// The text of a field, or null. Each reader tells whether it found what it must.
 bool Read(const std::string* text, std::string& value) {
-    value = text != nullptr ? *text : "";
+    value.clear();
+    for (std::size_t at = 0; text != nullptr && at < text->size(); ++at) {
+        const bool escaped = (*text)[at] == '\\' && ++at < text->size();
+        value += escaped && (*text)[at] == 'n' ? '\n' : (*text)[at];
+    }
     return true;
 }
 

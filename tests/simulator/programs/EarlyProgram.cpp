@@ -1,0 +1,3 @@
+// Does nothing: its library has done it.
+
+int main() {}
