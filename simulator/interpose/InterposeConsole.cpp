@@ -30,6 +30,15 @@ int fputc(int character, FILE* stream) {
     return SIM_REAL(fputc)(character, stream);
 }
 
+int fflush(FILE* stream) {
+    if (stream == stdout || stream == nullptr) {
+        if (Gate gate; gate) {
+            return gate->Flush(stream);
+        }
+    }
+    return SIM_REAL(fflush)(stream);
+}
+
 #undef putc
 int putc(int character, FILE* stream) {
     return fputc(character, stream);

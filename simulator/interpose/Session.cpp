@@ -57,16 +57,13 @@ class Session {
         };
         simulation_.onExit = [this] { ProgramExits(); };
         simulation_.console.onStep = [this](std::uint64_t step) { NoteStep(step); };
-        simulation_.timeline.onAdvance = [this](Nanoseconds now) { report_.boardTime = now; };
+        simulation_.timeline.onAdvance = [this](Nanoseconds now) { TimePassed(now); };
+        simulation_.timeline.SetPace(options.pace); // in pieces: a wish is never far
     }
 
     /// The run is served: shows it, and takes what is done by hand.
     void Serve(LiveLink& link, const std::string& scenario, double pace) {
         live_ = std::make_unique<LiveRun>(link, simulation_, scenario, pace);
-        simulation_.timeline.onAdvance = [this](Nanoseconds now) {
-            report_.boardTime = now;
-            live_->Look();
-        };
     }
 
     bool BeginWith(const std::string& state) { return RestoreState(simulation_.board, state); }
@@ -77,10 +74,30 @@ class Session {
         }
         ended_ = true;
         simulation_.ShowHeld(stdout);
+        simulation_.Flush(stdout);
         Finish(Ending::Exited, "");
     }
 
   private:
+    void TimePassed(Nanoseconds now) {
+        report_.boardTime = now;
+        if (report_.wish.load(std::memory_order_relaxed) != Wish::None) {
+            Heed();
+        }
+        if (live_) {
+            live_->Look();
+        }
+    }
+
+    void Heed() {
+        Wish wish = Wish::Flush;
+        if (report_.wish.compare_exchange_strong(wish, Wish::None)) {
+            simulation_.events.Flush();
+        } else {
+            EndEarly(Ending::Exited, "");
+        }
+    }
+
     void NoteStep(std::uint64_t step) {
         report_.steps = step;
         report_.measurements = simulation_.console.Measurements();

@@ -18,7 +18,10 @@ BufferedFile::~BufferedFile() {
 
 bool BufferedFile::Open(const std::string& path, FileBuffer& buffer) {
     buffer_ = &buffer;
-    file_ = real::MakeOwn(real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    shared_ = path == kStandardOutput;
+    file_ = real::MakeOwn(
+        shared_ ? SIM_REAL(fcntl64)(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
+                : real::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     return IsOpen();
 }
 
@@ -52,7 +55,9 @@ void BufferedFile::WriteOut(std::string_view text) {
             continue;
         }
         buffer_->error = written < 0 ? errno : ENOSPC;
-        SIM_REAL(ftruncate64)(file_, static_cast<off64_t>(buffer_->offset.load()));
+        if (!shared_) {
+            SIM_REAL(ftruncate64)(file_, static_cast<off64_t>(buffer_->offset.load()));
+        }
     }
     buffer_->used = 0; // first: a run may be stopped between any two of these lines
     buffer_->offset += buffer_->error == 0 ? size : 0;

@@ -20,6 +20,9 @@ struct FileBuffer {
     std::array<char, kSize> text{};
 };
 
+/// The name that stands for standard output.
+inline constexpr const char* kStandardOutput = "-";
+
 /// A file on this machine that is written line by line, by way of a buffer. One that takes no more
 /// (a full disk) ends with a whole line, and its buffer tells why.
 class BufferedFile {
@@ -29,8 +32,11 @@ class BufferedFile {
     BufferedFile& operator=(const BufferedFile&) = delete;
     ~BufferedFile();
 
-    /// Replaces the file; false when it cannot be opened. The buffer lives as long as this object.
+    /// Replaces the file, or goes on with standard output; false when it cannot be opened. The
+    /// buffer lives as long as this object.
     bool Open(const std::string& path, FileBuffer& buffer);
+    /// True for standard output.
+    bool Shared() const { return shared_; }
     bool IsOpen() const { return file_ >= 0; }
     /// Adds whole lines.
     void Put(std::string_view lines);
@@ -43,6 +49,7 @@ class BufferedFile {
     void WriteOut(std::string_view text);
 
     int file_ = -1;
+    bool shared_ = false; ///< others write to it as well
     FileBuffer* buffer_ = nullptr;
 };
 

@@ -54,6 +54,12 @@ class EventLog {
     void AddWorld(std::string_view operation, std::string_view path, std::string_view data);
     /// Writes nothing more: the file is another process's.
     void Abandon();
+    /// The console's text is about to follow on the same stream.
+    void MakeWay() {
+        if (file_.Shared()) {
+            file_.Flush();
+        }
+    }
     /// Hands all lines to the file, but the end of repeats that may go on.
     void Flush() { file_.Flush(); }
     /// Hands everything to the file: there will be no more.

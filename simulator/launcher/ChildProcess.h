@@ -8,8 +8,9 @@
 
 namespace sim {
 
-/// The signals that end a run, and its program's end: blocked from RunChild on, and waited for.
-sigset_t AwaitedSignals();
+/// Holds back, from the first call on, the signals that end a run unless whoever started this
+/// process ignores them, and the one of the program's end: they are waited for.
+const sigset_t& AwaitedSignals();
 
 /// How the program's process ended.
 struct ChildEnd {
@@ -25,11 +26,13 @@ struct ChildCommand {
     std::vector<std::string> arguments; ///< with the program's name as first
     std::vector<std::pair<std::string, std::string>> environment;
     double realTimeLimit = 0.0;    ///< seconds; 0: none
+    std::function<void()> onStop;  ///< asks the program to end by itself
     std::function<void()> onStart; ///< called once the program runs, if set
 };
 
 /// Starts the program on one processor, waits for its end and calls onTick some times a second
-/// meanwhile. A program that outlives its limit, or the launcher, is killed.
+/// meanwhile. A program that outlives its limit, or the run, is asked to end, and killed when it
+/// does not at once; one that outlives the launcher is killed.
 ChildEnd RunChild(const ChildCommand& command, const std::function<void()>& onTick);
 
 } // namespace sim

@@ -164,7 +164,7 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "if it is there, and write into it what is left at the end");
     option("--events", options.run.eventsFile, "FILE", CheckPath,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
-           "operation, path, data");
+           "operation, path, data; - for standard output");
     option("--vcd", options.run.vcdFile, "FILE", CheckPath,
            "Write the run as waveforms (value changes, IEEE 1364) for GTKWave, sigrok and others");
     option("--io-cost", raw.ioCost, "none|board", CheckCost,

@@ -1,8 +1,11 @@
 #include "simulator/launcher/Summary.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <poll.h>
 #include <sstream>
+#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -22,6 +25,17 @@ Outcome MakeOutcome(ExitStatus status, const std::string& word, const std::strin
     return {status, "simulate: " + line, word};
 }
 
+/// A pipe's reader has closed its end.
+bool ReaderIsGone() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+}
+
+Outcome ReaderWentAway(const RunReport& report) {
+    return MakeOutcome(static_cast<ExitStatus>(128 + SIGPIPE), "reader went away",
+                       "the reader of standard output went away " + Moment(report));
+}
+
 Outcome JudgeExit(int status, const RunReport& report) {
     const std::string text = report.text;
     switch (report.ending.load()) {
@@ -34,6 +48,10 @@ Outcome JudgeExit(int status, const RunReport& report) {
         return MakeOutcome(ExitStatus::Unmodelled, "unmodelled call",
                            "the simulated board does not model " + text + " (" + Moment(report) +
                                ")");
+    case Ending::OutputLost:
+        return ReaderIsGone() ? ReaderWentAway(report)
+                              : MakeOutcome(ExitStatus::CannotStart, "output lost",
+                                            "standard output: " + text + " " + Moment(report));
     case Ending::BadScenario:
         return MakeOutcome(ExitStatus::BadScenario, "bad scenario", text);
     case Ending::Running:
@@ -76,6 +94,9 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
     case ChildEnd::Kind::Signalled:
         if (report.ending == Ending::Unmodelled) {
             break; // by what the program had started
+        }
+        if (end.value == SIGPIPE && ReaderIsGone()) {
+            return ReaderWentAway(report);
         }
         return MakeOutcome(ExitStatus::Crashed, "crashed",
                            std::string("the program crashed (SIG") + sigabbrev_np(end.value) +

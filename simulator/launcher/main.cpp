@@ -3,6 +3,7 @@
 #include "simulator/launcher/BoardLibrary.h"
 #include "simulator/launcher/ChildProcess.h"
 #include "simulator/launcher/Options.h"
+#include "simulator/launcher/OutputFiles.h"
 #include "simulator/launcher/ProgramFile.h"
 #include "simulator/launcher/RepeatingCommand.h"
 #include "simulator/launcher/Summary.h"
@@ -11,12 +12,8 @@
 #include "simulator/run/RunRequest.h"
 #include "simulator/run/RunRoot.h"
 
-#include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -73,7 +70,7 @@ sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& 
     std::error_code error;
     request.options = options.run;
     request.options.root = root;
-    if (!options.run.eventsFile.empty()) {
+    if (!options.run.eventsFile.empty() && options.run.eventsFile != sim::kStandardOutput) {
         request.options.eventsFile = fs::absolute(options.run.eventsFile, error);
     }
     if (!options.run.vcdFile.empty()) {
@@ -123,56 +120,6 @@ class ProgressLine {
     bool used_ = false;
 };
 
-bool Writable(const std::string& path) {
-    return path.empty() || std::ofstream(path, std::ios::app).is_open();
-}
-
-/// Appends what a program that was stopped could not write itself. False, with a line that says
-/// where the file ends, when it does not hold the whole run.
-bool SaveRest(const std::string& option, const std::string& path, const sim::FileBuffer& rest) {
-    int error = rest.error;
-    const int file = rest.used == 0 || error != 0 ? -1 : open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (file >= 0) {
-        const auto end = static_cast<off_t>(rest.offset);
-        if (pwrite(file, rest.text.data(), rest.used, end) != static_cast<ssize_t>(rest.used)) {
-            error = ftruncate(file, end) == 0 ? ENOSPC : errno;
-        }
-        close(file);
-    }
-    if (error != 0) {
-        std::cerr << "simulate: " << option << " " << path << ": " << std::strerror(error)
-                  << " after " << rest.offset << " bytes; the rest of the run is not in it\n";
-    }
-    return error == 0;
-}
-
-/// What is wrong with the files that the run is to write; empty when nothing is.
-std::string OutputProblem(const LauncherOptions& options) {
-    struct Output {
-        std::string option;
-        std::string path;
-        std::string holds;
-    };
-    const std::array outputs{Output{"--events", options.run.eventsFile, "the events"},
-                             Output{"--vcd", options.run.vcdFile, "the waveforms"},
-                             Output{"--board", options.run.boardFile, "the board"},
-                             Output{"--summary", options.summaryFile, "the summary"}};
-    for (const Output& output : outputs) {
-        if (!Writable(output.path)) {
-            return output.option + " " + output.path +
-                   ": cannot be written to; takes a file in a folder that is there";
-        }
-        for (const Output* other = outputs.data(); other != &output; ++other) {
-            std::error_code ignored;
-            if (fs::equivalent(other->path, output.path, ignored)) {
-                return output.option + " " + output.path + ": holds " + other->holds +
-                       " already; takes another file";
-            }
-        }
-    }
-    return "";
-}
-
 std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std::string& root) {
     std::ifstream scenario(options.scenarioFile);
     return std::make_unique<sim::Bench>(
@@ -185,9 +132,7 @@ std::unique_ptr<sim::Bench> MakeBench(const LauncherOptions& options, const std:
 
 /// The bench stays when the program is gone, to show why.
 void AwaitInterruption() {
-    const sigset_t awaited = sim::AwaitedSignals();
-    for (int signal = 0; signal != SIGINT && signal != SIGTERM;) {
-        signal = sigwaitinfo(&awaited, nullptr);
+    while (sigwaitinfo(&sim::AwaitedSignals(), nullptr) == SIGCHLD) {
     }
 }
 
@@ -196,11 +141,12 @@ int Run(const LauncherOptions& options, const std::string& program) {
     if (const std::string problem = library.Problem(); !problem.empty()) {
         return Refuse(ExitStatus::NotArmed, problem);
     }
+    sim::AwaitedSignals(); // from here on there is something to tidy up
     const sim::RunRoot root(options.root);
     if (!root.Problem().empty()) {
         return Refuse(ExitStatus::CannotStart, root.Problem());
     }
-    if (const std::string problem = OutputProblem(options); !problem.empty()) {
+    if (const std::string problem = OutputProblem(options, program); !problem.empty()) {
         return Refuse(ExitStatus::CannotStart, problem);
     }
     const SharedReport shared;
@@ -229,20 +175,28 @@ int Run(const LauncherOptions& options, const std::string& program) {
         if (bench) {
             command.onStart = [&] { bench->Start(); };
         }
-        end = RunChild(command, [&] { progress.Update(*shared.report); });
+        command.onStop = [&] { shared.report->wish = sim::Wish::Stop; };
+        end = RunChild(command, [&] {
+            shared.report->wish = sim::Wish::Flush;
+            progress.Update(*shared.report);
+        });
     }
     const sim::RunBuffers& files = shared.report->files;
     bool whole = SaveRest("--events", options.run.eventsFile, files.events);
     whole = SaveRest("--vcd", options.run.vcdFile, files.waves) && whole;
+    if (shared.report->board[0] != '\0') {
+        whole = sim::Save("--board", options.run.boardFile, shared.report->board) && whole;
+    }
     sim::Outcome outcome = Judge(end, *shared.report, options);
-    if (!whole && outcome.status == ExitStatus::AsAsked) {
-        outcome.status = ExitStatus::CannotStart;
-    }
-    if (!options.summaryFile.empty() && outcome.status != ExitStatus::BadScenario) {
-        std::ofstream(options.summaryFile, std::ios::trunc) << SummaryText(outcome, *shared.report);
-    }
-    if (!options.run.boardFile.empty() && shared.report->board[0] != '\0') {
-        std::ofstream(options.run.boardFile, std::ios::trunc) << shared.report->board;
+    const auto blame = [&] {
+        if (!whole && outcome.status == ExitStatus::AsAsked) {
+            outcome.status = ExitStatus::CannotStart;
+        }
+    };
+    blame();
+    if (outcome.status != ExitStatus::BadScenario) {
+        whole = sim::Save("--summary", options.summaryFile, SummaryText(outcome, *shared.report));
+        blame();
     }
     if (!outcome.line.empty()) {
         std::cerr << outcome.line << "\n";
@@ -258,6 +212,7 @@ int Run(const LauncherOptions& options, const std::string& program) {
 } // namespace
 
 int main(int argc, char** argv) {
+    sim::FillStandardDescriptors();
     int status = 0;
     const auto options = sim::ParseCommandLine(argc, argv, status);
     if (!options) {

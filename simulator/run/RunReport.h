@@ -24,6 +24,13 @@ struct RunBuffers {
     FileBuffer waves;
 };
 
+/// What the launcher asks of the program, which looks whenever board time has passed.
+enum class Wish : std::uint32_t {
+    None,
+    Flush, ///< so that whoever follows the events sees them
+    Stop
+};
+
 /// The page that launcher and program share: the program tells how its run goes.
 struct RunReport {
     /// Footprints are taken at step 200 and every 1700 steps (100 measurements) later, in the same
@@ -31,6 +38,7 @@ struct RunReport {
     static constexpr std::uint64_t kFootprintStep = 200;
     static constexpr std::uint64_t kFootprintEvery = 1700;
 
+    std::atomic<Wish> wish{Wish::None};
     std::atomic<std::uint32_t> armed{0};
     std::atomic<std::uint32_t> gated{0}; ///< every system call passes the gate
     std::atomic<Ending> ending{Ending::Running};

@@ -2,37 +2,80 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace sim {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr const char* kTemporary = "tavrelin-run-";
+
+/// Locks a folder; -1 when somebody has, or when it is gone.
+int Lock(const std::string& folder) {
+    const int lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+    if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0 && access(folder.c_str(), F_OK) == 0) {
+        return lock;
+    }
+    if (lock >= 0) {
+        close(lock);
+    }
+    return -1;
+}
+
+void Remove(const std::string& folder, int lock) {
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+    close(lock);
+}
+
+/// Removes what runs left that could not do it themselves.
+void SweepAwayTheDead(const std::string& base) {
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(base, ignored)) {
+        const std::string path = entry.path();
+        if (entry.path().filename().string().starts_with(kTemporary)) {
+            if (const int lock = Lock(path); lock >= 0) {
+                Remove(path, lock);
+            }
+        }
+    }
+}
+
+} // namespace
+
 RunRoot::RunRoot(const std::string& given) {
     if (given.empty()) {
-        MakeTemporary();
+        const std::string base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+        SweepAwayTheDead(base);
+        MakeTemporary(base);
     } else {
         Use(given);
     }
 }
 
 RunRoot::~RunRoot() {
-    if (temporary_) {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
+    if (lock_ >= 0) {
+        Remove(path_, lock_);
     }
 }
 
-void RunRoot::MakeTemporary() {
-    const char* base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-    std::string pattern = std::string(base) + "/tavrelin-board-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-        problem_ = std::string("no temporary folder in ") + base + ": " + std::strerror(errno);
-        return;
+void RunRoot::MakeTemporary(const std::string& base) {
+    // Another's sweep may come between the making and the locking.
+    for (int tries = 0; lock_ < 0 && tries < 100; ++tries) {
+        path_ = base + "/" + kTemporary + "XXXXXX";
+        if (mkdtemp(path_.data()) == nullptr) {
+            break;
+        }
+        lock_ = Lock(path_);
     }
-    path_ = pattern;
-    temporary_ = true;
+    if (lock_ < 0) {
+        problem_ = "no temporary folder in " + base + ": " + std::strerror(errno);
+    }
 }
 
 void RunRoot::Use(const std::string& given) {

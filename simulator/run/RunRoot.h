@@ -8,7 +8,8 @@ namespace sim {
 /// with this object.
 class RunRoot {
   public:
-    /// given empty: a temporary folder, in memory where the machine has such a place.
+    /// given empty: a temporary folder, in memory where the machine has such a place. It is locked
+    /// while it is in use, and those of runs that were killed are swept away.
     explicit RunRoot(const std::string& given);
     RunRoot(const RunRoot&) = delete;
     RunRoot& operator=(const RunRoot&) = delete;
@@ -20,12 +21,12 @@ class RunRoot {
     const std::string& Problem() const { return problem_; }
 
   private:
-    void MakeTemporary();
+    void MakeTemporary(const std::string& base);
     void Use(const std::string& given);
 
     std::string path_;
     std::string problem_;
-    bool temporary_ = false;
+    int lock_ = -1; ///< on a temporary folder
 };
 
 } // namespace sim

@@ -2,7 +2,10 @@
 
 #include "simulator/libc/Real.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace sim {
 namespace {
@@ -74,8 +77,23 @@ void Simulation::ShowHeld(FILE* stream) {
     HandOn(console.Release(), stream);
 }
 
+int Simulation::Flush(FILE* stream) {
+    const int result = SIM_REAL(fflush)(stream);
+    CheckOutput();
+    return result;
+}
+
+void Simulation::CheckOutput() {
+    if (std::ferror(stdout) != 0 && !outputLost_) {
+        outputLost_ = true;
+        end(Ending::OutputLost, std::strerror(errno));
+    }
+}
+
 void Simulation::HandOn(std::string_view text, FILE* stream) {
+    events.MakeWay();
     real::fwrite(text.data(), 1, text.size(), stream);
+    CheckOutput();
     waves.Show(text);
     if (onShow) {
         onShow(text);

@@ -39,6 +39,8 @@ class Simulation {
     /// Hands what the program shows on standard output on to the stream, up to a limit on steps or
     /// measurements that is reached in it.
     void Show(const void* data, std::size_t size, FILE* stream);
+    /// Has the stream written out. Result as of fflush; an output that takes no more ends the run.
+    int Flush(FILE* stream);
     /// Hands on what may have been held back, for a run that ends otherwise.
     void ShowHeld(FILE* stream);
 
@@ -62,6 +64,9 @@ class Simulation {
 
   private:
     void HandOn(std::string_view text, FILE* stream);
+    void CheckOutput();
+
+    bool outputLost_ = false;
 };
 
 } // namespace sim
