@@ -30,7 +30,9 @@ Board::Board(const BoardSetup& setup, std::uint64_t seed, std::int64_t startTime
     card.present = card.present && present;
     card.mounted = card.mounted && card.present;
     for (const WorldEvent& event : setup.events) {
-        Plan(event);
+        if (!event.when.Set()) {
+            Plan(event);
+        }
     }
     lines.SetInput(kHomeSensorLine, !flagShown_);
 }

@@ -6,6 +6,7 @@
 #include "simulator/board/Lines.h"
 #include "simulator/board/Nanoseconds.h"
 #include "simulator/board/Noise.h"
+#include "simulator/board/Occasion.h"
 #include "simulator/board/PumpShaft.h"
 #include "simulator/board/PwmChip.h"
 #include "simulator/board/RegisterPage.h"
@@ -38,6 +39,7 @@ struct WorldEvent {
     std::int64_t value = 0; ///< JumpClock: seconds; SetInput: level; ShowFlag: 0 hides it
     unsigned line = 0;      ///< SetInput: kernel line number
     double number = 0.0;    ///< SetNextSample: absorbance; SetNoise: deviation in counts
+    Occasion when{};        ///< if set, instead of at: somebody else knows
 };
 
 /// What the detector reads, in counts.

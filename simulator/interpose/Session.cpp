@@ -137,6 +137,10 @@ class Session {
             calls += name + " " + std::to_string(count) + "\n";
         }
         std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
+        const Calls& made = simulation_.kernel.calls;
+        std::snprintf(report_.faults, sizeof report_.faults, "%s", made.faults.Tables().c_str());
+        std::snprintf(report_.missing, sizeof report_.missing, "%s",
+                      (made.faults.Missing() + made.occasions.Missing()).c_str());
         std::snprintf(report_.board, sizeof report_.board, "%s",
                       KeptState(simulation_.board).c_str());
         report_.ending = ending;

@@ -47,6 +47,7 @@ long Calls::Admit(std::string_view call, std::string_view path) {
     board.Settle();
     Spend(call);
     scheduler.Chance(*ThreadSelf());
+    occasions.Called(call, path);
     return Strike(call, path);
 }
 

@@ -3,6 +3,7 @@
 #include "simulator/board/Board.h"
 #include "simulator/kernel/EventLog.h"
 #include "simulator/kernel/Faults.h"
+#include "simulator/kernel/Occasions.h"
 #include "simulator/time/RunEnd.h"
 #include "simulator/time/Timeline.h"
 
@@ -37,6 +38,7 @@ class Calls : public Machine {
         : Machine(machine), faults(setup), costs_(costs) {}
 
     Faults faults;
+    Occasions occasions;
     /// Called when a fault meets a call: the call, its path, and the error or how many bytes move.
     std::function<void(std::string_view call, std::string_view path, const std::string& what)>
         onFault;

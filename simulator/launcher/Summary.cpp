@@ -115,7 +115,13 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
     return JudgeExit(end.value, report);
 }
 
+std::string Missing(const RunReport& report) {
+    const std::string text = report.missing;
+    return text.substr(0, text.rfind(", "));
+}
+
 std::string SummaryText(const Outcome& outcome, const RunReport& report) {
+    const std::string missing = Missing(report);
     std::ostringstream out;
     out << "end = \"" << outcome.word << "\"\n"
         << "status = " << static_cast<int>(outcome.status) << "\n"
@@ -123,13 +129,14 @@ std::string SummaryText(const Outcome& outcome, const RunReport& report) {
         << "steps = " << report.steps.load() << "\n"
         << "measurements = " << report.measurements.load() << "\n"
         << "gate = " << (report.gated != 0 ? "true" : "false") << "\n"
-        << "\n[calls]\n";
+        << (missing.empty() ? "" : "never_came = '''" + missing + "'''\n") << "\n[calls]\n";
     std::istringstream calls(report.calls);
     for (std::string name, count; calls >> name >> count;) {
         out << name << " = " << count << "\n";
     }
     AddFootprint(out, "at_step_200", report.early);
     AddFootprint(out, "at_last", report.late);
+    out << report.faults;
     return out.str();
 }
 

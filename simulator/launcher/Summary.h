@@ -18,6 +18,9 @@ struct Outcome {
 
 Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOptions& options);
 
+/// The scenario's faults and events that never came, in words; empty when all did.
+std::string Missing(const RunReport& report);
+
 /// "key = value" lines that tell how the run went; also valid TOML.
 std::string SummaryText(const Outcome& outcome, const RunReport& report);
 

@@ -198,6 +198,9 @@ int Run(const LauncherOptions& options, const std::string& program) {
         whole = sim::Save("--summary", options.summaryFile, SummaryText(outcome, *shared.report));
         blame();
     }
+    if (const std::string missing = Missing(*shared.report); !missing.empty()) {
+        std::cerr << "simulate: never came: " << missing << "\n";
+    }
     if (!outcome.line.empty()) {
         std::cerr << outcome.line << "\n";
     }

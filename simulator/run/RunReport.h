@@ -49,8 +49,10 @@ struct RunReport {
     Footprint late;   ///< the last one
     RunBuffers files; ///< what is not yet in them
     char text[8192]{};
-    char calls[2048]{}; ///< "name count" lines
-    char board[8192]{}; ///< what outlives the program (board/KeptState.h)
+    char calls[2048]{};   ///< "name count" lines
+    char faults[8192]{};  ///< tables of the summary
+    char missing[8192]{}; ///< faults and events that never came, in words
+    char board[8192]{};   ///< what outlives the program (board/KeptState.h)
 };
 
 /// Names the variable that tells the preloaded library about its run.

@@ -41,8 +41,29 @@ Simulation::Simulation(const RunOptions& options, RunBuffers* buffers)
     board.onEvent = [this](const std::string& what, const std::string& data) {
         events.AddWorld(what, "-", data);
     };
+    kernel.calls.faults.Draw(options.seed ^ 0xFA17ULL);
+    AwaitOccasions(options.scenario);
     SetThreadSelf(&scheduler.AdoptMainThread());
     living = this;
+}
+
+void Simulation::AwaitOccasions(const Scenario& scenario) {
+    Occasions& occasions = kernel.calls.occasions;
+    for (const WorldEvent& event : scenario.board.events) {
+        if (event.when.Set()) {
+            occasions.Await(event.when, [this, event] {
+                board.Plan(event); // a moment that is past: now
+                scheduler.WakeForBoard(board.Now());
+                board.Settle();
+            });
+        }
+    }
+    for (std::size_t i = 0; i < scenario.kernel.faults.size(); ++i) {
+        const Occasion& since = scenario.kernel.faults[i].since;
+        if (since.Set()) {
+            occasions.Await(since, [this, i] { kernel.calls.faults.Begin(i, board.Now()); });
+        }
+    }
 }
 
 Simulation::~Simulation() {
@@ -67,6 +88,7 @@ void Simulation::Leave() {
 void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
     const ConsoleWatch::Verdict verdict = console.Read({static_cast<const char*>(data), size});
     HandOn(verdict.show, stream);
+    kernel.calls.occasions.Counted(console.Steps(), console.Measurements());
     if (verdict.limit) {
         SIM_REAL(fflush)(stream);
         end(Ending::LimitReached, std::string(*verdict.limit));

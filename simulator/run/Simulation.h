@@ -65,6 +65,7 @@ class Simulation {
   private:
     void HandOn(std::string_view text, FILE* stream);
     void CheckOutput();
+    void AwaitOccasions(const Scenario& scenario);
 
     bool outputLost_ = false;
 };

@@ -95,10 +95,29 @@ void ReadFailure(TomlTable& table, Fault& fault) {
 
 } // namespace
 
+void ReadMoment(TomlTable& table, Nanoseconds& at, Occasion& occasion) {
+    constexpr std::int64_t most = 1'000'000'000;
+    table.ReadSeconds("at", at, 0.0, kLongestRun);
+    table.ReadInteger("at_step", occasion.step, 1, most);
+    table.ReadInteger("at_measurement", occasion.measurement, 1, most);
+}
+
+void ReadCallOfEvent(TomlTable& table, Occasion& occasion) {
+    Fault fault;
+    ReadCall(table, fault);
+    occasion.call = fault.call;
+    occasion.path = fault.path;
+    table.ReadInteger("occurrence", occasion.occurrence, 1, 1'000'000'000);
+}
+
 void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     Fault fault;
     ReadCall(table, fault);
-    table.ReadSeconds("at", fault.at, 0.0, kLongestRun);
+    ReadMoment(table, fault.at, fault.since);
+    if (table.Has("at") + table.Has("at_step") + table.Has("at_measurement") > 1) {
+        table.Fail("at", "a fault has one of at, at_step and at_measurement");
+    }
+    fault.at = fault.since.Set() ? kNever : fault.at;
     table.ReadInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
     ReadFailure(table, fault);
     std::string repeat = "once";
@@ -106,6 +125,7 @@ void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
     if (repeat != "once" && repeat != "forever") {
         table.Fail("repeat", R"(takes "once" or "forever")");
     }
+    table.Read("probability", fault.probability, 0.0, 1.0);
     fault.forever = repeat == "forever";
     faults.push_back(fault);
 }

@@ -25,7 +25,15 @@ WorldEvent ReadEvent(TomlTable& table, WorldEvent::Kind kind,
     for (const char* key : needed) {
         table.Require(key);
     }
-    table.ReadSeconds("at", event.at, 0.0, kLongestRun);
+    ReadMoment(table, event.at, event.when);
+    table.Table("on", [&](TomlTable& call) { ReadCallOfEvent(call, event.when); });
+    const int given =
+        table.Has("at") + table.Has("at_step") + table.Has("at_measurement") + table.Has("on");
+    if (given == 0) {
+        table.Require("at");
+    } else if (given > 1) {
+        table.Fail("at", "an event has one of at, at_step, at_measurement and on");
+    }
     return event;
 }
 
@@ -33,7 +41,7 @@ WorldEvent ReadEvent(TomlTable& table, WorldEvent::Kind kind,
 void ReadNumberEvents(TomlTable& table, BoardSetup& board, WorldEvent::Kind kind, const char* key,
                       double least, double most) {
     table.Tables("event", [&](TomlTable& entry) {
-        WorldEvent event = ReadEvent(entry, kind, {"at", key});
+        WorldEvent event = ReadEvent(entry, kind, {key});
         entry.Read(key, event.number, least, most);
         board.events.push_back(event);
     });
@@ -62,7 +70,7 @@ void ReadCardEvent(TomlTable& table, BoardSetup& board) {
     table.Read("do", action);
     const auto kind = kinds.find(action);
     const bool known = kind != kinds.end();
-    board.events.push_back(ReadEvent(table, known ? kind->second : Kind::RemoveCard, {"at", "do"}));
+    board.events.push_back(ReadEvent(table, known ? kind->second : Kind::RemoveCard, {"do"}));
     if (!known) {
         table.Fail("do", R"(takes "insert", "remove", "lock" or "unlock")");
     }
@@ -89,7 +97,7 @@ void ReadPump(TomlTable& table, BoardSetup& board) {
     table.Read("flag_seen", board.pump.flagSeen);
     table.Read("on_flag_at_start", board.pump.onFlag);
     table.Tables("event", [&](TomlTable& entry) {
-        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::ShowFlag, {"at", "flag_seen"});
+        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::ShowFlag, {"flag_seen"});
         bool seen = true;
         entry.Read("flag_seen", seen);
         event.value = seen ? 1 : 0;
@@ -99,7 +107,7 @@ void ReadPump(TomlTable& table, BoardSetup& board) {
 
 void ReadClock(TomlTable& table, BoardSetup& board) {
     table.Tables("jump", [&](TomlTable& jump) {
-        WorldEvent event = ReadEvent(jump, WorldEvent::Kind::JumpClock, {"at", "seconds"});
+        WorldEvent event = ReadEvent(jump, WorldEvent::Kind::JumpClock, {"seconds"});
         jump.ReadInteger("seconds", event.value, -2'000'000'000, 2'000'000'000);
         board.events.push_back(event);
     });
@@ -119,7 +127,7 @@ void ReadLines(TomlTable& table, BoardSetup& board) {
     CheckLineNames(table, "exported", board.lines.exported);
     CheckLineNames(table, "high", board.lines.high);
     table.Tables("event", [&](TomlTable& entry) {
-        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::SetInput, {"at", "line", "level"});
+        WorldEvent event = ReadEvent(entry, WorldEvent::Kind::SetInput, {"line", "level"});
         entry.ReadInteger("level", event.value, 0, 1);
         std::string name;
         entry.Read("line", name);

@@ -4,6 +4,7 @@
 
 #include "simulator/testing/SimulatedBoard.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <functional>
@@ -80,6 +81,30 @@ TEST(Faults, TheFirstOfTwoDecides) {
     const auto second = faults.Meet("read", "/a", 0);
     EXPECT_EQ(second->error, 0);
     EXPECT_EQ(second->bytes, 2U);
+}
+
+/// The same of a fault with a probability, drawn from a seed.
+std::string Drawn(std::uint64_t seed, bool forever, std::uint64_t occurrence = 1) {
+    Fault fault = FaultOn("open", "/a", occurrence, forever);
+    fault.probability = 0.5;
+    Faults faults({fault});
+    faults.Draw(seed);
+    std::string text;
+    for (int i = 0; i < 40; ++i) {
+        text += faults.Meet("open", "/a", 0) != nullptr ? 'x' : '.';
+    }
+    return text;
+}
+
+TEST(Faults, StrikeWithAProbabilityThatTheSeedDraws) {
+    const std::string drawn = Drawn(7, true);
+    EXPECT_NEAR(static_cast<double>(std::count(drawn.begin(), drawn.end(), 'x')), 20.0, 10.0);
+    EXPECT_EQ(Drawn(7, true), drawn);
+    EXPECT_NE(Drawn(8, true), drawn);
+    const std::string once = Drawn(7, false);
+    EXPECT_EQ(std::count(once.begin(), once.end(), 'x'), 1) << "the first that is drawn";
+    EXPECT_EQ(once.find('x'), drawn.find('x'));
+    EXPECT_EQ(Drawn(7, true, 30).substr(0, 29), std::string(29, '.'));
 }
 
 TEST(FailingCalls, FailWithTheirErrnoAndDoNothing) {

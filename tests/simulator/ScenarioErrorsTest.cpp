@@ -102,6 +102,12 @@ const std::string kWrongTables = R"([[card.event]]; do = 'insert' | 1: card.even
 [[lines.event]]; at = 1; line = 'B18' | 1: lines.event.level: is missing
 [[lines.event]]; at = 1; line = 'B18'; level = 2 | 4: lines.event.level: takes a whole number from 0 to 1
 [[lines.event]]; at = 1; line = 'Z1'; level = 1 | 3: lines.event.line: no line is named "Z1"; lines are A0 to D31
+[[card.event]]; at = 1; at_step = 2; do = 'insert' | 2: card.event.at: an event has one of at, at_step, at_measurement and on
+[[card.event]]; at_step = 0; do = 'insert' | 2: card.event.at_step: takes a whole number from 1 to 1000000000
+[[card.event]]; on = { path = '/dev/mem' }; do = 'insert' | 2: card.event.on.call: is missing
+[[card.event]]; on = { call = 'open', times = 2 }; do = 'insert' | 2: card.event.on.times: unknown key; known here: call, occurrence, path
+[[fault]]; call = 'open'; errno = 'EIO'; at = 1; at_step = 2 | 4: fault.at: a fault has one of at, at_step and at_measurement
+[[fault]]; call = 'open'; errno = 'EIO'; probability = 2 | 4: fault.probability: takes a number from 0 to 1
 [[adc.input]]; volts = 1 | 1: adc.input.number: is missing
 [[adc.input]]; number = 3 | 1: adc.input.volts: is missing
 [[adc.input]]; number = 12; volts = 1 | 2: adc.input.number: takes a whole number from 0 to 11
@@ -153,7 +159,8 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
               "converter, detector, fault, file_system, indicator, lines, mount_table, pump, "
               "sample, threads");
     EXPECT_EQ(ErrorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\nonce = true"),
-              "4: fault.once: unknown key; known here: at, bytes, call, errno, occurrence, path, "
+              "4: fault.once: unknown key; known here: at, at_measurement, at_step, bytes, call, "
+              "errno, occurrence, path, probability, "
               "repeat");
     for (const char* table : {"board", "sample", "detector", "card", "clock", "lines", "threads",
                               "mount_table", "indicator", "adc", "converter", "channels"}) {
