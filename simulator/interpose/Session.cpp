@@ -51,7 +51,7 @@ std::uint32_t OpenDescriptors() {
 class Session {
   public:
     Session(const RunOptions& options, RunReport& report)
-        : report_(report), simulation_(options, &report.files) {
+        : report_(report), stall_(options.limits.stall), simulation_(options, &report.files) {
         simulation_.end.how = [this](Ending ending, const std::string& text) {
             EndEarly(ending, text);
         };
@@ -87,6 +87,9 @@ class Session {
         if (live_) {
             live_->Look();
         }
+        if (now - lastStepAt_ > stall_ && !simulation_.console.StepText().empty()) {
+            EndEarly(Ending::Stalled, simulation_.scheduler.WhoWaitsForWhat());
+        }
     }
 
     void Heed() {
@@ -99,6 +102,7 @@ class Session {
     }
 
     void NoteStep(std::uint64_t step) {
+        lastStepAt_ = simulation_.board.Now();
         report_.steps = step;
         report_.measurements = simulation_.console.Measurements();
         if (live_) {
@@ -172,6 +176,8 @@ class Session {
     const pid_t program_ = getpid();
     bool ended_ = false;
     RunReport& report_;
+    const Nanoseconds stall_;
+    Nanoseconds lastStepAt_ = 0;
     Simulation simulation_;
     std::unique_ptr<LiveRun> live_;
 };

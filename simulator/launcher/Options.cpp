@@ -18,6 +18,7 @@ struct RawOptions {
     std::string ioCost = "board";
     double boardTime = 0.0;
     double realTime = -1.0;
+    double stall = static_cast<double>(kDefaultStall) / 1e9;
 };
 
 constexpr std::uint64_t kMostCount = 1'000'000'000;
@@ -121,10 +122,11 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
         "first limit reached.\n"
         "Exit status: 0 ended as asked, 2 wrong use, 3 bad scenario, 4 program ended with a "
         "status\n"
-        "other than 0, 10 program crashed, 11 deadlock, 12 limit of real time passed, 13 call on "
+        "other than 0, 10 program crashed, 11 deadlock or no step for too long, 12 limit of real "
+        "time passed, 13 call on "
         "a\n"
         "board path that the simulation does not model, 14 simulation not armed, 15 cannot start,\n"
-        "or not write to the end, 130 and 143 interrupted.");
+        "or not write to the end, 129 to 143 interrupted.");
     const auto option = [&app](const char* name, auto& value, const char* type, const Check& check,
                                const char* text) {
         return app.add_option(name, value, text)->type_name(type)->check(check);
@@ -146,6 +148,9 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--real-time", raw.realTime, "SECONDS", SpanOfSeconds(0.0, "0"),
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
            "else and with --serve 0)");
+    option("--stall", raw.stall, "SECONDS", SpanOfSeconds(0.0, "0"),
+           "End a run of the instrument that begins no step for so long in board time, 0 for never")
+        ->capture_default_str();
     option("--pace", raw.pace, "max|real|FACTOR", CheckPace,
            "Board time against real time: max, real or a factor")
         ->capture_default_str();
@@ -218,6 +223,9 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
     if (raw.boardTime > 0.0) {
         options.run.limits.boardTime =
             static_cast<Nanoseconds>(std::llround(raw.boardTime * 1e6)) * 1'000;
+    }
+    if (raw.stall > 0.0) {
+        options.run.limits.stall = static_cast<Nanoseconds>(std::llround(raw.stall * 1e6)) * 1'000;
     }
     options.realTime = raw.realTime >= 0.0
                            ? raw.realTime

@@ -53,6 +53,9 @@ std::string RepeatingCommand(const LauncherOptions& options) {
         std::snprintf(span, sizeof span, "%.6f", static_cast<double>(limits.boardTime) / 1e9);
         command << " --board-time " << span;
     }
+    if (limits.stall != kDefaultStall) {
+        command << " --stall " << (limits.stall == kNever ? 0 : limits.stall / 1'000'000'000);
+    }
     command << " --real-time 0 --";
     for (const std::string& word : options.program) {
         command << " " << ShellWord(word);

@@ -36,7 +36,7 @@ Outcome ReaderWentAway(const RunReport& report) {
                        "the reader of standard output went away " + Moment(report));
 }
 
-Outcome JudgeExit(int status, const RunReport& report) {
+Outcome JudgeExit(int status, const RunReport& report, const LauncherOptions& options) {
     const std::string text = report.text;
     switch (report.ending.load()) {
     case Ending::LimitReached:
@@ -44,6 +44,14 @@ Outcome JudgeExit(int status, const RunReport& report) {
     case Ending::Deadlock:
         return MakeOutcome(ExitStatus::Deadlock, "deadlock",
                            "deadlock " + Moment(report) + ": " + text);
+    case Ending::Stalled: {
+        char span[32];
+        std::snprintf(span, sizeof span, "%g",
+                      static_cast<double>(options.run.limits.stall) / 3'600e9);
+        return MakeOutcome(ExitStatus::Deadlock, "stalled",
+                           std::string("no step for ") + span + " board hours (--stall sets it) " +
+                               Moment(report) + ": " + text);
+    }
     case Ending::Unmodelled:
         return MakeOutcome(ExitStatus::Unmodelled, "unmodelled call",
                            "the simulated board does not model " + text + " (" + Moment(report) +
@@ -112,7 +120,7 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
                 : "the simulated board did not get under the program; it ran on this machine "
                   "itself");
     }
-    return JudgeExit(end.value, report);
+    return JudgeExit(end.value, report, options);
 }
 
 std::string Missing(const RunReport& report) {

@@ -17,12 +17,15 @@ struct Scenario {
     ThreadOrder threadOrder = ThreadOrder::Arrival;
 };
 
+inline constexpr Nanoseconds kDefaultStall = Seconds(24 * 3'600);
+
 /// When a run ends, if the program does not end it: at the first limit that is reached.
 struct RunLimits {
     std::optional<std::uint64_t> measurements;
     std::optional<std::uint64_t> steps;
     std::optional<std::uint64_t> calls;
     Nanoseconds boardTime = kNever;
+    Nanoseconds stall = kNever; ///< without a step, once the instrument has shown anything
 };
 
 /// All that makes one run; the same options give the same run.

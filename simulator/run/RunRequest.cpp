@@ -27,6 +27,7 @@ void EachField(Request& request, Visit visit) {
     visit("steps", options.limits.steps);
     visit("calls", options.limits.calls);
     visit("board-time", options.limits.boardTime);
+    visit("stall", options.limits.stall);
 }
 
 void Write(std::ostream& out, const char* key, const std::optional<std::uint64_t>& value) {

@@ -7,7 +7,16 @@
 namespace sim {
 
 /// How a run ended.
-enum class Ending { Running, Exited, LimitReached, Deadlock, Unmodelled, OutputLost, BadScenario };
+enum class Ending {
+    Running,
+    Exited,
+    LimitReached,
+    Deadlock,
+    Stalled,
+    Unmodelled,
+    OutputLost,
+    BadScenario
+};
 
 /// Ends the run before the program does, in the way that whoever made the run has set.
 struct RunEnd {

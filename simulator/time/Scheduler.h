@@ -84,6 +84,9 @@ class Scheduler {
     /// Threads that have not been joined, the main thread included.
     std::size_t Alive() const { return threads_.size(); }
 
+    /// "thread 2 waits for a mutex that thread 1 locked; ..."
+    std::string WhoWaitsForWhat() const;
+
   private:
     /// Takes those who wait for the key out of the waiting, in order of arrival.
     std::vector<Thread*> Take(const void* key, std::size_t most, std::uint32_t channels);
@@ -93,7 +96,6 @@ class Scheduler {
     Nanoseconds WakeSleepers();
     Thread& PickReady();
     void Run(Thread& thread);
-    std::string WhoWaitsForWhat() const;
 
     ThreadOrder order_;
     Noise noise_;

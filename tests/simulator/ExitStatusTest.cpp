@@ -74,6 +74,30 @@ TEST(ExitStatusOfARun, IsZeroWhenTheProgramEndsWell) {
     EXPECT_EQ(run.error, "");
 }
 
+TEST(ExitStatusOfARun, IsADeadlocksWhenNoStepBegins) {
+    const TestFolder folder;
+    WriteText(folder.Path("scenario"), "[card]\npresent = false");
+    const auto run = [&](const Words& options) {
+        Words all{"--scenario", folder.Path("scenario"), "--summary", folder.Path("summary")};
+        all.insert(all.end(), options.begin(), options.end());
+        return Simulate(all, {Binary("tavrelin")});
+    };
+    const CommandResult stalled = run({"--stall", "1800"});
+    EXPECT_EQ(stalled.status, 11);
+    EXPECT_EQ(stalled.error,
+              "simulate: no step for 0.5 board hours (--stall sets it) in step 1, at 1803.042 s of "
+              "board time: thread 1 waits for the end of thread 4; thread 4 waits for the end of "
+              "its sleep\n");
+    EXPECT_THAT(TextOf(folder.Path("summary")), testing::StartsWith("end = \"stalled\"\n"));
+    EXPECT_EQ(run({"--stall", "1800", "--board-time", "1800"}).status, 0);
+    EXPECT_EQ(run({"--stall", "0", "--board-time", "100000"}).status, 0);
+    EXPECT_THAT(run({}).error, testing::StartsWith("simulate: no step for 24 board hours "));
+}
+
+TEST(ExitStatusOfARun, IsNoDeadlocksForAProgramThatShowsNoSteps) {
+    EXPECT_EQ(SimulateTrouble({"sleep", "1000000000"}).status, 0);
+}
+
 /// What `simulate` says of a program that it does not run, after "simulate: " and its name.
 std::string Refusal(const std::string& program, int status) {
     const CommandResult run = Simulate({}, {program, "speak"});

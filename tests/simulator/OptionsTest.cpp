@@ -51,6 +51,7 @@ std::vector<WrongUse> WrongValues() {
         {"--board-time",
          "seconds from 0.000001 to 9000000000",
          {"0", "-1", "nan", "inf", "9e10", "1h"}},
+        {"--stall", "seconds from 0 to 9000000000", {"-1", "nan", "1d"}},
         {"--real-time", "seconds from 0 to 9000000000", {"-1", "nan", "soon"}},
         {"--pace",
          "max, real or a factor from 0.000001 to 1000000000",
