@@ -136,6 +136,12 @@ void Board::HoldHomeSensor(bool level) {
     lines.SetInput(kHomeSensorLine, level);
 }
 
+void Board::PlaceShaft(std::int64_t step) {
+    shaft.PlaceAt(step);
+    flagShown_ = shaft.OnFlag(now_);
+    lines.SetInput(kHomeSensorLine, !flagShown_);
+}
+
 void Board::FollowFlag() {
     const bool shown = shaft.OnFlag(now_);
     if (homeHeld_ || shown == flagShown_) {

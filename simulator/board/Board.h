@@ -98,6 +98,8 @@ class Board {
     /// Standard deviation of the detector's readings, in counts.
     double DetectorNoise() const { return detector_.noise; }
 
+    /// The shaft stands at a step of the turn, before it has turned at all.
+    void PlaceShaft(std::int64_t step);
     /// The level of the home sensor's line follows the flag until it is held.
     void HoldHomeSensor(bool level);
     /// Seconds and nanoseconds of the clock on the wall, as one number of nanoseconds since 1970.

@@ -29,6 +29,8 @@ class PumpShaft {
     std::int64_t StepsTurned(Nanoseconds now) const { return Position(now) - startStep_; }
     /// The step of the turn, 0 to 1599.
     std::int64_t StepOfTurn(Nanoseconds now) const { return Position(now) % kStepsPerTurn; }
+    /// Puts the shaft at a step of the turn, before it has turned at all.
+    void PlaceAt(std::int64_t step) { startStep_ = position_ = step; }
     bool Turning() const { return period_ != 0; }
     /// Whether the sensor can see the flag from now on.
     void ShowFlag(bool seen) { flagSeen_ = seen; }

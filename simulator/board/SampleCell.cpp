@@ -43,6 +43,17 @@ double SampleCell::Absorbance(Nanoseconds now, std::int64_t pumpSteps) const {
     return TrueAbsorbance() * dose * colour;
 }
 
+CellContent SampleCell::Content(Nanoseconds now, std::int64_t pumpSteps) const {
+    return {absorbance_, pumpSteps - cleanAtStep_,
+            developingSince_ == kNever ? -1 : now - developingSince_};
+}
+
+void SampleCell::Fill(const CellContent& content, Nanoseconds now, std::int64_t pumpSteps) {
+    absorbance_ = content.absorbance;
+    cleanAtStep_ = pumpSteps - content.doseSteps;
+    developingSince_ = content.developing < 0 ? kNever : now - content.developing;
+}
+
 double SampleCell::NextAbsorbance() const {
     return absorbances_.empty() ? 0.0
                                 : absorbances_[std::min(NextPlace(), absorbances_.size() - 1)];

@@ -8,6 +8,13 @@
 
 namespace sim {
 
+/// What is in the measuring cell.
+struct CellContent {
+    double absorbance = 0.0;     ///< true one of the sample
+    std::int64_t doseSteps = 0;  ///< of the pump, with reagent for it
+    Nanoseconds developing = -1; ///< for how long the colour has; negative: not at all
+};
+
 /// The measuring cell: opening the valve flushes in a fresh sample, the pump adds reagent, stirring
 /// lets the colour develop, and the colour takes light away. Fully developed, a sample shows its
 /// true absorbance exactly.
@@ -32,6 +39,8 @@ class SampleCell {
     double Absorbance(Nanoseconds now, std::int64_t pumpSteps) const;
     /// Keeps the cell washed out while the valve is open: reagent of that time is lost.
     void PumpTurned(std::int64_t pumpSteps);
+    CellContent Content(Nanoseconds now, std::int64_t pumpSteps) const;
+    void Fill(const CellContent& content, Nanoseconds now, std::int64_t pumpSteps);
     /// Samples flushed in so far, the priming included.
     std::size_t Flushes() const { return flushes_; }
     /// True absorbance of the sample in the cell.

@@ -51,7 +51,8 @@ std::uint32_t OpenDescriptors() {
 class Session {
   public:
     Session(const RunOptions& options, RunReport& report)
-        : report_(report), stall_(options.limits.stall), simulation_(options, &report.files) {
+        : report_(report), stall_(options.limits.stall), keepWorld_(options.keepWorld),
+          simulation_(options, &report.files) {
         simulation_.end.how = [this](Ending ending, const std::string& text) {
             EndEarly(ending, text);
         };
@@ -145,8 +146,10 @@ class Session {
         std::snprintf(report_.faults, sizeof report_.faults, "%s", made.faults.Tables().c_str());
         std::snprintf(report_.missing, sizeof report_.missing, "%s",
                       (made.faults.Missing() + made.occasions.Missing()).c_str());
-        std::snprintf(report_.board, sizeof report_.board, "%s",
-                      KeptState(simulation_.board).c_str());
+        std::snprintf(
+            report_.board, sizeof report_.board, "%s",
+            (KeptState(simulation_.board) + (keepWorld_ ? KeptWorld(simulation_.board) : ""))
+                .c_str());
         report_.ending = ending;
     }
 
@@ -177,6 +180,7 @@ class Session {
     bool ended_ = false;
     RunReport& report_;
     const Nanoseconds stall_;
+    const bool keepWorld_;
     Nanoseconds lastStepAt_ = 0;
     Simulation simulation_;
     std::unique_ptr<LiveRun> live_;

@@ -1,5 +1,7 @@
 #include "simulator/launcher/Options.h"
 
+#include "simulator/run/RunRoot.h"
+
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
@@ -164,6 +166,9 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--root", options.root, "DIR", CheckPath,
            "Keep the card's files in this new or empty folder (card/ below it); without it they\n"
            "go with the run");
+    app.add_flag("--resume", options.resume,
+                 "Begin with the card's files and the board as an earlier run left them in the\n"
+                 "folder of --root, on the board's clock too unless --start sets it");
     option("--board", options.run.boardFile, "FILE", CheckPath,
            "Begin with what the program of an earlier run left on the board, as this file tells\n"
            "if it is there, and write into it what is left at the end");
@@ -215,10 +220,22 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
         options.servePort = raw.serve.empty() ? 0 : *NumberOf<int>(raw.serve);
         raw.pace = app.count("--pace") == 0 ? "real" : raw.pace;
     }
+    if (options.resume && options.root.empty()) {
+        std::cerr << "simulate: --resume needs --root with the folder of an earlier run (simulate "
+                     "--help explains every option)\n";
+        exitStatus = static_cast<int>(ExitStatus::WrongUse);
+        return std::nullopt;
+    }
+    if (!options.root.empty() && options.run.boardFile.empty() && app.count("--serve") == 0) {
+        options.run.boardFile = RunRoot::BoardFileIn(options.root);
+        options.run.keepWorld = true;
+    }
     options.run.pace = *PaceOf(raw.pace);
     options.run.ioCosts = raw.ioCost == "board";
     if (!raw.start.empty()) {
         options.run.startTime = *WallClock::Parse(raw.start);
+    } else if (options.resume) {
+        options.run.startTime = RunRoot::ClockIn(options.root).value_or(WallClock::kDefaultStart);
     }
     if (raw.boardTime > 0.0) {
         options.run.limits.boardTime =

@@ -27,6 +27,7 @@ struct LauncherOptions {
     RunOptions run;
     std::string scenarioFile;
     std::string root;                 ///< empty: a temporary folder that goes with the run
+    bool resume = false;              ///< begins with what an earlier run left in root
     std::string summaryFile;          ///< empty: none
     double realTime = 0.0;            ///< limit in seconds; 0: none
     std::optional<int> servePort;     ///< of the live bench; 0: any free one

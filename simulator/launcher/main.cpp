@@ -142,7 +142,7 @@ int Run(const LauncherOptions& options, const std::string& program) {
         return Refuse(ExitStatus::NotArmed, problem);
     }
     sim::AwaitedSignals(); // from here on there is something to tidy up
-    const sim::RunRoot root(options.root);
+    const sim::RunRoot root(options.root, options.resume);
     if (!root.Problem().empty()) {
         return Refuse(ExitStatus::CannotStart, root.Problem());
     }

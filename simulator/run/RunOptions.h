@@ -37,6 +37,7 @@ struct RunOptions {
     std::string eventsFile; ///< empty: none
     std::string vcdFile;    ///< the waveforms; empty: none
     std::string boardFile;  ///< what the programs before left on the board; empty: none was before
+    bool keepWorld = false; ///< card, shaft, cell and clock go into boardFile too
     bool ioCosts = false;   ///< calls take board time (kernel/Calls.h)
     double pace = 0.0;      ///< board seconds per real second; 0: as fast as it goes
     RunLimits limits;

@@ -21,6 +21,7 @@ void EachField(Request& request, Visit visit) {
     visit("events", options.eventsFile);
     visit("vcd", options.vcdFile);
     visit("board", options.boardFile);
+    visit("world", options.keepWorld);
     visit("costs", options.ioCosts);
     visit("pace", options.pace);
     visit("measurements", options.limits.measurements);

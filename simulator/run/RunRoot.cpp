@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -48,13 +49,13 @@ void SweepAwayTheDead(const std::string& base) {
 
 } // namespace
 
-RunRoot::RunRoot(const std::string& given) {
+RunRoot::RunRoot(const std::string& given, bool resume) {
     if (given.empty()) {
         const std::string base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
         SweepAwayTheDead(base);
         MakeTemporary(base);
     } else {
-        Use(given);
+        Use(given, resume);
     }
 }
 
@@ -62,6 +63,17 @@ RunRoot::~RunRoot() {
     if (lock_ >= 0) {
         Remove(path_, lock_);
     }
+}
+
+std::optional<std::int64_t> RunRoot::ClockIn(const std::string& given) {
+    std::ifstream file(BoardFileIn(given));
+    std::int64_t seconds = 0;
+    for (std::string word; file >> word;) {
+        if (word == "clock" && file >> seconds) {
+            return seconds;
+        }
+    }
+    return std::nullopt;
 }
 
 void RunRoot::MakeTemporary(const std::string& base) {
@@ -78,16 +90,21 @@ void RunRoot::MakeTemporary(const std::string& base) {
     }
 }
 
-void RunRoot::Use(const std::string& given) {
+void RunRoot::Use(const std::string& given, bool resume) {
     std::error_code error;
+    if (resume && !fs::is_regular_file(BoardFileIn(given), error)) {
+        problem_ = "--root " + given + ": holds no earlier run that could be resumed";
+        return;
+    }
     fs::create_directories(given, error);
     if (error || !fs::is_directory(given, error)) {
         problem_ = "--root " + given + ": cannot be made a folder";
         return;
     }
-    if (!fs::is_empty(given, error) || error) {
-        problem_ =
-            "--root " + given + ": not empty; what an earlier run left would change this one";
+    if (!resume && (!fs::is_empty(given, error) || error)) {
+        problem_ = "--root " + given +
+                   ": not empty; what an earlier run left would change this one "
+                   "(--resume goes on with it)";
         return;
     }
     path_ = fs::canonical(given, error);

@@ -52,8 +52,50 @@ TEST_F(RunFiles, AnEmptyFolderMayBeTheRoot) {
 
 TEST_F(RunFiles, WhatAnEarlierRunLeftIsRefused) {
     fs::create_directories(File("root/card"));
-    EXPECT_EQ(Refusal("--root", File("root")),
-              "not empty; what an earlier run left would change this one\n");
+    EXPECT_EQ(
+        Refusal("--root", File("root")),
+        "not empty; what an earlier run left would change this one (--resume goes on with it)\n");
+}
+
+TEST_F(RunFiles, AFolderWithoutARunCannotBeResumed) {
+    fs::create_directories(File("root/card"));
+    EXPECT_EQ(Refusal("--root", File("root"), {"--resume"}),
+              "holds no earlier run that could be resumed\n");
+    EXPECT_EQ(SimulateTrouble({"status", "0"}, {"--resume"}).error,
+              "simulate: --resume needs --root with the folder of an earlier run (simulate --help "
+              "explains every option)\n");
+}
+
+TEST_F(RunFiles, ASecondDayGoesOnWithTheFirst) {
+    const auto day = [&](const Words& more) {
+        Words options{"--root", File("root"), "--measurements", "1"};
+        options.insert(options.end(), more.begin(), more.end());
+        return Simulate(options, {Binary("tavrelin")});
+    };
+    EXPECT_EQ(day({}).error, "");
+    const std::string log = File("root/card/2026-03-07_logfile.csv");
+    const std::string first = TextOf(log);
+    // The limit stopped it where it was: lines and channels are made safe before the next start.
+    EXPECT_EQ(
+        Simulate({"--root", File("root"), "--resume"}, {Binary("tavrelin-service"), "safe-state"})
+            .error,
+        "");
+    const CommandResult again = day({"--resume"});
+    EXPECT_EQ(again.error, "");
+    EXPECT_THAT(again.output, testing::StartsWith("TAVRELIN,2026-03-07 09:00.1"));
+    EXPECT_THAT(TextOf(log), testing::StartsWith(first));
+    EXPECT_GT(TextOf(log).size(), first.size());
+    EXPECT_EQ(day({"--resume", "--start", "2026-03-08 09:00:00"}).status, 0);
+    EXPECT_TRUE(fs::exists(File("root/card/2026-03-08_logfile.csv")));
+    EXPECT_THAT(TextOf(File("root/board")), testing::HasSubstr("\nclock 17729604"));
+}
+
+TEST_F(RunFiles, ARestartAfterAKillFindsWhatTheKillLeft) {
+    const Words root{"--root", File("root"), "--calls", "400"};
+    Simulate(root, {Binary("tavrelin")});
+    Words again = root;
+    again.push_back("--resume");
+    EXPECT_THAT(Simulate(again, {Binary("tavrelin")}).error, testing::StartsWith("already used\n"));
 }
 
 TEST_F(RunFiles, AFileIsNoRoot) {
