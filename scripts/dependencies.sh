@@ -21,6 +21,7 @@ check_packages=(
     clang-tidy
     ccache
     alsa-utils
+    gdb
     systemd
     device-tree-compiler
     clang

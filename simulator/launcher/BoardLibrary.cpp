@@ -33,7 +33,7 @@ std::string Beside(const char* place) {
 }
 
 BoardLibrary::BoardLibrary() : path_(Beside("lib/libsimulated-board.so")) {
-    if (path_.find_first_of(" :$") != std::string::npos) {
+    if (path_.find_first_of(" :$\n") != std::string::npos) {
         descriptor_ = open(path_.c_str(), O_RDONLY);
     }
 }

@@ -103,7 +103,8 @@ ChildEnd Await(pid_t child, const ChildCommand& command, const std::function<voi
         }
         const timespec tick{0, kTickNanoseconds};
         const int signal = sigtimedwait(&awaited, nullptr, &tick);
-        if (signal > 0 && signal != SIGCHLD) {
+        const bool own = command.interactive && signal == SIGINT;
+        if (signal > 0 && signal != SIGCHLD && !own) {
             return Stop(child, command, ChildEnd::Kind::Interrupted, signal);
         }
         processor.Look();

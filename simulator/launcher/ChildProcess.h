@@ -26,6 +26,7 @@ struct ChildCommand {
     std::vector<std::string> arguments; ///< with the program's name as first
     std::vector<std::pair<std::string, std::string>> environment;
     double realTimeLimit = 0.0;    ///< seconds; 0: none
+    bool interactive = false;      ///< an interrupt from the terminal is the program's own affair
     std::function<void()> onStop;  ///< asks the program to end by itself
     std::function<void()> onStart; ///< called once the program runs, if set
 };

@@ -149,7 +149,7 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "End after so many seconds of board time");
     option("--real-time", raw.realTime, "SECONDS", SpanOfSeconds(0.0, "0"),
            "Stop the program after so many seconds of real time, 0 for never (600 at pace max,\n"
-           "else and with --serve 0)");
+           "else and with --serve or --gdb 0)");
     option("--stall", raw.stall, "SECONDS", SpanOfSeconds(0.0, "0"),
            "End a run of the instrument that begins no step for so long in board time, 0 for never")
         ->capture_default_str();
@@ -160,6 +160,8 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
            "Open the instrument in a browser, at pace real unless told otherwise: prints the\n"
            "address, on a port of this machine or on any free one, and stays until interrupted")
         ->expected(0, 1);
+    app.add_flag("--gdb", options.debugger,
+                 "Start gdb with the program; at a breakpoint board time stands still");
     option("--start", raw.start, "TIME", CheckStart,
            "Date and time on the board's clock at the start, in UTC\n"
            "(\"2026-03-07 09:00:00\")");
@@ -244,9 +246,10 @@ std::optional<LauncherOptions> ParseCommandLine(int argc, char** argv, int& exit
     if (raw.stall > 0.0) {
         options.run.limits.stall = static_cast<Nanoseconds>(std::llround(raw.stall * 1e6)) * 1'000;
     }
-    options.realTime = raw.realTime >= 0.0
-                           ? raw.realTime
-                           : (options.run.pace == 0.0 && !options.servePort ? 600.0 : 0.0);
+    options.realTime =
+        raw.realTime >= 0.0
+            ? raw.realTime
+            : (options.run.pace == 0.0 && !options.servePort && !options.debugger ? 600.0 : 0.0);
     return options;
 }
 

@@ -27,6 +27,7 @@ struct LauncherOptions {
     RunOptions run;
     std::string scenarioFile;
     std::string root;                 ///< empty: a temporary folder that goes with the run
+    bool debugger = false;            ///< the program is started under gdb
     bool resume = false;              ///< begins with what an earlier run left in root
     std::string summaryFile;          ///< empty: none
     double realTime = 0.0;            ///< limit in seconds; 0: none

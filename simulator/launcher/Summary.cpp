@@ -112,6 +112,9 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
     case ChildEnd::Kind::Exited:
         break;
     }
+    if (report.armed == 0 && options.debugger) {
+        return {ExitStatus::AsAsked, "", "not run"};
+    }
     if (report.armed == 0) {
         return MakeOutcome(
             ExitStatus::NotArmed, "not armed",

@@ -93,6 +93,23 @@ sim::ChildCommand CommandFor(const LauncherOptions& options, const std::string& 
     return command;
 }
 
+/// The same program under gdb, which is not to meet the board itself.
+sim::ChildCommand UnderDebugger(const sim::ChildCommand& program, const std::string& debugger) {
+    sim::ChildCommand command = program;
+    const auto [preload, library] = command.environment.front();
+    command.environment.erase(command.environment.begin());
+    command.path = debugger;
+    command.interactive = true;
+    command.arguments = {"gdb",    "-q",
+                         "-ex",    "set startup-with-shell off",
+                         "-ex",    "set environment " + preload + " " + library,
+                         "-ex",    "handle SIGSYS nostop noprint pass",
+                         "--args", program.path};
+    command.arguments.insert(command.arguments.end(), program.arguments.begin() + 1,
+                             program.arguments.end());
+    return command;
+}
+
 /// One line on a terminal that shows nothing else: how far a long run has come.
 class ProgressLine {
   public:
@@ -167,11 +184,18 @@ int Run(const LauncherOptions& options, const std::string& program) {
         }
         std::cerr << "simulate: the bench is at " << bench->Address() << std::endl;
     }
+    const sim::ProgramFile debugger = sim::FindProgram("gdb");
+    if (options.debugger && debugger.path.empty()) {
+        return Refuse(ExitStatus::CannotStart, "--gdb: " + debugger.problem + " (package gdb)");
+    }
     sim::ChildEnd end;
     {
         ProgressLine progress(options.run.pace == 0.0);
         sim::ChildCommand command =
             CommandFor(options, program, root.Path(), shared.descriptor, bench.get(), library);
+        if (options.debugger) {
+            command = UnderDebugger(command, debugger.path);
+        }
         if (bench) {
             command.onStart = [&] { bench->Start(); };
         }
