@@ -90,7 +90,7 @@ class Walk {
             if (const long error = StepTo(name, last && slash); error != 0) {
                 return error;
             }
-            if (name == "." || name == ".." || IsBoardPath(done_) || BeginsBoardPath(done_ + "/") ||
+            if (name == "." || name == ".." || IsBoardPath(done_) || BeginsDevicePath(done_ + "/") ||
                 (last && !slash && !follow)) {
                 continue;
             }
