@@ -17,7 +17,7 @@ struct Scenario {
     ThreadOrder threadOrder = ThreadOrder::Arrival;
 };
 
-inline constexpr Nanoseconds kDefaultStall = Seconds(24 * 3'600);
+inline constexpr Nanoseconds kDefaultStall = Seconds(86'400);
 
 /// When a run ends, if the program does not end it: at the first limit that is reached.
 struct RunLimits {
