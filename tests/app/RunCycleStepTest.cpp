@@ -152,7 +152,7 @@ TEST(RunCycleStep, DatesTheRecordAfterTheLogWasOpened) {
     RunOptions options = StartingAt("2026-03-07 09:00:00");
     options.ioCosts = true;
     Instrument instrument({}, options);
-    instrument.board.Elapse(Milliseconds(4980) - instrument.board.Now());
+    instrument.board.Elapse(Milliseconds(4990) - instrument.board.Now());
     instrument.Finish();
     EXPECT_THAT(instrument.Log(), StartsWith("2026-03-07 09:00.05,,,"));
 }
