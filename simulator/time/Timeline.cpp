@@ -80,7 +80,9 @@ void Timeline::KeepPace() const {
 }
 
 void Timeline::PollsLine(unsigned line) {
-    if (line != polledLine_ || equalReads_ < kFreeReads) {
+    const Line& polled = board_.lines.At(line);
+    const bool changed = (polled.level != polled.activeLow) != polledLevel_;
+    if (line != polledLine_ || equalReads_ < kFreeReads || changed) {
         return;
     }
     Pause(equalReads_ - kFreeReads, kLongestLinePause, "a line that it polls");
