@@ -2,6 +2,7 @@
 
 #include "simulator/board/BoardPaths.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/Watchdog.h"
 
 namespace sim {
 namespace {
@@ -25,6 +26,7 @@ Gate::Gate(Simulation* simulation) : simulation_(simulation) {
     if (simulation_ != nullptr) {
         ++depth;
         before_ = system_calls::Open();
+        watchdog::CallMade();
     }
 }
 

@@ -90,8 +90,8 @@ class Walk {
             if (const long error = StepTo(name, last && slash); error != 0) {
                 return error;
             }
-            if (name == "." || name == ".." || IsBoardPath(done_) || BeginsDevicePath(done_ + "/") ||
-                (last && !slash && !follow)) {
+            if (name == "." || name == ".." || IsBoardPath(done_) ||
+                BeginsDevicePath(done_ + "/") || (last && !slash && !follow)) {
                 continue;
             }
             std::string target = LinkAt(done_);

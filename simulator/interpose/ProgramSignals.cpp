@@ -2,6 +2,7 @@
 
 #include "simulator/interpose/SystemCall.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/Watchdog.h"
 
 #include <cerrno>
 #include <csignal>
@@ -63,7 +64,7 @@ std::uint64_t TakeDeferred() {
 }
 
 std::uint64_t Granted(std::uint64_t mask) {
-    return mask & ~Bit(SIGSYS);
+    return mask & ~(Bit(SIGSYS) | Bit(watchdog::Signal()));
 }
 
 } // namespace program_signals

@@ -10,7 +10,7 @@ namespace sim::program_signals {
 /// from now on forgotten.
 std::uint64_t TakeDeferred();
 
-/// The mask that a program asks for, without the signal by which the gate works.
+/// The mask that a program asks for, without the signals by which gate and watchdog work.
 std::uint64_t Granted(std::uint64_t mask);
 
 } // namespace sim::program_signals

@@ -4,6 +4,7 @@
 #include "simulator/board/KeptState.h"
 #include "simulator/interpose/Gate.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/Watchdog.h"
 #include "simulator/libc/Real.h"
 #include "simulator/live/LiveRun.h"
 #include "simulator/run/RunReport.h"
@@ -257,6 +258,7 @@ __attribute__((constructor)) void ArmInTheNamedProgram(int, char**, char** envir
     if (served) {
         session->Serve(*live, TextOfFile(request->scenarioFile), request->options.pace);
     }
+    watchdog::Begin();
     report->gated = system_calls::Arm() ? 1 : 0;
 }
 

@@ -44,6 +44,9 @@ Outcome JudgeExit(int status, const RunReport& report, const LauncherOptions& op
     case Ending::Deadlock:
         return MakeOutcome(ExitStatus::Deadlock, "deadlock",
                            "deadlock " + Moment(report) + ": " + text);
+    case Ending::Spinning:
+        return MakeOutcome(ExitStatus::RealTimeLimit, "spinning",
+                           "the program works on without a call " + Moment(report) + ": " + text);
     case Ending::Stalled: {
         char span[32];
         std::snprintf(span, sizeof span, "%g",

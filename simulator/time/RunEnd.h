@@ -13,6 +13,7 @@ enum class Ending {
     LimitReached,
     Deadlock,
     Stalled,
+    Spinning, ///< the program works on and on without a call
     Unmodelled,
     OutputLost,
     BadScenario

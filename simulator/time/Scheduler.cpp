@@ -31,6 +31,7 @@ constexpr std::uint64_t kChanceOneIn = 4;
 Scheduler::Thread& Scheduler::AdoptMainThread() {
     Thread& thread = Create();
     ready_.pop_back();
+    thread.task = gettid();
     current_ = &thread;
     return thread;
 }
@@ -42,6 +43,7 @@ Scheduler::Thread& Scheduler::Create() {
 }
 
 void Scheduler::Begin(Thread& self) {
+    self.task = gettid();
     AwaitGo(self.go);
 }
 

@@ -38,6 +38,7 @@ class Scheduler {
         bool woken = false;       ///< its last wait ended by a wake, not by time
         bool awaitsBoard = false; ///< asleep no longer than to the board's next event
         bool finished = false;
+        int task = 0; ///< the kernel's number of it
         bool detached = false; ///< nobody joins it
     };
 
@@ -80,6 +81,8 @@ class Scheduler {
     /// Hands over to any thread that could run, where the seed picks the order; else does nothing.
     void Chance(Thread& self);
 
+    /// The kernel's number of the thread that runs; 0 when it is none of the program's.
+    int CurrentTask() const { return current_ != nullptr ? current_->task : 0; }
     unsigned Current() const { return current_ != nullptr ? current_->number : 0; }
     /// Threads that have not been joined, the main thread included.
     std::size_t Alive() const { return threads_.size(); }
