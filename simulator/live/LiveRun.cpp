@@ -201,7 +201,9 @@ std::string LiveRun::Meddle(const std::string& table, Nanoseconds at) {
     for (const Fault& fault : added.kernel.faults) {
         simulation_.kernel.calls.faults.Add(fault);
     }
-    simulation_.scheduler.WakeForBoard(at);
+    if (!added.board.events.empty()) { // a fault is no news to who looks at the board
+        simulation_.scheduler.WakeForBoard(at);
+    }
     return {};
 }
 
