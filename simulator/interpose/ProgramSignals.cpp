@@ -42,7 +42,10 @@ void OnSignal(int signal, siginfo_t* information, void* context) {
             reinterpret_cast<std::uint64_t*>(&static_cast<ucontext_t*>(context)->uc_sigmask);
         *mask |= Bit(signal);
         deferred |= Bit(signal);
-        syscall(SYS_rt_tgsigqueueinfo, getpid(), gettid(), signal, information);
+        constexpr std::size_t filled = 48; // of it by the kernel, which takes no rubbish back
+        siginfo_t again{};
+        std::memcpy(&again, information, filled);
+        syscall(SYS_rt_tgsigqueueinfo, getpid(), gettid(), signal, &again);
         return;
     }
     const char before = system_calls::Shut();

@@ -26,8 +26,8 @@ asm(".text\n"
     "syscall\n"
     "ud2\n"
     "simulatedBoardReturned:\n");
-extern "C" const char simulatedBoardReturns[];  // NOLINT(*-avoid-c-arrays)
-extern "C" const char simulatedBoardReturned[]; // NOLINT(*-avoid-c-arrays)
+extern "C" void simulatedBoardReturns();
+extern "C" void simulatedBoardReturned();
 
 namespace sim {
 namespace {
@@ -197,13 +197,13 @@ void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
 struct KernelAction {
     void (*handler)(int, siginfo_t*, void*);
     unsigned long flags;
-    const void* restorer;
+    void (*restorer)();
     std::uint64_t mask;
 };
 
 bool TakeSignal() {
     constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
-    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, &simulatedBoardReturns,
+    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, simulatedBoardReturns,
                               ~std::uint64_t{0}};
     return Raw(SYS_rt_sigaction, {SIGSYS, reinterpret_cast<long>(&action), 0,
                                   static_cast<long>(sizeof action.mask)}) == 0;
@@ -238,10 +238,10 @@ namespace system_calls {
 
 bool Arm() {
     static const bool taken = TakeSignal();
-    const auto length = static_cast<unsigned long>(simulatedBoardReturned - simulatedBoardReturns);
+    const auto begin = reinterpret_cast<unsigned long>(simulatedBoardReturns);
+    const auto length = reinterpret_cast<unsigned long>(simulatedBoardReturned) - begin;
     armed = taken &&
-            prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON,
-                  reinterpret_cast<unsigned long>(simulatedBoardReturns), length, &selector) == 0;
+            prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, begin, length, &selector) == 0;
     selector = armed ? kHeld : kThrough;
     return armed;
 }

@@ -38,7 +38,7 @@ class Scheduler {
         bool woken = false;       ///< its last wait ended by a wake, not by time
         bool awaitsBoard = false; ///< asleep no longer than to the board's next event
         bool finished = false;
-        int task = 0; ///< the kernel's number of it
+        int task = 0;          ///< the kernel's number of it
         bool detached = false; ///< nobody joins it
     };
 
