@@ -49,12 +49,11 @@ class Walk {
         if (rest.front() != '/' && !SetOut(folder)) {
             return {}; // the kernel says what is wrong with the folder
         }
-        const bool fromBoard = !done_.empty() && IsBoardPath(done_);
         const long error = Go(std::move(rest), follow);
         Place place;
         place.error = error;
         place.board = IsBoardPath(done_);
-        place.strayed = fromBoard && !place.board;
+        place.strayed = left_ && !place.board;
         place.path = done_.empty() ? "/" : done_;
         return place;
     }
@@ -114,6 +113,7 @@ class Walk {
                 return error;
             }
             if (name == "..") {
+                left_ = left_ || IsBoardPath(done_);
                 done_.erase(std::min(done_.rfind('/'), done_.size()));
             }
             return 0;
@@ -165,7 +165,8 @@ class Walk {
     }
 
     Simulation& simulation_;
-    std::string done_; ///< as far as the walk has come; empty: the root
+    std::string done_;  ///< as far as the walk has come; empty: the root
+    bool left_ = false; ///< a folder of the board's, by ".."
 };
 
 } // namespace

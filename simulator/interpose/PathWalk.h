@@ -10,7 +10,7 @@ namespace sim {
 struct Place {
     long error = 0;       ///< negated errno when it leads nowhere
     bool board = false;   ///< to what is the board's; else to this machine's own
-    bool strayed = false; ///< to this machine, but from a folder of the board's
+    bool strayed = false; ///< to this machine, but by way of a folder of the board's
     std::string path;     ///< absolute, without "." and ".."; empty: a descriptor's own file
 };
 
