@@ -19,6 +19,10 @@ long Exit(Trap& trap) {
 }
 
 long Become(Trap& trap) {
+    if (Simulation::OfThisThread() == nullptr) {
+        RefuseToolsOnBoard(trap.simulation);
+        return trap.Pass();
+    }
     trap.Refuse(" of " + trap.places[0].path +
                 ", which would not run on the board; name the program itself");
 }

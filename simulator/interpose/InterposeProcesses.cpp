@@ -3,6 +3,7 @@
 // mount table.
 
 #include "simulator/interpose/Gate.h"
+#include "simulator/interpose/PathWalk.h"
 #include "simulator/interpose/Processes.h"
 #include "simulator/interpose/SystemCallGate.h"
 #include "simulator/libc/Real.h"
@@ -27,6 +28,7 @@ using sim::system_calls::Through;
 class BoardTools {
   public:
     explicit BoardTools(sim::Simulation& simulation) {
+        sim::RefuseToolsOnBoard(simulation);
         simulation.events.Flush();
         const std::string folder = simulation.kernel.paths.ToolFolder();
         simulation.kernel.mounts.WriteTools(folder);
@@ -110,6 +112,12 @@ long sim::ForkOnBoard(Simulation& simulation, const std::function<pid_t()>& fork
         simulation.events.Add("fork", "-", child > 0 ? "ok" : "failed");
     }
     return child;
+}
+
+void sim::RefuseToolsOnBoard(Simulation& simulation) {
+    if (!FolderOnBoard().empty()) {
+        simulation.end(Ending::Unmodelled, "another program that is started in " + FolderOnBoard());
+    }
 }
 
 extern "C" {

@@ -11,4 +11,8 @@ namespace sim {
 /// child the board is out of reach.
 long ForkOnBoard(Simulation& simulation, const std::function<pid_t()>& fork);
 
+/// Ends the run where the program is in a folder of the board's: what it starts would work in
+/// another one, of this machine.
+void RefuseToolsOnBoard(Simulation& simulation);
+
 } // namespace sim

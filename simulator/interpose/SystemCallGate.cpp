@@ -113,8 +113,8 @@ long Outside(Simulation& simulation, Trap& trap) {
                                                simulation.kernel.PathOf(trap.Int(0)) +
                                                " in a process that the program forked off");
     }
-    for (answers::Answer* own :
-         {answers::Clone, answers::SignalAction, answers::SignalMask, answers::Suspend}) {
+    for (answers::Answer* own : {answers::Become, answers::Clone, answers::SignalAction,
+                                 answers::SignalMask, answers::Suspend}) {
         if (trap.call.answer == own) {
             return own(trap);
         }
