@@ -76,6 +76,8 @@ void Extend(const struct stat64& from, struct statx* result) {
     result->stx_size = static_cast<std::uint64_t>(from.st_size);
     result->stx_blocks = static_cast<std::uint64_t>(from.st_blocks);
     result->stx_mtime.tv_sec = from.st_mtim.tv_sec;
+    result->stx_dev_major = major(from.st_dev);
+    result->stx_dev_minor = minor(from.st_dev);
     result->stx_rdev_major = major(from.st_rdev);
     result->stx_rdev_minor = minor(from.st_rdev);
 }

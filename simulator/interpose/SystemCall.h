@@ -89,6 +89,7 @@ Answer Status, LinkStatus, StatusAt, DescriptorStatus, ExtendedStatus, Access;
 Answer MakeDirectory, RemoveDirectory, Unlink, UnlinkAt, Rename, RenameWithFlags, Truncate,
     ReadLink, Space, DescriptorSpace, Mount, Unmount;
 Answer ChangeFolder, ChangeFolderTo, CurrentFolder;
+Answer Advise, CopyRange, Label, SendFile, SetTimes;
 Answer Bind, Connect, Poll, PollMasked, Select, SelectMasked, WaitAlone, Alarm;
 Answer Futex, Sleep, SleepUntil, Clock, TimeOfDay, Time, Yield;
 Answer SignalAction, SignalMask, Suspend, Exit, Become, Clone, Kill;
