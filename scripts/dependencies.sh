@@ -28,6 +28,8 @@ check_packages=(
     libclang-rt-dev
     mawk
     python3
+    busybox
+    perl
     tzdata
     sqlite3
 )
