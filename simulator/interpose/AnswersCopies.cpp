@@ -11,19 +11,25 @@
 namespace sim::answers {
 namespace {
 
-/// One piece from a file to another, either of them the board's or this machine's.
-long Copy(const Trap& trap, int from, int to, std::size_t most) {
+/// One piece from a file to another, either of them the board's or this machine's; from its place,
+/// or from an offset, which goes on.
+long Copy(const Trap& trap, int from, int to, std::size_t most, long* offset = nullptr) {
     std::vector<char> piece(std::min<std::size_t>(most, 1U << 16U));
     const auto data = reinterpret_cast<long>(piece.data());
     Kernel& board = trap.Board();
-    const long got = board.Owns(from)
-                         ? board.Read(from, piece.data(), piece.size())
-                         : Trap::Pass(SYS_read, {from, data, static_cast<long>(piece.size())});
-    if (got <= 0) {
-        return got;
+    const auto size = static_cast<long>(piece.size());
+    long moved = !board.Owns(from) ? Trap::Pass(offset != nullptr ? SYS_pread64 : SYS_read,
+                                                {from, data, size, offset != nullptr ? *offset : 0})
+                 : offset != nullptr ? board.ReadAt(from, piece.data(), piece.size(), *offset)
+                                     : board.Read(from, piece.data(), piece.size());
+    if (moved > 0) {
+        moved = board.Owns(to) ? board.Write(to, piece.data(), static_cast<std::size_t>(moved))
+                               : Trap::Pass(SYS_write, {to, data, moved});
     }
-    return board.Owns(to) ? board.Write(to, piece.data(), static_cast<std::size_t>(got))
-                          : Trap::Pass(SYS_write, {to, data, got});
+    if (moved > 0 && offset != nullptr) {
+        *offset += moved;
+    }
+    return moved;
 }
 
 bool OnCard(const Trap& trap, int descriptor) {
@@ -43,10 +49,10 @@ long CopyRange(Trap& trap) {
 }
 
 long SendFile(Trap& trap) {
-    if (trap.arguments[2] != 0 || trap.simulation.scheduler.Alive() > 1) {
-        trap.Refuse(" from an offset, or of a program with threads");
+    if (trap.simulation.scheduler.Alive() > 1) {
+        trap.Refuse(" of a program with threads");
     }
-    return Copy(trap, trap.Int(1), trap.Int(0), trap.As<std::size_t>(3));
+    return Copy(trap, trap.Int(1), trap.Int(0), trap.As<std::size_t>(3), trap.As<long*>(2));
 }
 
 long Advise(Trap& trap) {

@@ -168,6 +168,9 @@ int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t
                 const posix_spawnattr_t* attributes, char* const arguments[],
                 char* const environment[]) {
     const Through through;
+    if (Gate gate; gate) {
+        sim::RefuseToolsOnBoard(*gate);
+    }
     return SIM_REAL(posix_spawn)(child, path, actions, attributes, arguments, environment);
 }
 
@@ -175,6 +178,9 @@ int posix_spawnp(pid_t* child, const char* name, const posix_spawn_file_actions_
                  const posix_spawnattr_t* attributes, char* const arguments[],
                  char* const environment[]) {
     const Through through;
+    if (Gate gate; gate) {
+        sim::RefuseToolsOnBoard(*gate);
+    }
     return SIM_REAL(posix_spawnp)(child, name, actions, attributes, arguments, environment);
 }
 
