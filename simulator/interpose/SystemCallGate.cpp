@@ -22,12 +22,12 @@
 // The way back from the handler is a system call too, of code that the kernel lets through by its
 // place. What follows the call belongs to that place.
 asm(".text\n"
-    "simulatedBoardReturns: mov $15, %eax\n" // rt_sigreturn
+    "SimulatedBoardReturns: mov $15, %eax\n" // rt_sigreturn
     "syscall\n"
     "ud2\n"
-    "simulatedBoardReturned:\n");
-extern "C" void simulatedBoardReturns();
-extern "C" void simulatedBoardReturned();
+    "SimulatedBoardReturned:\n");
+extern "C" void SimulatedBoardReturns();
+extern "C" void SimulatedBoardReturned();
 
 namespace sim {
 namespace {
@@ -166,7 +166,7 @@ void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
     if (information->si_syscall == SYS_rt_sigreturn) {
         // A handler of the program ends: its frame lies where its stack pointer stands.
         asm volatile("mov %0, %%rsp\n"
-                     "jmp simulatedBoardReturns"
+                     "jmp SimulatedBoardReturns"
                      :
                      : "r"(registers[REG_RSP])
                      : "memory");
@@ -203,7 +203,7 @@ struct KernelAction {
 
 bool TakeSignal() {
     constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
-    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, simulatedBoardReturns,
+    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, SimulatedBoardReturns,
                               ~std::uint64_t{0}};
     return Raw(SYS_rt_sigaction, {SIGSYS, reinterpret_cast<long>(&action), 0,
                                   static_cast<long>(sizeof action.mask)}) == 0;
@@ -238,8 +238,8 @@ namespace system_calls {
 
 bool Arm() {
     static const bool taken = TakeSignal();
-    const auto begin = reinterpret_cast<unsigned long>(simulatedBoardReturns);
-    const auto length = reinterpret_cast<unsigned long>(simulatedBoardReturned) - begin;
+    const auto begin = reinterpret_cast<unsigned long>(SimulatedBoardReturns);
+    const auto length = reinterpret_cast<unsigned long>(SimulatedBoardReturned) - begin;
     armed = taken &&
             prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, begin, length, &selector) == 0;
     selector = armed ? kHeld : kThrough;
