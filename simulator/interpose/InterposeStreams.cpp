@@ -33,7 +33,13 @@ FILE* fopen64(const char* path, const char* mode) {
         return sim::real::fopen(path, mode);
     }
     const int file = AsResult(gate->kernel.Open(path, FlagsOf(mode), 0666));
-    return file < 0 ? nullptr : SIM_REAL(fdopen)(file, mode);
+    if (file < 0) {
+        return nullptr;
+    }
+    if (std::string_view(mode).starts_with("a")) { // as the C library begins at the end
+        gate->kernel.Seek(file, 0, SEEK_END);
+    }
+    return SIM_REAL(fdopen)(file, mode);
 }
 FILE* fopen(const char* path, const char* mode) {
     return fopen64(path, mode);
