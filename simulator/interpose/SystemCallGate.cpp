@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/prctl.h>
 #include <sched.h>
@@ -153,6 +154,19 @@ long Decide(long number, const std::array<long, 6>& arguments, std::uint64_t& bl
     return call->answer(trap);
 }
 
+/// The library that a piece of code or data belongs to; null for none.
+const void* LibraryOf(const void* address) {
+    Dl_info found{};
+    return address != nullptr && dladdr(address, &found) != 0 ? found.dli_fbase : nullptr;
+}
+
+const void* sanitizer = nullptr; ///< the library of the program's sanitizer
+
+/// A sanitizer's locks are taken by threads after their end, too, in real time: so are its waits.
+bool IsSanitizers(const void* code) {
+    return sanitizer != nullptr && LibraryOf(code) == sanitizer;
+}
+
 /// The leak checker of a sanitizer looks at the process by a helper that shares its memory. It is
 /// the last that such a process does, so its calls go through from then on.
 bool IsLeakCheckers(long number, long flags) {
@@ -182,10 +196,12 @@ void OnSystemCall(int /*signal*/, siginfo_t* information, void* context) {
         registers[REG_RIP] -= callItself;
         registers[REG_RAX] = information->si_syscall;
     } else {
-        registers[REG_RAX] = Decide(information->si_syscall,
-                                    {registers[REG_RDI], registers[REG_RSI], registers[REG_RDX],
-                                     registers[REG_R10], registers[REG_R8], registers[REG_R9]},
-                                    blocked);
+        const std::array<long, 6> arguments{registers[REG_RDI], registers[REG_RSI],
+                                            registers[REG_RDX], registers[REG_R10],
+                                            registers[REG_R8],  registers[REG_R9]};
+        registers[REG_RAX] = IsSanitizers(information->si_call_addr)
+                                 ? Raw(information->si_syscall, arguments)
+                                 : Decide(information->si_syscall, arguments, blocked);
     }
     blocked &= ~program_signals::TakeDeferred();
     errno = before;
@@ -202,6 +218,7 @@ struct KernelAction {
 };
 
 bool TakeSignal() {
+    sanitizer = LibraryOf(dlsym(RTLD_DEFAULT, "__sanitizer_print_stack_trace"));
     constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
     const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, SimulatedBoardReturns,
                               ~std::uint64_t{0}};
