@@ -109,7 +109,7 @@ class InterruptedRun : public Output, public testing::WithParamInterface<std::st
 TEST_P(InterruptedRun, TellsAllThatIsKnown) {
     const CommandResult run =
         Shell("timeout --preserve-status --foreground -s " + GetParam() +
-              " 1 $simulate --pace 5 --summary $folder/sum --events $folder/events --board "
+              " 2 $simulate --pace 5 --summary $folder/sum --events $folder/events --board "
               "$folder/board -- $tavrelin >/dev/null");
     EXPECT_THAT(run.error, HasSubstr("simulate: interrupted\n"));
     EXPECT_GT(run.status, 128);
