@@ -99,7 +99,7 @@ TEST_F(Output, OfTheSummaryThatIsFullIsTold) {
 TEST_F(Output, OfEventsCanBeFollowed) {
     const CommandResult run =
         Shell("$simulate --pace real --events $folder/events -- $tavrelin >/dev/null & "
-              "sleep 1; cat $folder/events; kill -TERM $!; wait $!");
+              "sleep 2; cat $folder/events; kill -TERM $!; wait $!");
     EXPECT_THAT(run.output, HasSubstr(" sleep - 2000000 us\n"));
 }
 

@@ -170,7 +170,7 @@ TEST_F(RunFiles, TheLastEventsBeforeACrashAreThere) {
 }
 
 TEST_F(RunFiles, TheLastEventsBeforeAStopAreThere) {
-    SimulateTrouble({"sleep-again", "60000"}, {"--events", File("events"), "--real-time", "0.5"});
+    SimulateTrouble({"sleep-again", "60000"}, {"--events", File("events"), "--real-time", "1"});
     const Words events = LinesOf(TextOf(File("events")));
     ASSERT_GT(events.size(), 4'000U) << "two buffers full";
     std::int64_t moment = 0;
@@ -196,7 +196,7 @@ TEST_F(RunFiles, WaveformsAreWholeHoweverTheRunEnds) {
     EXPECT_EQ(waves({"one-mutex-twice"}), 0);
     waves({"segfault"});
     waves({"crash-after-export", "7"});
-    waves({"spin"}, {"--real-time", "0.1"});
+    waves({"spin"}, {"--real-time", "1"});
 }
 
 TEST_F(RunFiles, WaveformsOfAStoppedRunReachItsLastMoment) {
