@@ -36,10 +36,11 @@ pthread_key_t EndKey();
 thread_local int timesEnded = 0;
 
 /// Runs when a thread ends, whether it returns or calls pthread_exit: as late as the C library
-/// lets it, because the program's own destructors call in too.
+/// lets it, because the program's own destructors call in too, but before a sanitizer gives the
+/// thread up in the last round.
 void AtThreadEnd(void* data) {
     auto* simulation = static_cast<Simulation*>(data);
-    if (++timesEnded < PTHREAD_DESTRUCTOR_ITERATIONS) {
+    if (++timesEnded < PTHREAD_DESTRUCTOR_ITERATIONS - 1) {
         pthread_setspecific(EndKey(), data);
         return;
     }
