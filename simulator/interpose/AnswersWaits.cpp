@@ -261,6 +261,9 @@ long Futex(Trap& trap) {
                           ? trap.As<std::uint32_t>(5)
                           : FUTEX_BITSET_MATCH_ANY;
     Futexes& futexes = trap.simulation.futexes;
+    if (operation == FUTEX_WAIT || operation == FUTEX_WAIT_BITSET) {
+        AwaitEndedThreads();
+    }
     switch (operation) {
     case FUTEX_WAIT:
         return futexes.Wait(word, value, bits, Deadline(trap, time), WhatWordIs(word));
@@ -273,7 +276,8 @@ long Futex(Trap& trap) {
     }
     case FUTEX_WAKE:
     case FUTEX_WAKE_BITSET:
-        return futexes.Wake(word, trap.Int(2), bits);
+        // A thread that has ended its part in the run may wait in real time.
+        return futexes.Wake(word, trap.Int(2), bits) + std::max(trap.Pass(), 0L);
     case FUTEX_REQUEUE:
         return futexes.Requeue(word, trap.Int(2), trap.As<const std::uint32_t*>(4), trap.Int(3));
     case FUTEX_CMP_REQUEUE:

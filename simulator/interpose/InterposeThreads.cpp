@@ -11,6 +11,9 @@
 #include <memory>
 #include <pthread.h>
 #include <string>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -31,6 +34,16 @@ std::map<pthread_t, Scheduler::Thread*>& Threads() {
     return known;
 }
 
+/// The kernel's numbers of threads that have ended their part in the run and may not be gone yet.
+std::vector<int>& Leaving() {
+    static std::vector<int> known;
+    return known;
+}
+
+bool IsGone(int task) {
+    return syscall(SYS_tgkill, getpid(), task, 0) != 0;
+}
+
 pthread_key_t EndKey();
 
 thread_local int timesEnded = 0;
@@ -47,6 +60,7 @@ void AtThreadEnd(void* data) {
     sim::system_calls::Open();
     Scheduler::Thread* self = sim::ThreadSelf();
     simulation->events.Add("thread-end", "-");
+    Leaving().push_back(self->task);
     sim::SetThreadSelf(nullptr);
     simulation->scheduler.Finish(*self);
 }
@@ -95,6 +109,17 @@ bool IsDetached(const pthread_attr_t* attributes) {
 }
 
 } // namespace
+
+void sim::AwaitEndedThreads() {
+    constexpr int tries = 1000;
+    constexpr long long pause = 20'000; // ns
+    std::erase_if(Leaving(), IsGone);
+    for (int i = 0; i < tries && !Leaving().empty(); ++i) {
+        real::SleepFor(pause);
+        std::erase_if(Leaving(), IsGone);
+    }
+    Leaving().clear();
+}
 
 std::string sim::WhatWordIs(const void* word) {
     const auto locker = Lockers().find(word); // a mutex begins with its word
@@ -151,6 +176,7 @@ int pthread_join(pthread_t joined, void** result) {
     }
     const int error = SIM_REAL(pthread_join)(joined, result);
     gate->events.Add("join", "-", std::to_string(thread->number));
+    std::erase(Leaving(), thread->task);
     Threads().erase(found);
     gate->scheduler.Forget(*thread);
     return error;
