@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <string>
 #include <sys/prctl.h>
@@ -67,11 +68,13 @@ class HeadStart {
         Close(ends_[0]);
         own = ends_[1];
     }
-    /// In the parent, of a child that there is or not: waits for the child's head start to end.
+    /// In the parent, of a child that there is or not: waits for the child's head start to end. One
+    /// that goes on for long may itself wait for the parent.
     void Await() {
+        constexpr int longest = 2'000; // ms
         Close(ends_[1]);
-        char nothing = 0;
-        while (sim::real::read(ends_[0], &nothing, 1) < 0 && errno == EINTR) {
+        pollfd ended{ends_[0], POLLIN, 0};
+        while (SIM_REAL(poll)(&ended, 1, longest) < 0 && errno == EINTR) {
         }
         Close(ends_[0]);
     }
