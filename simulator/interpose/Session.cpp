@@ -4,6 +4,7 @@
 #include "simulator/board/KeptState.h"
 #include "simulator/interpose/Gate.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/ThreadWaits.h"
 #include "simulator/interpose/Watchdog.h"
 #include "simulator/libc/Real.h"
 #include "simulator/live/LiveRun.h"
@@ -119,6 +120,7 @@ class Session {
     }
 
     Footprint MeasureFootprint() const {
+        AwaitEndedThreads(); // they still hold memory
         Footprint measured;
         measured.heapBytes = mallinfo2().uordblks;
         measured.residentBytes = ProcessStatus("VmRSS:") * 1024;
