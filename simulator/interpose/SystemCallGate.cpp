@@ -219,11 +219,7 @@ struct KernelAction {
 
 bool TakeSignal() {
     sanitizer = LibraryOf(dlsym(RTLD_DEFAULT, "__sanitizer_print_stack_trace"));
-    constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
-    const KernelAction action{OnSystemCall, SA_SIGINFO | restorer, SimulatedBoardReturns,
-                              ~std::uint64_t{0}};
-    return Raw(SYS_rt_sigaction, {SIGSYS, reinterpret_cast<long>(&action), 0,
-                                  static_cast<long>(sizeof action.mask)}) == 0;
+    return system_calls::Handle(SIGSYS, OnSystemCall, ~std::uint64_t{0});
 }
 
 } // namespace
@@ -261,6 +257,14 @@ bool Arm() {
             prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, begin, length, &selector) == 0;
     selector = armed ? kHeld : kThrough;
     return armed;
+}
+
+bool Handle(int signal, void (*handler)(int, siginfo_t*, void*), std::uint64_t keptOut) {
+    constexpr unsigned long restorer = 0x0400'0000; // SA_RESTORER
+    const KernelAction action{handler, SA_SIGINFO | SA_RESTART | restorer, SimulatedBoardReturns,
+                              keptOut};
+    return Raw(SYS_rt_sigaction, {signal, reinterpret_cast<long>(&action), 0,
+                                  static_cast<long>(sizeof action.mask)}) == 0;
 }
 
 void Disarm() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <csignal>
+#include <cstdint>
+
 /// The gate at the system call: where this machine has one, every system call of the simulated
 /// program that no stand-in made is looked at before the kernel sees it.
 namespace sim::system_calls {
@@ -9,6 +12,10 @@ bool Arm();
 /// They no longer do.
 void Disarm();
 bool IsArmed();
+
+/// Has a signal handled by a function whose end does not come to the gate. Past the sanitizers, who
+/// keep out all signals meanwhile, the gate's own too.
+bool Handle(int signal, void (*handler)(int, siginfo_t*, void*), std::uint64_t keptOut);
 
 /// True while the calling thread is in the middle of the simulation.
 bool IsInside();

@@ -1,6 +1,7 @@
 #include "simulator/interpose/Watchdog.h"
 
 #include "simulator/interpose/Gate.h"
+#include "simulator/interpose/SystemCallGate.h"
 
 #include <atomic>
 #include <csignal>
@@ -63,10 +64,7 @@ void Look(int signal, siginfo_t* /*information*/, void* context) {
 } // namespace
 
 void Begin() {
-    struct sigaction action {};
-    action.sa_sigaction = Look;
-    action.sa_flags = SA_SIGINFO | SA_RESTART;
-    sigaction(Signal(), &action, nullptr);
+    system_calls::Handle(Signal(), Look, 0);
     sigevent event{};
     event.sigev_notify = SIGEV_SIGNAL;
     event.sigev_signo = Signal();
