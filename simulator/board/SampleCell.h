@@ -26,7 +26,7 @@ class SampleCell {
     /// From the first stirring after the dose to full colour.
     static constexpr Nanoseconds kDevelopmentTime = Milliseconds(1500);
     /// The valve's coil does not let go within this time: a shorter pause is no closing.
-    static constexpr Nanoseconds kValveRelease = Milliseconds(1);
+    static constexpr Nanoseconds kValveRelease = Milliseconds(20);
 
     /// True absorbances: the first flush (priming) and the first measurement take the first one,
     /// each later flush the next, and the last one stays.

@@ -1,6 +1,7 @@
 #include "simulator/interpose/Gate.h"
 
 #include "simulator/board/BoardPaths.h"
+#include "simulator/interpose/PathWalk.h"
 #include "simulator/interpose/SystemCallGate.h"
 #include "simulator/interpose/Watchdog.h"
 
@@ -40,6 +41,11 @@ Gate::~Gate() {
         --depth;
         system_calls::Restore(before_);
     }
+}
+
+std::string& FolderOnBoard() {
+    static std::string folder;
+    return folder;
 }
 
 Scheduler::Thread& Gate::Self() const {

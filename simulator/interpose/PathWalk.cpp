@@ -180,9 +180,4 @@ Place WalkPath(Simulation& simulation, int folder, const char* text, bool follow
     return Walk(simulation).Begin(folder, text, follow);
 }
 
-std::string& FolderOnBoard() {
-    static std::string folder;
-    return folder;
-}
-
 } // namespace sim
