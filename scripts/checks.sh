@@ -157,6 +157,7 @@ check_unit() {
 }
 
 check_bench() {
+    hold "build default" default-build.log build default
     hold "bench" bench.log cmake --build --preset default --target bench
     cat "$work/bench.log"
 }

@@ -236,6 +236,7 @@ long Bind(Trap& trap) {
                                strnlen(address->sun_path, trap.As<std::size_t>(2) - before));
         trap.places[0] = WalkPath(trap.simulation, AT_FDCWD, path.c_str(), true);
         if (trap.places[0].board) {
+            trap.onBoard = trap.places[0].path;
             trap.Refuse("");
         }
     }

@@ -46,6 +46,7 @@ struct Trap {
     Simulation& simulation;
     std::uint64_t& blocked;        ///< the signals that the thread blocks, a bit each
     std::array<Place, 2> places{}; ///< of its paths, in their order
+    std::string onBoard{};         ///< what of the board's it is about, if it is
 
     Kernel& Board() const { return simulation.kernel; }
     /// An argument, of a call that starts from a folder's descriptor those after it: so that open

@@ -78,7 +78,9 @@ bool IsAboutBoard(Trap& trap) {
         if (*kind == 'd') {
             folder = static_cast<int>(trap.arguments.at(argument));
         } else if (*kind == 'f') {
-            board = board || trap.Board().Owns(static_cast<int>(trap.arguments.at(argument)));
+            const int descriptor = static_cast<int>(trap.arguments.at(argument));
+            trap.onBoard =
+                trap.Board().Owns(descriptor) ? trap.Board().PathOf(descriptor) : trap.onBoard;
         } else if (const auto* text = reinterpret_cast<const char*>(trap.arguments.at(argument));
                    *kind != '-' && text != nullptr) {
             const bool asked = trap.call.flags == 0 ||
@@ -86,14 +88,15 @@ bool IsAboutBoard(Trap& trap) {
                                 AT_SYMLINK_NOFOLLOW) == 0;
             Place& found = trap.places.at(place++);
             found = WalkPath(trap.simulation, folder, text, *kind == 'p' && asked);
-            board = board || found.board;
+            trap.onBoard = found.board && trap.onBoard.empty() ? found.path : trap.onBoard;
+            board = board || found.board; // an empty path is a descriptor's own
             if (found.strayed) {
                 trap.arguments.at(argument) = reinterpret_cast<long>(found.path.c_str());
             }
         }
         ++argument;
     }
-    return board;
+    return board || !trap.onBoard.empty();
 }
 
 /// What the call of a process that was forked off, or of a thread that has ended, comes to: the
@@ -103,15 +106,8 @@ long Outside(Simulation& simulation, Trap& trap) {
                             trap.call.number == SYS_dup || trap.call.number == SYS_dup2 ||
                             trap.call.number == SYS_dup3;
     static_cast<void>(IsAboutBoard(trap));
-    for (const Place& place : trap.places) {
-        if (place.board) {
-            simulation.end(Ending::Unmodelled, std::string(trap.call.name) + " of " + place.path +
-                                                   " in a process that the program forked off");
-        }
-    }
-    if (!keepsApart && *trap.call.about == 'f' && simulation.kernel.Owns(trap.Int(0))) {
-        simulation.end(Ending::Unmodelled, std::string(trap.call.name) + " of " +
-                                               simulation.kernel.PathOf(trap.Int(0)) +
+    if (!keepsApart && !trap.onBoard.empty()) {
+        simulation.end(Ending::Unmodelled, std::string(trap.call.name) + " of " + trap.onBoard +
                                                " in a process that the program forked off");
     }
     for (answers::Answer* own : {answers::Become, answers::Clone, answers::SignalAction,
@@ -236,15 +232,7 @@ long Trap::Pass() const {
 }
 
 void Trap::Refuse(const std::string& why) const {
-    std::string about;
-    for (const Place& place : places) {
-        about += place.board ? " of " + place.path : "";
-    }
-    if (about.empty() && std::string_view(call.about).find('f') != std::string_view::npos &&
-        simulation.kernel.Owns(Int(0))) {
-        about = " of " + simulation.kernel.PathOf(Int(0));
-    }
-    simulation.kernel.calls.Unmodelled(call.name + about + why);
+    simulation.kernel.calls.Unmodelled(call.name + (onBoard.empty() ? "" : " of " + onBoard) + why);
 }
 
 namespace system_calls {

@@ -72,6 +72,8 @@ INSTANTIATE_TEST_SUITE_P(
         NotModelled({"become-another", "/usr/bin/true"},
                     "execve of /usr/bin/true, which would not run on the board; name the program "
                     "itself"),
+        NotModelled({"write-from-a-fork", "/sys/class/gpio/export"},
+                    "write of /sys/class/gpio/export in a process that the program forked off"),
         NotModelled({"look-from-a-fork", "/sys/class/gpio/export"},
                     "access of /sys/class/gpio/export in a process that the program forked off"),
         Trouble{{"status", "3"}, 4, "the program ended with status 3 " + kAtTheStart}));

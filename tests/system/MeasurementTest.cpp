@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 namespace tavrelin {
@@ -42,6 +43,16 @@ void ExpectResult(const LoggedResult& result, const Range& absorbance) {
     EXPECT_LE(result.absorbance, absorbance.high);
     EXPECT_NEAR(result.chlorine, result.absorbance * kSlope,
                 2 * kDigits * std::abs(result.absorbance) * kSlope);
+}
+
+TEST(Measurement, GivesEverySampleItsOwnAtTheCostsOfABoard) {
+    const RunResult run =
+        RunInstrument({.scenario = "samples", .measurements = 3, .ioCost = "board"});
+    const std::vector<LoggedResult> results = ResultsIn(run.Log());
+    ASSERT_EQ(results.size(), 3U);
+    for (const std::size_t i : {0U, 1U, 2U}) {
+        ExpectResult(results[i], PrintedAbsorbance(std::array{0.0, 0.1, 0.25}.at(i), 0.0, kCounts));
+    }
 }
 
 TEST(Measurement, GivesTheTrueAbsorbanceOfEverySample) {

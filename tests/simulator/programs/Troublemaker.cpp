@@ -97,6 +97,15 @@ int BecomeAnother(const char* program) {
     return 1;
 }
 
+int WriteFromAFork(const char* path) {
+    const int file = open(path, O_WRONLY);
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(write(file, "1", 1) == 1 ? 0 : 1);
+    }
+    return waitpid(child, nullptr, 0) == child ? 0 : 1;
+}
+
 int LookFromAFork(const char* path) {
     const pid_t child = fork();
     if (child == 0) {
@@ -179,6 +188,7 @@ constexpr Trouble kTroubles[]{
     {"open-file", OpenFile},
     {"become-another", BecomeAnother},
     {"look-from-a-fork", LookFromAFork},
+    {"write-from-a-fork", WriteFromAFork},
     {"spin", Spin},
     {"spin-ready", SpinReady},
     {"sleep-again", SleepAgainAndAgain},
