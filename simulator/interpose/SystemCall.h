@@ -77,6 +77,9 @@ struct Trap {
     [[noreturn]] void Refuse(const std::string& why) const;
 };
 
+/// What the kernel would give for a call of the program, in a thread that blocks some signals.
+long AnswerSystemCall(long number, const std::array<long, 6>& arguments, std::uint64_t& blocked);
+
 /// The call of a number; null for one that is not known.
 const SystemCall* FindSystemCall(long number);
 

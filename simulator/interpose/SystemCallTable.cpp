@@ -269,7 +269,7 @@ constexpr Group kGroups[] = {
       CALL(lookup_dcookie)}},
     {Treatment::Passed,
      "signals and children, which come and go in real time",
-     {CALL(kill), CALL(tkill), CALL(wait4), CALL(waitid), CALL(rt_sigpending),
+     {CALL(kill), CALL(tkill), CALL(wait4), CALL(waitid), CALL(rt_sigpending), CALL(rt_sigreturn),
       CALL(rt_sigqueueinfo), CALL(rt_tgsigqueueinfo), CALL(sigaltstack), CALL(pidfd_send_signal)}},
     {Treatment::Passed,
      "sockets and queues, but for their waits",

@@ -68,12 +68,8 @@ long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& 
         error = -ENOENT;
     } else if (Within(path, kMountPoint)) {
         error = OpenCardFile(path, flags, file);
-    } else if (Within(path, kSpiDevice) || Within(path, kMemoryDevice)) {
-        error = OpenDevice(path, flags, file);
-    } else if (Within(path, kMountTable) || Within(path, kMountInformation)) {
-        error = OpenMountTable(path, flags, file);
     } else {
-        error = OpenBlocks(path, flags);
+        error = OpenDevice(path, flags, file);
     }
     if (error == 0) {
         file->OpenedWith(flags);
@@ -85,41 +81,21 @@ long Paths::Open(const std::string& path, int flags, std::unique_ptr<OpenFile>& 
 
 long Paths::OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
     const long mode = Mode(path);
-    if (mode < 0) {
-        return mode;
-    }
-    if (const long error = RefuseExisting(flags, false); error != 0) {
+    if (const long error = mode < 0 ? mode : RefuseExisting(flags, false); error != 0) {
         return error;
     }
     if (path == kSpiDevice) {
         file = std::make_unique<SpiFile>(path, calls_.board, spi_, calls_.events);
-    } else {
+    } else if (path == kMemoryDevice) {
         file = std::make_unique<MemoryFile>(path);
-    }
-    return 0;
-}
-
-long Paths::OpenBlocks(const std::string& path, int flags) {
-    const long mode = Mode(path);
-    if (const long error = mode < 0 ? mode : RefuseExisting(flags, false); error != 0) {
-        return error;
-    }
-    calls_.Unmodelled("open of " + path);
-}
-
-long Paths::OpenMountTable(const std::string& path, int flags, std::unique_ptr<OpenFile>& file) {
-    const long mode = Mode(path);
-    if (mode < 0) {
-        return mode;
-    }
-    if (const long error = RefuseExisting(flags, false); error != 0) {
-        return error;
-    }
-    if (Writes(flags)) {
+    } else if (path != kMountTable && path != kMountInformation) {
+        calls_.Unmodelled("open of " + path);
+    } else if (Writes(flags)) {
         return -EACCES;
+    } else {
+        file = std::make_unique<Snapshot>(path, path == kMountTable ? mounts_.Text()
+                                                                    : mounts_.Information());
     }
-    file = std::make_unique<Snapshot>(path,
-                                      path == kMountTable ? mounts_.Text() : mounts_.Information());
     return 0;
 }
 

@@ -47,8 +47,6 @@ class Paths {
 
   private:
     long OpenDevice(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
-    long OpenBlocks(const std::string& path, int flags);
-    long OpenMountTable(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenAttribute(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     long OpenCardFile(const std::string& path, int flags, std::unique_ptr<OpenFile>& file);
     std::string HostPath(const std::string& path) const;
