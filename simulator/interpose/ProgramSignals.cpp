@@ -2,7 +2,7 @@
 
 #include "simulator/interpose/SystemCall.h"
 #include "simulator/interpose/SystemCallGate.h"
-#include "simulator/interpose/Watchdog.h"
+#include "simulator/run/RunReport.h"
 
 #include <cerrno>
 #include <csignal>
@@ -67,7 +67,7 @@ std::uint64_t TakeDeferred() {
 }
 
 std::uint64_t Granted(std::uint64_t mask) {
-    return mask & ~(Bit(SIGSYS) | Bit(watchdog::Signal()));
+    return mask & ~(Bit(SIGSYS) | Bit(kWatchdogSignal));
 }
 
 } // namespace program_signals

@@ -64,10 +64,10 @@ void Look(int signal, siginfo_t* /*information*/, void* context) {
 } // namespace
 
 void Begin() {
-    system_calls::Handle(Signal(), Look, 0);
+    system_calls::Handle(kWatchdogSignal, Look, 0);
     sigevent event{};
     event.sigev_notify = SIGEV_SIGNAL;
-    event.sigev_signo = Signal();
+    event.sigev_signo = kWatchdogSignal;
     timer_t timer{};
     const itimerspec everySecond{{1, 0}, {1, 0}};
     if (timer_create(CLOCK_PROCESS_CPUTIME_ID, &event, &timer) == 0) {
@@ -77,10 +77,6 @@ void Begin() {
 
 void CallMade() {
     calls.store(calls.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-}
-
-int Signal() {
-    return SIGRTMAX - 2;
 }
 
 } // namespace sim::watchdog

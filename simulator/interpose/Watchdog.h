@@ -9,7 +9,4 @@ void Begin();
 /// The program has made a call.
 void CallMade();
 
-/// The signal by which it looks.
-int Signal();
-
 } // namespace sim::watchdog

@@ -100,11 +100,13 @@ sim::ChildCommand UnderDebugger(const sim::ChildCommand& program, const std::str
     command.environment.erase(command.environment.begin());
     command.path = debugger;
     command.interactive = true;
-    command.arguments = {"gdb",    "-q",
-                         "-ex",    "set startup-with-shell off",
-                         "-ex",    "set environment " + preload + " " + library,
-                         "-ex",    "handle SIGSYS nostop noprint pass",
-                         "--args", program.path};
+    command.arguments = {
+        "gdb",    "-q",
+        "-ex",    "set startup-with-shell off",
+        "-ex",    "set environment " + preload + " " + library,
+        "-ex",    "handle SIGSYS nostop noprint pass",
+        "-ex",    "handle SIG" + std::to_string(sim::kWatchdogSignal) + " nostop noprint pass",
+        "--args", program.path};
     command.arguments.insert(command.arguments.end(), program.arguments.begin() + 1,
                              program.arguments.end());
     return command;

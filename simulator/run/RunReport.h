@@ -55,6 +55,10 @@ struct RunReport {
     char board[8192]{};   ///< what outlives the program (board/KeptState.h)
 };
 
+/// The signal by which the program is watched for work without a call: the C library's last but
+/// two.
+inline constexpr int kWatchdogSignal = 62;
+
 /// Names the variable that tells the preloaded library about its run.
 inline constexpr const char* kRunVariable = "TAVRELIN_SIMULATION";
 
