@@ -2,11 +2,11 @@
 # speed.sh SIMULATE TAVRELIN: how long the instrument's whole life takes, 200000 steps, told from a tenth of
 # it: with free calls, with calls that cost, and two at once; and where the processor's work goes. The times
 # of a shared machine waver: they are told beside what they should be. Judged is what is counted: calls,
-# threads, and instructions where valgrind is there.
+# threads, and how often the processor goes from one thread to another.
 set -euo pipefail
 export LC_ALL=C
 readonly simulate=$1 tavrelin=$2
-readonly measurements=1176 counted=10
+readonly measurements=1176
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -46,6 +46,13 @@ each() {
 each access 300
 each pthread_create 55
 
+switches=$(python3 -c 'import resource, subprocess, sys
+subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL, check=True)
+print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_nvcsw)' \
+    "$simulate" --io-cost none --measurements $measurements -- "$tavrelin")
+printf '%-28s%8d a measurement (at most 100)\n' 'switches of threads' $((switches / measurements))
+[ $((switches / measurements)) -le 100 ] || fail "a measurement takes $switches / $measurements switches of threads"
+
 wall() {
     local TIMEFORMAT=%R
     { time "$@"; } 2>&1
@@ -59,28 +66,4 @@ if [ "$(nproc)" -ge 2 ]; then
     printf '%-28s%8.2f times the real time of one\n' 'two runs at once' \
         "$(awk "BEGIN { print $(wall two | tail -n 1) / $(wall tenth none | tail -n 1) }")"
 fi
-
-if ! command -v valgrind >/dev/null; then
-    echo 'instructions: not counted, valgrind is missing'
-    exit $status
-fi
-valgrind --tool=callgrind --trace-children=yes --callgrind-out-file="$folder/%p" \
-    "$simulate" --io-cost none --measurements $counted -- "$tavrelin" >/dev/null 2>&1
-# The program's own: the launcher's names another.
-profile=$(grep -lE "^cmd: *[^ ]*/${tavrelin##*/} *$" "$folder"/[0-9]*)
-callgrind_annotate --inclusive=yes "$profile" | tr -d , >"$folder/profile"
-# Instructions of the first function of this name, callees included.
-of() { awk -v name="$1" 'index($0, name) && $1 ~ /^[0-9]+$/ && !found { print $1; found = 1 }' "$folder/profile"; }
-all=$(of 'PROGRAM TOTALS')
-each=$((all / counted))
-printf '%-28s%8d thousand a measurement, outside the kernel (at most 9000)\n' 'instructions' $((each / 1000))
-[ $each -le 9000000 ] || fail "a measurement takes $each instructions"
-share() {
-    local sum=0 name
-    for name in "${@:2}"; do sum=$((sum + $(of "$name"))); done
-    printf '  %-26s%8.1f %%\n' "$1" "$(awk "BEGIN { print 100 * $sum / $all }")"
-}
-share 'polls of the home sensor' 'cycle/StartPosition.cpp:tavrelin::doFindStartPosition'
-share 'starts and ends of threads' ':pthread_create' ':pthread_join' ':pthread_exit'
-share 'hand-overs' 'sim::Scheduler::HandOver'
 exit $status
