@@ -123,6 +123,10 @@ void Board::Happen(const WorldEvent& event) {
         tell("flag", event.value != 0 ? "free" : "blocked");
         FollowFlag();
         break;
+    case WorldEvent::Kind::CutPower:
+        tell("power", "cut");
+        onPowerCut();
+        break;
     }
 }
 

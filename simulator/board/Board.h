@@ -31,7 +31,8 @@ struct WorldEvent {
         SetInput,
         SetNextSample,
         SetNoise,
-        ShowFlag
+        ShowFlag,
+        CutPower
     };
 
     Nanoseconds at = 0;
@@ -76,6 +77,8 @@ class Board {
     std::function<void(const std::string& what, const std::string& data)> onEvent;
     /// Called after lines and channels have acted on pump, stirrer, valve and lamp.
     std::function<void()> onOutputs;
+    /// Called when the power goes.
+    std::function<void()> onPowerCut;
     /// Called before time goes on to a moment until which nothing happens.
     std::function<void(Nanoseconds until)> onPass;
 

@@ -18,6 +18,7 @@ struct CardState {
     bool fat = true;             ///< with a FAT file system
     bool writeProtected = false; ///< the lock slider: the block device is read-only
     bool readOnly = false;       ///< the file system refuses writers
+    bool synchronous = true;     ///< mounted so that a write is on the card when it returns
     bool vfatSupported = true;   ///< the kernel has vfat
     bool mountPointExists = true;
     std::int64_t freeBytes = -1; ///< space left; negative: no limit

@@ -151,9 +151,18 @@ class Session {
                       (made.faults.Missing() + made.occasions.Missing()).c_str());
         std::snprintf(
             report_.board, sizeof report_.board, "%s",
-            (KeptState(simulation_.board) + (keepWorld_ ? KeptWorld(simulation_.board) : ""))
-                .c_str());
+            (WhatStays(ending) + (keepWorld_ ? KeptWorld(simulation_.board) : "")).c_str());
         report_.ending = ending;
+    }
+
+    /// What the kernel keeps beyond the program: with the power goes all of it, and what it has not
+    /// put on the card.
+    std::string WhatStays(Ending ending) {
+        const Board& board = simulation_.board;
+        CardCache& cache = simulation_.kernel.cache;
+        const bool lost = ending == Ending::PowerCut || !board.card.Healthy();
+        lost ? cache.Lose() : cache.SaveAll();
+        return ending == Ending::PowerCut ? KeptState(Board({}, 0, 0)) : KeptState(board);
     }
 
     [[noreturn]] void EndEarly(Ending ending, const std::string& text) {

@@ -31,6 +31,7 @@ class CardFile : public OpenFile {
     long Write(const void* data, std::size_t size) override;
     long Seek(std::int64_t offset, int whence) override;
     int HostDescriptor() const override { return host_; }
+    const std::string& HostPath() const { return hostPath_; }
     bool OfCard() const override { return true; }
     bool OnCard() const override { return onCard_; }
 

@@ -16,8 +16,9 @@ namespace sim {
 Kernel::Kernel(const KernelSetup& setup, const std::string& root, bool costs,
                const Machine& machine)
     : calls(setup.faults, costs, machine), tree(machine.board, setup.paths),
-      mounts(setup.mounts, calls, tree, files_), mappings(calls), paths(root, calls, tree, mounts),
-      edges_(calls) {}
+      mounts(setup.mounts, calls, tree, files_), mappings(calls),
+      cache(root + "/card", machine.board), paths(root, calls, tree, mounts, cache), edges_(calls) {
+}
 
 long Kernel::Open(const char* path, int flags, unsigned mode) {
     if (const long error = calls.Admit("open", path); error != 0) {
@@ -30,6 +31,9 @@ long Kernel::Open(const char* path, int flags, unsigned mode) {
     std::unique_ptr<OpenFile> file;
     long error = paths.Open(path, flags, file);
     if (auto* card = dynamic_cast<CardFile*>(file.get()); card != nullptr) {
+        if (card->OnCard() && (flags & (O_CREAT | O_TRUNC)) != 0) {
+            cache.BeforeChange();
+        }
         error = card->OpenHost(flags, mode);
         calls.events.Add("open", path, Outcome(error));
     }
@@ -126,7 +130,13 @@ long Kernel::Write(int descriptor, const void* data, std::size_t size) {
     if (file->OfCard()) {
         calls.Spend("card write");
     }
+    if (file->OnCard()) {
+        cache.BeforeChange();
+    }
     const long count = file->Write(data, size);
+    if (file->OnCard() && file->Synchronous()) {
+        cache.Save(static_cast<const CardFile*>(file)->HostPath());
+    }
     edges_.LookAgain();
     return count;
 }
@@ -175,6 +185,9 @@ long Kernel::Resize(int descriptor, std::int64_t length) {
     if (file->OnCard() && !calls.board.card.Healthy()) {
         return paths.Truncate(file->Path().c_str(), length);
     }
+    if (file->OnCard()) {
+        cache.BeforeChange();
+    }
     return SIM_REAL(ftruncate64)(file->HostDescriptor(), length) == 0 ? 0 : -errno;
 }
 
@@ -187,7 +200,31 @@ long Kernel::Synchronise(int descriptor) {
     if (!card && !S_ISREG(file->Mode())) {
         return -EINVAL;
     }
-    return card && !calls.board.card.Healthy() ? -EIO : 0;
+    if (card && !calls.board.card.Healthy()) {
+        return -EIO;
+    }
+    if (card && S_ISREG(file->Mode())) {
+        cache.Save(static_cast<const CardFile*>(file)->HostPath());
+    }
+    return 0;
+}
+
+long Kernel::Mount(const MountRequest& request) {
+    const long error = mounts.Mount(request, paths.BoardMode(request.source),
+                                    paths.BoardMode(request.target.c_str()));
+    if (error == 0 && calls.board.card.Healthy()) {
+        cache.SaveAll(); // of one that is mounted anew with other flags
+    }
+    return error;
+}
+
+long Kernel::Unmount(const std::string& target) {
+    const bool healthy = calls.board.card.Healthy();
+    const long error = mounts.Unmount(target, paths.Mode(target));
+    if (error == 0) {
+        healthy ? cache.SaveAll() : cache.Lose();
+    }
+    return error;
 }
 
 long Kernel::Control(int descriptor, unsigned long request, void* argument) {

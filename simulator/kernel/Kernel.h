@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/kernel/Calls.h"
+#include "simulator/kernel/CardCache.h"
 #include "simulator/kernel/EdgeWait.h"
 #include "simulator/kernel/FileTable.h"
 #include "simulator/kernel/Mappings.h"
@@ -57,17 +58,14 @@ class Kernel {
     long ReadAt(int descriptor, void* buffer, std::size_t size, std::int64_t offset);
     long WriteAt(int descriptor, const void* data, std::size_t size, std::int64_t offset);
     long Resize(int descriptor, std::int64_t length);
-    /// What is written has reached its place already.
+    /// What was written to a file is on the card when this returns.
     long Synchronise(int descriptor);
     long Control(int descriptor, unsigned long request, void* argument);
     /// Waits for news of one descriptor: the number of those with an event, 0 after the time-out in
     /// ms.
     long Poll(pollfd* descriptors, std::size_t count, int timeout);
-    long Mount(const MountRequest& request) {
-        return mounts.Mount(request, paths.BoardMode(request.source),
-                            paths.BoardMode(request.target.c_str()));
-    }
-    long Unmount(const std::string& target) { return mounts.Unmount(target, paths.Mode(target)); }
+    long Mount(const MountRequest& request);
+    long Unmount(const std::string& target);
     long FileSystemStatus(const char* path, struct statfs64* result) {
         return mounts.FileSystemStatus(path, paths.BoardMode(path), result);
     }
@@ -87,6 +85,7 @@ class Kernel {
     SysfsTree tree;
     MountTable mounts;
     Mappings mappings;
+    CardCache cache;
     Paths paths;
 
   private:

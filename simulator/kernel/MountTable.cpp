@@ -127,9 +127,14 @@ long MountTable::TryMount(const MountRequest& request, long source, long target)
     const bool forReadingOnly = (request.flags & MS_RDONLY) != 0;
     const int error = card.Mount(forReadingOnly);
     if (error == 0) {
-        access_ = AccessText(request.flags);
+        ShowFlags(request.flags);
     }
     return -error;
+}
+
+void MountTable::ShowFlags(unsigned long flags) {
+    access_ = AccessText(flags);
+    calls_.board.card.synchronous = (flags & MS_SYNCHRONOUS) != 0;
 }
 
 long MountTable::Remount(const MountRequest& request) {
@@ -138,7 +143,7 @@ long MountTable::Remount(const MountRequest& request) {
     }
     const int error = calls_.board.card.Remount((request.flags & MS_RDONLY) != 0);
     if (error == 0) {
-        access_ = AccessText(request.flags);
+        ShowFlags(request.flags);
     }
     return -error;
 }

@@ -67,6 +67,7 @@ class MountTable {
   private:
     long Remount(const MountRequest& request);
     long Bind(const MountRequest& request, long source, long target) const;
+    void ShowFlags(unsigned long flags);
     long TryMount(const MountRequest& request, long source, long target);
 
     MountSetup setup_;

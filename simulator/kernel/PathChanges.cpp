@@ -22,6 +22,7 @@ long Paths::ChangeCard(const char* call, const char* path, Change change) {
     } else if (card.mounted && !card.Healthy()) {
         error = card.Gone() ? -ENOENT : -EIO;
     } else {
+        cache_.BeforeChange();
         error = change(HostPath(path)) == 0 ? 0 : -errno;
     }
     calls_.events.Add(call, path, Outcome(error));
@@ -43,6 +44,7 @@ long Paths::MakeDirectory(const char* path, unsigned mode) {
         error = CheckNew(path);
         error = error != 0 && card.mounted && !card.Healthy() ? -EIO : error;
         if (error == 0) {
+            cache_.BeforeChange();
             error = real::mkdir(HostPath(path).c_str(), mode) == 0 ? 0 : -errno;
         }
     }

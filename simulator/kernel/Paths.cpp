@@ -45,8 +45,9 @@ long AsOnVfat(struct stat64* status) {
 
 } // namespace
 
-Paths::Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts)
-    : root_(root), calls_(calls), tree_(tree), mounts_(mounts) {
+Paths::Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts,
+             CardCache& cache)
+    : root_(root), calls_(calls), tree_(tree), mounts_(mounts), cache_(cache) {
     for (const std::string& folder : {root + "/rootfs", root + "/rootfs/mnt", CardFolder()}) {
         real::mkdir(folder.c_str(), 0755);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/kernel/Calls.h"
+#include "simulator/kernel/CardCache.h"
 #include "simulator/kernel/MountTable.h"
 #include "simulator/kernel/SpiFile.h"
 #include "simulator/kernel/SysfsTree.h"
@@ -16,7 +17,8 @@ namespace sim {
 class Paths {
   public:
     /// root: the run's folder on this machine, in which those of the card's files are made.
-    Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts);
+    Paths(const std::string& root, Calls& calls, const SysfsTree& tree, const MountTable& mounts,
+          CardCache& cache);
 
     /// Opens what stands there for a call that was let in, but a file of the card only on the
     /// board.
@@ -64,6 +66,7 @@ class Paths {
     Calls& calls_;
     const SysfsTree& tree_;
     const MountTable& mounts_;
+    CardCache& cache_;
     SpiSettings spi_;
 };
 

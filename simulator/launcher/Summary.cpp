@@ -41,6 +41,8 @@ Outcome JudgeExit(int status, const RunReport& report, const LauncherOptions& op
     switch (report.ending.load()) {
     case Ending::LimitReached:
         return {ExitStatus::AsAsked, "", "limit reached: " + text};
+    case Ending::PowerCut:
+        return {ExitStatus::AsAsked, "", "power cut"};
     case Ending::Deadlock:
         return MakeOutcome(ExitStatus::Deadlock, "deadlock",
                            "deadlock " + Moment(report) + ": " + text);

@@ -41,6 +41,7 @@ Simulation::Simulation(const RunOptions& options, RunBuffers* buffers)
     board.onEvent = [this](const std::string& what, const std::string& data) {
         events.AddWorld(what, "-", data);
     };
+    board.onPowerCut = [this] { end(Ending::PowerCut, ""); };
     kernel.calls.faults.Draw(options.seed ^ 0xFA17ULL);
     AwaitOccasions(options.scenario);
     SetThreadSelf(&scheduler.AdoptMainThread());

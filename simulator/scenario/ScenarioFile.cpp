@@ -37,6 +37,16 @@ WorldEvent ReadEvent(TomlTable& table, WorldEvent::Kind kind,
     return event;
 }
 
+void ReadPowerCut(TomlTable& table, BoardSetup& board) {
+    const WorldEvent event = ReadEvent(table, WorldEvent::Kind::CutPower, {"do"});
+    std::string action = "power-cut";
+    table.Read("do", action);
+    if (action != "power-cut") {
+        table.Fail("do", R"(takes "power-cut")");
+    }
+    board.events.push_back(event);
+}
+
 /// The same, of something that a number tells.
 void ReadNumberEvents(TomlTable& table, BoardSetup& board, WorldEvent::Kind kind, const char* key,
                       double least, double most) {
@@ -227,6 +237,7 @@ void ReadAll(TomlTable& top, Scenario& scenario) {
     top.Table("board", [&](TomlTable& table) {
         table.Read("present", board.present);
         ReadMissing(table, kernel.paths);
+        table.Tables("event", [&](TomlTable& event) { ReadPowerCut(event, board); });
     });
     below("sample", board, ReadSample);
     below("detector", board, ReadDetector);

@@ -11,6 +11,7 @@ enum class Ending {
     Running,
     Exited,
     LimitReached,
+    PowerCut,
     Deadlock,
     Stalled,
     Spinning, ///< the program works on and on without a call

@@ -95,6 +95,7 @@ Names KnownKeys() {
         }
     }
     const std::pair<const char*, const char*> events[]{
+        {"board.event", "at = 1\ndo = 'power-cut'"},
         {"card.event", "at = 1\ndo = 'insert'"},
         {"clock.jump", "at = 1\nseconds = 1"},
         {"sample.event", "at = 1\nabsorbance = 1"},

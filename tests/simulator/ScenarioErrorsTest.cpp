@@ -89,6 +89,8 @@ TEST(WrongScenario, HasAValueThatItsKeyDoesNotTake) {
 const std::string kWrongTables = R"([[card.event]]; do = 'insert' | 1: card.event.at: is missing
 [[card.event]]; at = 1 | 1: card.event.do: is missing
 [[card.event]]; at = 1; do = 'pull' | 3: card.event.do: takes "insert", "remove", "lock" or "unlock"
+[[board.event]]; at = 1 | 1: board.event.do: is missing
+[[board.event]]; at = 1; do = 'cut' | 3: board.event.do: takes "power-cut"
 [[sample.event]]; at = 1 | 1: sample.event.absorbance: is missing
 [[sample.event]]; at = 1; absorbance = 6.01 | 3: sample.event.absorbance: takes a number from -2 to 6
 [[detector.event]]; at = 1; noise = -1 | 3: detector.event.noise: takes a number from 0 to 10000000
