@@ -125,5 +125,24 @@ TEST(FailedSearch, ComesAtOnceWhenThePumpStandsOnTheFlag) {
                                                ",!!!Error: Motor Find Start!!!\n"));
 }
 
+/// The home sensor cannot be read from this look on.
+std::string SensorLostAt(int look) {
+    return "[[fault]]\ncall = \"open\"\npath = \"/sys/class/gpio/pioB18/value\"\nerrno = \"EIO\"\n"
+           "repeat = \"forever\"\noccurrence = " +
+           std::to_string(look) + "\n";
+}
+
+// Off the flag and seen there, but never ten times in a row: this wait has no limit.
+TEST(SensorThatFallsBack, HoldsTheStartForGoodWithThePumpTurning) {
+    const std::string usual =
+        RunInstrument({.board = SensorLostAt(1000000), .steps = 1, .ioCost = "board"}).summary;
+    const int looks = std::stoi(usual.substr(usual.find("met = ") + 6));
+    const RunResult run =
+        RunInstrument({.board = SensorLostAt(looks - 5), .boardTime = 20, .ioCost = "board"});
+    EXPECT_EQ(run.status, kEndedAsAsked);
+    EXPECT_THAT(run.console, testing::EndsWith(kPrimed));
+    EXPECT_THAT(LinesWith(run.events, "/pwm1/enable").back(), testing::HasSubstr("\"1\""));
+}
+
 } // namespace
 } // namespace tavrelin
