@@ -16,6 +16,11 @@ size_t fwrite(const void* data, size_t size, size_t count, FILE* stream) {
             return count;
         }
     }
+    if (stream == stderr) {
+        if (Gate gate; gate) {
+            gate->AboutToShow({static_cast<const char*>(data), size * count}, "stderr");
+        }
+    }
     return SIM_REAL(fwrite)(data, size, count, stream);
 }
 

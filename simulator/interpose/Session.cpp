@@ -139,6 +139,12 @@ class Session {
         report_.boardTime = simulation_.board.Now();
         report_.steps = simulation_.console.Steps();
         report_.measurements = simulation_.console.Measurements();
+        std::string choices;
+        for (const std::uint64_t count : simulation_.scheduler.Choices()) {
+            choices += std::to_string(count) + ", ";
+        }
+        std::snprintf(report_.choices, sizeof report_.choices, "%s", choices.c_str());
+        report_.stepsPreempted = simulation_.scheduler.StepsPreempted();
         std::snprintf(report_.text, sizeof report_.text, "%s", text.c_str());
         std::string calls;
         for (const auto& [name, count] : simulation_.kernel.calls.Made()) {

@@ -88,6 +88,11 @@ void AddFootprint(std::ostream& out, const char* name, const Footprint& footprin
         << "threads = " << footprint.threads << "\n";
 }
 
+/// A list that may have been cut, without what is not whole.
+std::string WholeOnes(const std::string& text) {
+    return text.substr(0, text.rfind(", "));
+}
+
 } // namespace
 
 Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOptions& options) {
@@ -132,8 +137,7 @@ Outcome Judge(const ChildEnd& end, const RunReport& report, const LauncherOption
 }
 
 std::string Missing(const RunReport& report) {
-    const std::string text = report.missing;
-    return text.substr(0, text.rfind(", "));
+    return WholeOnes(report.missing);
 }
 
 std::string SummaryText(const Outcome& outcome, const RunReport& report) {
@@ -145,7 +149,12 @@ std::string SummaryText(const Outcome& outcome, const RunReport& report) {
         << "steps = " << report.steps.load() << "\n"
         << "measurements = " << report.measurements.load() << "\n"
         << "gate = " << (report.gated != 0 ? "true" : "false") << "\n"
-        << (missing.empty() ? "" : "never_came = '''" + missing + "'''\n") << "\n[calls]\n";
+        << (missing.empty() ? "" : "never_came = '''" + missing + "'''\n");
+    if (report.choices[0] != '\0') {
+        out << "\n[threads]\nchoices = [" << WholeOnes(report.choices)
+            << "]\nsteps_preempted = " << report.stepsPreempted << "\n";
+    }
+    out << "\n[calls]\n";
     std::istringstream calls(report.calls);
     for (std::string name, count; calls >> name >> count;) {
         out << name << " = " << count << "\n";

@@ -14,7 +14,7 @@ namespace sim {
 struct Scenario {
     BoardSetup board;
     KernelSetup kernel;
-    ThreadOrder threadOrder = ThreadOrder::Arrival;
+    ThreadSetup threads;
 };
 
 inline constexpr Nanoseconds kDefaultStall = Seconds(86'400);

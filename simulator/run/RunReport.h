@@ -45,11 +45,13 @@ struct RunReport {
     std::atomic<std::int64_t> boardTime{0};
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
-    Footprint early;  ///< at footprintStep
-    Footprint late;   ///< the last one
-    RunBuffers files; ///< what is not yet in them
+    std::uint64_t stepsPreempted = 0; ///< that came to every choice given
+    Footprint early;                  ///< at footprintStep
+    Footprint late;                   ///< the last one
+    RunBuffers files;                 ///< what is not yet in them
     char text[8192]{};
     char calls[2048]{};   ///< "name count" lines
+    char choices[2048]{}; ///< "count, " for each step (time/Scheduler.h), where choices are given
     char faults[8192]{};  ///< tables of the summary
     char missing[8192]{}; ///< faults and events that never came, in words
     char board[8192]{};   ///< what outlives the program (board/KeptState.h)

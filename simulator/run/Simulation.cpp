@@ -17,11 +17,13 @@ Simulation* living = nullptr;
 Simulation::Simulation(const RunOptions& options, RunBuffers* buffers)
     : ownBuffers_(buffers == nullptr ? std::make_unique<RunBuffers>() : nullptr),
       board(options.scenario.board, options.seed, options.startTime),
-      scheduler(options.scenario.threadOrder, options.seed ^ 0x5EEDULL, end),
+      scheduler(options.scenario.threads, options.seed ^ 0x5EEDULL, end),
       timeline(board, scheduler, options.limits.boardTime, options.pace, end),
       kernel(options.scenario.kernel, options.root, options.ioCosts,
              {board, events, timeline, scheduler, end}),
-      console(options.limits.steps, options.limits.measurements) {
+      console(options.limits.steps, options.limits.measurements),
+      tellsShown_(options.scenario.threads.console) {
+    timeline.parallel = options.scenario.threads.ioParallel;
     kernel.calls.limit = options.limits.calls;
     events.now = [this] { return board.Now(); };
     events.thread = [this] { return scheduler.Current(); };
@@ -86,9 +88,18 @@ void Simulation::Leave() {
     SetThreadSelf(nullptr);
 }
 
+void Simulation::AboutToShow(std::string_view text, const char* stream) {
+    scheduler.Chance(*ThreadSelf());
+    if (tellsShown_) {
+        events.Add("show", stream, [&] { return EventLog::Quoted(text); });
+    }
+}
+
 void Simulation::Show(const void* data, std::size_t size, FILE* stream) {
+    AboutToShow({static_cast<const char*>(data), size}, "stdout");
     const ConsoleWatch::Verdict verdict = console.Read({static_cast<const char*>(data), size});
     HandOn(verdict.show, stream);
+    scheduler.StepBegan(console.Steps());
     kernel.calls.occasions.Counted(console.Steps(), console.Measurements());
     if (verdict.limit) {
         SIM_REAL(fflush)(stream);

@@ -39,6 +39,9 @@ class Simulation {
     /// Hands what the program shows on standard output on to the stream, up to a limit on steps or
     /// measurements that is reached in it.
     void Show(const void* data, std::size_t size, FILE* stream);
+    /// Gives others their chance before a thread shows a text, and tells of it where that is asked
+    /// for.
+    void AboutToShow(std::string_view text, const char* stream);
     /// Has the stream written out. Result as of fflush; an output that takes no more ends the run.
     int Flush(FILE* stream);
     /// Hands on what may have been held back, for a run that ends otherwise.
@@ -68,6 +71,7 @@ class Simulation {
     void AwaitOccasions(const Scenario& scenario);
 
     bool outputLost_ = false;
+    bool tellsShown_;
 };
 
 } // namespace sim

@@ -147,13 +147,26 @@ void ReadLines(TomlTable& table, BoardSetup& board) {
     });
 }
 
-void ReadThreads(TomlTable& table, ThreadOrder& threadOrder) {
+void ReadThreads(TomlTable& table, ThreadSetup& threads) {
     std::string order = "arrival";
+    std::string io = "alone";
     table.Read("order", order);
-    if (order != "arrival" && order != "seeded") {
-        table.Fail("order", R"(takes "arrival" or "seeded")");
+    table.Read("io", io);
+    table.Read("console", threads.console);
+    table.ReadIntegers("preempt", threads.preempt, 1, 1'000'000'000);
+    if (order != "arrival" && order != "seeded" && order != "given") {
+        table.Fail("order", R"(takes "arrival", "seeded" or "given")");
     }
-    threadOrder = order == "seeded" ? ThreadOrder::Seeded : ThreadOrder::Arrival;
+    if (io != "alone" && io != "parallel") {
+        table.Fail("io", R"(takes "alone" or "parallel")");
+    }
+    if (!threads.preempt.empty() && order != "given") {
+        table.Fail("preempt", R"(needs order = "given")");
+    }
+    threads.order = order == "seeded"  ? ThreadOrder::Seeded
+                    : order == "given" ? ThreadOrder::Given
+                                       : ThreadOrder::Arrival;
+    threads.ioParallel = io == "parallel";
 }
 
 void ReadMountTable(TomlTable& table, MountSetup& mounts) {
@@ -245,7 +258,7 @@ void ReadAll(TomlTable& top, Scenario& scenario) {
     below("pump", board, ReadPump);
     below("clock", board, ReadClock);
     below("lines", board, ReadLines);
-    below("threads", scenario.threadOrder, ReadThreads);
+    below("threads", scenario.threads, ReadThreads);
     below("mount_table", kernel.mounts, ReadMountTable);
     below("indicator", board, ReadIndicator);
     below("adc", board, ReadAdc);

@@ -122,9 +122,45 @@ void Scheduler::WakeForBoard(Nanoseconds moment) {
 }
 
 void Scheduler::Chance(Thread& self) {
-    if (order_ == ThreadOrder::Seeded && !ready_.empty() && noise_.Below(kChanceOneIn) == 0) {
-        Yield(self);
+    if (order_ == ThreadOrder::Arrival) {
+        return;
     }
+    WakeSleepers();
+    if (ready_.empty()) {
+        return;
+    }
+    if (order_ == ThreadOrder::Seeded) {
+        if (noise_.Below(kChanceOneIn) == 0) {
+            Yield(self);
+        }
+    } else if (const std::size_t other = Instead(ready_.size()); other != 0) {
+        Thread& chosen = TakeReady(other - 1);
+        ready_.push_back(&self);
+        Run(chosen);
+        AwaitGo(self.go);
+    }
+}
+
+void Scheduler::StepBegan(std::uint64_t step) {
+    if (order_ == ThreadOrder::Given && step > choices_.size()) {
+        choices_.resize(step);
+        preempted_ = 0;
+    }
+}
+
+std::size_t Scheduler::Instead(std::size_t others) {
+    if (choices_.empty()) {
+        return 0;
+    }
+    const std::uint64_t before = choices_.back();
+    choices_.back() += others;
+    for (const std::uint64_t choice : preempt_) {
+        if (choice > before && choice <= choices_.back()) {
+            stepsPreempted_ += ++preempted_ == preempt_.size() ? 1 : 0;
+            return static_cast<std::size_t>(choice - before);
+        }
+    }
+    return 0;
 }
 
 void Scheduler::HandOver(Thread& self) {
@@ -169,10 +205,18 @@ Nanoseconds Scheduler::WakeSleepers() {
 }
 
 Scheduler::Thread& Scheduler::PickReady() {
-    std::size_t index = 0;
-    if (order_ == ThreadOrder::Seeded) {
-        index = static_cast<std::size_t>(noise_.Below(ready_.size()));
+    switch (order_) {
+    case ThreadOrder::Seeded:
+        return TakeReady(static_cast<std::size_t>(noise_.Below(ready_.size())));
+    case ThreadOrder::Given:
+        return TakeReady(Instead(ready_.size() - 1));
+    case ThreadOrder::Arrival:
+        break;
     }
+    return TakeReady(0);
+}
+
+Scheduler::Thread& Scheduler::TakeReady(std::size_t index) {
     Thread& thread = *ready_[index];
     ready_.erase(ready_.begin() + static_cast<std::ptrdiff_t>(index));
     return thread;

@@ -18,7 +18,16 @@ namespace sim {
 /// In which order threads that could run do run.
 enum class ThreadOrder {
     Arrival, ///< first ready, first run; a thread runs until it waits
-    Seeded   ///< picked by the seed, with hand-overs at any operation
+    Seeded,  ///< picked by the seed, with hand-overs at any operation
+    Given    ///< as Arrival, but at the choices that are given
+};
+
+/// How the threads of a run share the processor.
+struct ThreadSetup {
+    ThreadOrder order = ThreadOrder::Arrival;
+    std::vector<std::uint64_t> preempt{}; ///< Given: choices of each step (Scheduler::StepBegan)
+    bool ioParallel = false;              ///< others run while a call takes its time
+    bool console = false;                 ///< the event log tells what each thread shows
 };
 
 /// Runs the program's threads one at a time, in an order that depends on nothing but the program
@@ -44,7 +53,9 @@ class Scheduler {
 
     /// end: called when no thread can ever run again, with what each waits for.
     Scheduler(ThreadOrder order, std::uint64_t seed, const RunEnd& end)
-        : order_(order), noise_(seed), end_(end) {}
+        : Scheduler(ThreadSetup{.order = order}, seed, end) {}
+    Scheduler(const ThreadSetup& setup, std::uint64_t seed, const RunEnd& end)
+        : order_(setup.order), preempt_(setup.preempt), noise_(seed), end_(end) {}
 
     /// Carries board time on to a moment; called when nothing can run before it.
     std::function<void(Nanoseconds)> advanceTo;
@@ -78,8 +89,15 @@ class Scheduler {
     /// Something was planned on the board for a moment to come: who sleeps to its next event wakes
     /// by then.
     void WakeForBoard(Nanoseconds moment);
-    /// Hands over to any thread that could run, where the seed picks the order; else does nothing.
+    /// Hands over to any thread that could run, where the seed or a given choice has it so.
     void Chance(Thread& self);
+    /// Choices are counted anew, from 1, as a step begins: wherever a thread may go on, one for
+    /// each other that could go on instead.
+    void StepBegan(std::uint64_t step);
+    /// How many each step had so far, where they are given.
+    const std::vector<std::uint64_t>& Choices() const { return choices_; }
+    /// Steps that came to every choice given.
+    std::uint64_t StepsPreempted() const { return stepsPreempted_; }
 
     /// The kernel's number of the thread that runs; 0 when it is none of the program's.
     int CurrentTask() const { return current_ != nullptr ? current_->task : 0; }
@@ -98,9 +116,16 @@ class Scheduler {
     /// Readies those whose moment has come; when the first of the others wakes.
     Nanoseconds WakeSleepers();
     Thread& PickReady();
+    Thread& TakeReady(std::size_t index);
+    /// Which of so many others goes on instead, from 1, if a given choice says so; else 0.
+    std::size_t Instead(std::size_t others);
     void Run(Thread& thread);
 
     ThreadOrder order_;
+    std::vector<std::uint64_t> preempt_;
+    std::vector<std::uint64_t> choices_; ///< of each step
+    std::size_t preempted_ = 0;          ///< choices given that this step came to
+    std::uint64_t stepsPreempted_ = 0;
     Noise noise_;
     const RunEnd& end_;
     unsigned created_ = 0;

@@ -18,8 +18,15 @@ class Timeline {
     std::function<void(Nanoseconds now)> onAdvance;
 
     Nanoseconds Now() const { return board_.Now(); }
-    /// The calling thread works for a span: time passes, nobody else runs.
+    /// Others run while the calling thread works, as if each had a processor of its own.
+    bool parallel = false;
+
+    /// The calling thread works for a span: time passes, nobody else runs unless in parallel.
     void Work(Nanoseconds span) {
+        if (parallel && span > 0) {
+            scheduler_.SleepUntil(*ThreadSelf(), Now() + span, "the end of its call");
+            return;
+        }
         const Nanoseconds until = Now() + span;
         do {
             AdvanceTo(until);

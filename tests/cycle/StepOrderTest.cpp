@@ -67,7 +67,7 @@ class StepOrderWithSeed : public testing::TestWithParam<int> {};
 
 TEST_P(StepOrderWithSeed, OfStartsAndJoinsDoesNotDependOnWhoRunsFirst) {
     Scenario scenario = MountedCard();
-    scenario.threadOrder = ThreadOrder::Seeded;
+    scenario.threads.order = ThreadOrder::Seeded;
     sim::RunOptions options;
     options.seed = static_cast<std::uint64_t>(GetParam());
     Instrument instrument(scenario, options);

@@ -43,7 +43,7 @@ TEST_F(MotorMutex, MakesTheSecondMoverWaitUntilTheFirstHasBraked) {
 
 TEST(MotorMutexOfSeededThreads, KeepsTwoMoversApartWhoeverComesFirst) {
     sim::Scenario scenario;
-    scenario.threadOrder = sim::ThreadOrder::Seeded;
+    scenario.threads.order = sim::ThreadOrder::Seeded;
     sim::RunOptions options;
     for (options.seed = 1; options.seed <= 20; ++options.seed) {
         SimulatedBoard board(scenario, options);

@@ -69,8 +69,11 @@ lines.high | [7] | takes a list of texts in quotes
 lines.high | "A0" | takes a list in brackets
 mount_table.lines | [1] | takes a list of texts in quotes
 adc.scale | 0.0001 | takes a text in quotes
-threads.order | "random" | takes "arrival" or "seeded"
+threads.order | "random" | takes "arrival", "seeded" or "given"
 threads.order | 1 | takes a text in quotes
+threads.io | "serial" | takes "alone" or "parallel"
+threads.preempt | [0] | takes a whole number from 1 to 1000000000
+threads.preempt | [1] | needs order = "given"
 board.missing | ["/sys/class/leds"] | "/sys/class/leds" is no path of the board; takes one such as "/sys/class/gpio/pioB18/value"
 board.missing | ["/dev/../dev/mem"] | "/dev/../dev/mem" is no path of the board; takes one such as "/sys/class/gpio/pioB18/value"
 card | true | is a table: [card]

@@ -27,7 +27,7 @@ Scenario Parse(const std::string& toml) {
 }
 
 TEST(Scenario, OfNothingIsTheBoardAsItShouldBe) {
-    const auto [board, kernel, threadOrder] = Parse("");
+    const auto [board, kernel, threads] = Parse("");
     EXPECT_THAT(board.absorbances, ElementsAre(0.25));
     EXPECT_EQ(board.detector.dark, 20'000);
     EXPECT_EQ(board.detector.reference, 3'000'000);
@@ -38,7 +38,7 @@ TEST(Scenario, OfNothingIsTheBoardAsItShouldBe) {
     EXPECT_FALSE(board.pump.onFlag || board.card.mounted || board.card.readOnly);
     EXPECT_FALSE(board.card.writeProtected);
     EXPECT_EQ(board.card.freeBytes, -1);
-    EXPECT_EQ(threadOrder, sim::ThreadOrder::Arrival);
+    EXPECT_EQ(threads.order, sim::ThreadOrder::Arrival);
     EXPECT_TRUE(board.events.empty() && kernel.faults.empty() && kernel.paths.missing.empty());
 }
 
@@ -76,7 +76,7 @@ free_bytes = 4096)")
 }
 
 TEST(Scenario, SetsPumpBoardAndThreads) {
-    const auto [board, kernel, threadOrder] = Parse(R"(pump.flag_seen = false
+    const auto [board, kernel, threads] = Parse(R"(pump.flag_seen = false
 pump.on_flag_at_start = true
 threads.order = "seeded"
 [board]
@@ -84,12 +84,24 @@ present = false
 missing = ["/sys/class/gpio/export"])");
     EXPECT_FALSE(board.pump.flagSeen || board.present);
     EXPECT_TRUE(board.pump.onFlag);
-    EXPECT_EQ(threadOrder, sim::ThreadOrder::Seeded);
+    EXPECT_EQ(threads.order, sim::ThreadOrder::Seeded);
     EXPECT_THAT(kernel.paths.missing, ElementsAre("/sys/class/gpio/export"));
 }
 
+TEST(Scenario, SetsAGivenOrder) {
+    const sim::ThreadSetup threads = Parse(R"([threads]
+order = "given"
+preempt = [17, 23]
+io = "parallel"
+console = true)")
+                                         .threads;
+    EXPECT_EQ(threads.order, sim::ThreadOrder::Given);
+    EXPECT_THAT(threads.preempt, ElementsAre(17U, 23U));
+    EXPECT_TRUE(threads.ioParallel && threads.console);
+}
+
 TEST(Scenario, SetsLinesChannelsAndAttributes) {
-    const auto [board, kernel, threadOrder] = Parse(R"(lines.exported = ["B15", "D31"]
+    const auto [board, kernel, threads] = Parse(R"(lines.exported = ["B15", "D31"]
 lines.high = ["A0"]
 channels.exported = [0, 3]
 channels.enabled = [3]
@@ -104,7 +116,7 @@ channels.enabled = [3]
 }
 
 TEST(Scenario, SetsTheAnalogSideAndTheMountTable) {
-    const auto [board, kernel, threadOrder] = Parse(R"(indicator.cable_length = 7.5
+    const auto [board, kernel, threads] = Parse(R"(indicator.cable_length = 7.5
 indicator.lamp_voltage = 3.9
 adc.scale = "rubbish"
 adc.input = [{number = 11, volts = 1.5}]

@@ -161,7 +161,7 @@ TEST_F(Threads, StartingAndJoiningCanBeMadeToFail) {
 /// The order in which four workers, three operations each, come under a seed.
 std::string OrderOf(std::uint64_t seed) {
     Scenario scenario;
-    scenario.threadOrder = sim::ThreadOrder::Seeded;
+    scenario.threads.order = sim::ThreadOrder::Seeded;
     sim::RunOptions options;
     options.seed = seed;
     SimulatedBoard board(scenario, options);
