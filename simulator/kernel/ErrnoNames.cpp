@@ -9,12 +9,12 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::array kNames{"EPERM"sv,  "ENOENT"sv,   "EINTR"sv,     "EIO"sv,     "ENXIO"sv,
-                            "EBADF"sv,  "EAGAIN"sv,   "ENOMEM"sv,    "EACCES"sv,  "EBUSY"sv,
-                            "EEXIST"sv, "ENODEV"sv,   "ENOTDIR"sv,   "EISDIR"sv,  "EINVAL"sv,
-                            "ENFILE"sv, "EMFILE"sv,   "ENOTTY"sv,    "EFBIG"sv,   "ENOSPC"sv,
-                            "EROFS"sv,  "EPIPE"sv,    "ERANGE"sv,    "EDEADLK"sv, "ENAMETOOLONG"sv,
-                            "ENOSYS"sv, "EMSGSIZE"sv, "ETIMEDOUT"sv, "ESRCH"sv,   "ECHILD"sv};
+constexpr std::array kNames{
+    "EPERM"sv,  "ENOENT"sv, "EINTR"sv,    "EIO"sv,          "ENXIO"sv,  "EBADF"sv,    "EAGAIN"sv,
+    "ENOMEM"sv, "EACCES"sv, "EBUSY"sv,    "EEXIST"sv,       "ENODEV"sv, "ENOTDIR"sv,  "EISDIR"sv,
+    "EINVAL"sv, "ENFILE"sv, "EMFILE"sv,   "ENOTTY"sv,       "EFBIG"sv,  "ENOSPC"sv,   "EROFS"sv,
+    "EPIPE"sv,  "ERANGE"sv, "EDEADLK"sv,  "ENAMETOOLONG"sv, "ENOSYS"sv, "EMSGSIZE"sv, "ETIMEDOUT"sv,
+    "ESRCH"sv,  "ECHILD"sv, "ESHUTDOWN"sv};
 
 std::string_view KnownName(int error) {
     const char* name = strerrorname_np(error);

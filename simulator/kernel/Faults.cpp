@@ -33,7 +33,8 @@ bool Faults::Strikes(const Fault& fault) {
 const Fault* Faults::Meet(std::string_view call, std::string_view path, Nanoseconds now) {
     Fault* hit = nullptr;
     for (Fault& fault : armed_) {
-        if (fault.call != call || now < fault.at || !MatchesPath(fault.path, path)) {
+        if (fault.call != call || now < fault.at || now >= fault.until ||
+            !MatchesPath(fault.path, path)) {
             continue;
         }
         ++fault.met;

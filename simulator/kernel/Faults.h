@@ -21,6 +21,7 @@ struct Fault {
     std::optional<std::uint64_t> bytes; ///< a read or write moves only so many bytes
     bool forever = false;               ///< all later occurrences fail too
     Nanoseconds at = 0;                 ///< earlier calls do not count
+    Nanoseconds until = kNever;         ///< nor do those from here on
     std::uint64_t met = 0;              ///< such calls so far
     std::uint64_t struck = 0;           ///< how many of them failed
     double probability = 1.0;           ///< that one which is due does fail

@@ -118,6 +118,7 @@ void ReadFault(TomlTable& table, std::vector<Fault>& faults) {
         table.Fail("at", "a fault has one of at, at_step and at_measurement");
     }
     fault.at = fault.since.Set() ? kNever : fault.at;
+    table.ReadSeconds("until", fault.until, 0.0, kLongestRun);
     table.ReadInteger("occurrence", fault.occurrence, 1, 1'000'000'000);
     ReadFailure(table, fault);
     std::string repeat = "once";

@@ -64,6 +64,15 @@ TEST(Faults, CountFromTheirMomentOn) {
     EXPECT_EQ(faults.Armed().front().struck, 1U);
 }
 
+TEST(Faults, AreOverAtTheirEnd) {
+    Fault passing = FaultOn("open", "/a", 1, true);
+    passing.until = 5'000;
+    Faults faults({passing});
+    EXPECT_TRUE(faults.Meet("open", "/a", 4'999));
+    EXPECT_FALSE(faults.Meet("open", "/a", 5'000));
+    EXPECT_EQ(faults.Armed().front().met, 1U);
+}
+
 TEST(Faults, CountOneByOne) {
     Faults faults({FaultOn("open", "/a", 1), FaultOn("open", "/b", 2), FaultOn("open", "", 4)});
     EXPECT_TRUE(faults.Meet("open", "/a", 0));

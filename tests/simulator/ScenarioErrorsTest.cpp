@@ -166,7 +166,7 @@ TEST(WrongScenario, UnknownKeysAreRefusedWithTheKnownOnes) {
     EXPECT_EQ(ErrorOf("[[fault]]\ncall = 'open'\nerrno = 'EIO'\nonce = true"),
               "4: fault.once: unknown key; known here: at, at_measurement, at_step, bytes, call, "
               "errno, occurrence, path, probability, "
-              "repeat");
+              "repeat, until");
     for (const char* table : {"board", "sample", "detector", "card", "clock", "lines", "threads",
                               "mount_table", "indicator", "adc", "converter", "channels"}) {
         EXPECT_THAT(ErrorOf(std::string(table) + ".unknown = 1"),
