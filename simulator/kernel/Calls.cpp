@@ -67,17 +67,20 @@ void Calls::Spend(std::string_view call) {
 }
 
 long Calls::Strike(std::string_view call, std::string_view path) {
+    if (tellEach) {
+        events.Add("call", path.empty() ? "-" : path, call);
+    }
     const Fault* fault = faults.Meet(call, path, board.Now());
     cut_ = fault != nullptr ? fault->bytes : std::nullopt;
-    const long error = fault != nullptr ? -fault->error : 0;
-    if (error != 0) {
-        events.Add(call, path.empty() ? "-" : path, Outcome(error));
+    if (fault == nullptr) {
+        return 0;
     }
-    if (fault != nullptr && onFault) {
-        onFault(call, path,
-                error != 0 ? Outcome(error) : std::to_string(cut_.value_or(0)) + " bytes");
+    const std::string what = cut_ ? std::to_string(*cut_) + " bytes" : Outcome(-fault->error);
+    events.Add(call, path.empty() ? "-" : path, what);
+    if (onFault) {
+        onFault(call, path, what);
     }
-    return error;
+    return -fault->error;
 }
 
 } // namespace sim

@@ -43,6 +43,7 @@ class Calls : public Machine {
     std::function<void(std::string_view call, std::string_view path, const std::string& what)>
         onFault;
     std::optional<std::uint64_t> limit; ///< the run ends before the call after so many
+    bool tellEach = false;              ///< in the event log, before what comes of it
 
     /// Lets a call in: it is counted, takes its time, gives others their chance and meets its
     /// faults. 0 or a negated errno.

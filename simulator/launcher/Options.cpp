@@ -177,6 +177,8 @@ void Describe(CLI::App& app, LauncherOptions& options, RawOptions& raw) {
     option("--events", options.run.eventsFile, "FILE", CheckPath,
            "Write a line for each operation on the board: microseconds of board time, thread,\n"
            "operation, path, data; - for standard output");
+    app.add_flag("--every-call", options.run.everyCall,
+                 "Tell in the events of each call on the board, before what comes of it");
     option("--vcd", options.run.vcdFile, "FILE", CheckPath,
            "Write the run as waveforms (value changes, IEEE 1364) for GTKWave, sigrok and others");
     option("--io-cost", raw.ioCost, "none|board", CheckCost,

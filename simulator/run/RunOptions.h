@@ -35,6 +35,7 @@ struct RunOptions {
     std::int64_t startTime = WallClock::kDefaultStart; ///< seconds since 1970
     std::string root;       ///< folder on this machine for the card's and the mount point's files
     std::string eventsFile; ///< empty: none
+    bool everyCall = false; ///< the events tell each call, those that succeed unseen too
     std::string vcdFile;    ///< the waveforms; empty: none
     std::string boardFile;  ///< what the programs before left on the board; empty: none was before
     bool keepWorld = false; ///< card, shaft, cell and clock go into boardFile too

@@ -19,6 +19,7 @@ void EachField(Request& request, Visit visit) {
     visit("start", options.startTime);
     visit("root", options.root);
     visit("events", options.eventsFile);
+    visit("every-call", options.everyCall);
     visit("vcd", options.vcdFile);
     visit("board", options.boardFile);
     visit("world", options.keepWorld);

@@ -25,6 +25,7 @@ Simulation::Simulation(const RunOptions& options, RunBuffers* buffers)
       tellsShown_(options.scenario.threads.console) {
     timeline.parallel = options.scenario.threads.ioParallel;
     kernel.calls.limit = options.limits.calls;
+    kernel.calls.tellEach = options.everyCall;
     events.now = [this] { return board.Now(); };
     events.thread = [this] { return scheduler.Current(); };
     RunBuffers& files = buffers != nullptr ? *buffers : *ownBuffers_;

@@ -12,7 +12,9 @@
 namespace tavrelin {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr int kCannotStart = 15;
@@ -73,6 +75,20 @@ TEST_F(Output, MayHoldTheEventsToo) {
     const std::string console = run(File("events"));
     EXPECT_EQ(sorted(both), sorted(console + TextOf(File("events"))));
     EXPECT_LT(both.find("export \"0\""), both.find("Priming"));
+}
+
+TEST_F(Output, TellsEveryCallWhereAskedTo) {
+    const auto eventsWith = [&](const Words& options) {
+        Words arguments{"--events", File("events")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        Simulate(arguments, {"cat", "/sys/class/pwm/pwmchip0/npwm"});
+        return TextOf(File("events"));
+    };
+    const std::string told = R"(1 read /sys/class/pwm/pwmchip0/npwm "4\n")";
+    EXPECT_THAT(eventsWith({}), AllOf(HasSubstr(told), Not(HasSubstr(" call "))));
+    EXPECT_THAT(eventsWith({"--every-call"}),
+                AllOf(HasSubstr(told), HasSubstr("1 call /sys/class/pwm/pwmchip0/npwm open\n"),
+                      HasSubstr("1 call /sys/class/pwm/pwmchip0/npwm close\n")));
 }
 
 TEST_F(Output, ThatIsNoFileOfItsOwnIsRefused) {
