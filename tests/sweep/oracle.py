@@ -1,0 +1,82 @@
+"""Judges one run of the instrument: does it do, say and leave what it should, given what the board answered?"""
+import re
+from collections import Counter
+
+from instrument import Ended, Instrument
+from recording import Cut, Mismatch, read_calls
+
+# How the board's run may end where the program waits for ever: reading in vain costs no board time.
+WAIT_ENDS = {
+    "card": ["limit reached: board time"],
+    "home sensor": ["limit reached: board time", "limit reached: calls"],
+    "motor mutex": ["deadlock"],
+}
+
+
+def describe(words):
+    """Lets the description of the program run; how the run may end, and the outcome in a word or two."""
+    try:
+        words.run()
+    except Ended:
+        message = words.console[-1].rsplit("!!!")[1] if "!!!" in words.console[-1] else "done"
+        return ["program ended"], "ends: " + message
+    except Cut as cut:
+        reason = cut.args[0]
+        if reason == "next measurement":
+            return ["limit reached: measurements"], "goes on"
+        if reason in WAIT_ENDS:
+            return WAIT_ENDS[reason], "waits: " + reason
+        raise Mismatch(f"thread {words.thread} stops where nothing holds it up, at {words.at} us") from cut
+    raise Mismatch("the description came to no end")
+
+
+def status_by_status(lines):
+    """What stands between two status lines comes from several threads: its order is free."""
+    parts = [[]]
+    for line in "\n".join(lines).split("\n"):
+        if line.startswith("TAVRELIN,"):
+            parts.append([])
+        parts[-1].append(line)
+    return [sorted(part) for part in parts]
+
+
+def check_console(words, shown):
+    """A program that is stopped may hold lines back that no flush has followed."""
+    lines = shown.replace("-nan", "nan").split("\n")[:-1]
+    expected = [words.console, words.console[:len(words.console) - words.held_back]]
+    if status_by_status(lines) not in [status_by_status(each) for each in expected]:
+        surplus = Counter(lines) - Counter("\n".join(words.console).split("\n"))
+        missing = Counter("\n".join(words.console).split("\n")) - Counter(lines)
+        raise Mismatch(f"console: not expected {list(surplus)[:3]}, missing {list(missing)[:3]}")
+
+
+def check_complaints(words, shown):
+    known = sorted(set(words.complaints), key=len, reverse=True)
+    found = re.findall("|".join(map(re.escape, known)), shown) if known else []
+    if "".join(found) != shown or Counter(found) != Counter(words.complaints):
+        raise Mismatch(f"standard error: {shown[:200]!r} instead of {''.join(words.complaints)[:200]!r}")
+
+
+def text_in(path):
+    with open(path, encoding="utf-8", errors="replace") as file:
+        return file.read()
+
+
+def judge(folder, status, make=Instrument):
+    """The outcome in a few words of a run that left its files here; a Mismatch says what is not as it should be."""
+    words = make(read_calls(folder + "/events"))
+    summary = text_in(folder + "/summary")
+    end = "".join(re.findall('^end = "(.*)"$', summary, re.M))
+    if "never_came" in summary:
+        raise Mismatch("the fault met no call")
+    ends, outcome = describe(words)
+    left = words.left()
+    if left:
+        raise Mismatch("not described: " + left)
+    if end not in ends or status not in (0, 11):
+        raise Mismatch(f"the run ended as '{end}' with status {status} instead of {ends}")
+    check_console(words, text_in(folder + "/console"))
+    check_complaints(words, re.sub("simulate: .*\n", "", text_in(folder + "/complaints")))
+    if words.log and not words.log.endswith(b"\n"):
+        raise Mismatch(f"the log ends within a record: {words.log[-40:]!r}")
+    return outcome + (", complaint" if words.complaints and outcome == "goes on" else "")
