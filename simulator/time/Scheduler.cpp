@@ -143,7 +143,7 @@ void Scheduler::Chance(Thread& self) {
 
 void Scheduler::StepBegan(std::uint64_t step) {
     if (order_ == ThreadOrder::Given && step > choices_.size()) {
-        choices_.resize(step);
+        choices_.resize(static_cast<std::size_t>(step));
         preempted_ = 0;
     }
 }
