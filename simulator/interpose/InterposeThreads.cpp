@@ -3,6 +3,7 @@
 
 #include "simulator/interpose/Gate.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/ThreadStacks.h"
 #include "simulator/interpose/ThreadWaits.h"
 #include "simulator/libc/Real.h"
 
@@ -61,6 +62,7 @@ void AtThreadEnd(void* data) {
     Scheduler::Thread* self = sim::ThreadSelf();
     simulation->events.Add("thread-end", "-");
     Leaving().push_back(self->task);
+    sim::stacks::End();
     sim::SetThreadSelf(nullptr);
     simulation->scheduler.Finish(*self);
 }
@@ -80,6 +82,7 @@ void* Trampoline(void* data) {
     begin.simulation->scheduler.Begin(*begin.thread);
     sim::SetThreadSelf(begin.thread);
     sim::system_calls::Arm();
+    sim::stacks::Begin(reinterpret_cast<const void*>(begin.body));
     pthread_setspecific(EndKey(), begin.simulation);
     return begin.body(begin.argument);
 }

@@ -4,6 +4,7 @@
 #include "simulator/board/KeptState.h"
 #include "simulator/interpose/Gate.h"
 #include "simulator/interpose/SystemCallGate.h"
+#include "simulator/interpose/ThreadStacks.h"
 #include "simulator/interpose/ThreadWaits.h"
 #include "simulator/interpose/Watchdog.h"
 #include "simulator/libc/Real.h"
@@ -39,6 +40,17 @@ std::uint64_t ProcessStatus(const char* label) {
         }
     }
     return 0;
+}
+
+/// Lines of /proc/self/maps.
+std::uint32_t Mappings() {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(real::fopen("/proc/self/maps", "re"),
+                                                     std::fclose);
+    std::uint32_t count = 0;
+    for (int byte = 0; file && (byte = std::getc(file.get())) != EOF;) {
+        count += byte == '\n' ? 1U : 0U;
+    }
+    return count;
 }
 
 std::uint32_t OpenDescriptors() {
@@ -112,10 +124,14 @@ class Session {
             live_->StepBegan(step);
         }
         if (step % RunReport::kFootprintEvery == RunReport::kFootprintStep) {
-            report_.late = MeasureFootprint();
-            if (step == RunReport::kFootprintStep) {
-                report_.early = report_.late;
-            }
+            NoteFootprint(static_cast<std::size_t>(step / RunReport::kFootprintEvery));
+        }
+    }
+
+    void NoteFootprint(std::size_t number) {
+        if (number < report_.footprints.size()) {
+            report_.footprints[number] = MeasureFootprint();
+            report_.footprintsTaken = number + 1;
         }
     }
 
@@ -127,6 +143,7 @@ class Session {
         measured.threads = static_cast<std::uint32_t>(ProcessStatus("Threads:"));
         measured.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.Held());
         measured.hostDescriptors = OpenDescriptors();
+        measured.mappings = Mappings();
         return measured;
     }
 
@@ -151,6 +168,7 @@ class Session {
             calls += name + " " + std::to_string(count) + "\n";
         }
         std::snprintf(report_.calls, sizeof report_.calls, "%s", calls.c_str());
+        std::snprintf(report_.stacks, sizeof report_.stacks, "%s", stacks::Table().c_str());
         const Calls& made = simulation_.kernel.calls;
         std::snprintf(report_.faults, sizeof report_.faults, "%s", made.faults.Tables().c_str());
         std::snprintf(report_.missing, sizeof report_.missing, "%s",
@@ -265,6 +283,10 @@ __attribute__((constructor)) void ArmInTheNamedProgram(int, char**, char** envir
             Refuse(*report, *error);
         }
         request->options.scenario = std::move(std::get<Scenario>(read));
+        if (const std::string& zone = request->options.scenario.zone; !zone.empty()) {
+            setenv("TZ", zone.c_str(), 1);
+        }
+        stacks::wanted = request->options.scenario.measureStacks;
     }
     const std::string& boardFile = request->options.boardFile;
     const std::string state = TextOfFile(boardFile);
@@ -276,6 +298,7 @@ __attribute__((constructor)) void ArmInTheNamedProgram(int, char**, char** envir
         session->Serve(*live, TextOfFile(request->scenarioFile), request->options.pace);
     }
     watchdog::Begin();
+    stacks::Begin(nullptr);
     report->gated = system_calls::Arm() ? 1 : 0;
 }
 

@@ -1,5 +1,6 @@
 #include "simulator/launcher/Summary.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -85,7 +86,37 @@ void AddFootprint(std::ostream& out, const char* name, const Footprint& footprin
         << "resident_bytes = " << footprint.residentBytes << "\n"
         << "board_handles = " << footprint.boardHandles << "\n"
         << "host_descriptors = " << footprint.hostDescriptors << "\n"
-        << "threads = " << footprint.threads << "\n";
+        << "threads = " << footprint.threads << "\n"
+        << "mappings = " << footprint.mappings << "\n";
+}
+
+template <typename Figure>
+void AddCourse(std::ostream& out, const char* name, const RunReport& report, Figure figure) {
+    out << name << " = [";
+    for (std::size_t i = 0; i < report.footprintsTaken; ++i) {
+        out << (i == 0 ? "" : ", ") << report.footprints[i].*figure;
+    }
+    out << "]\n";
+}
+
+/// The figures of all footprints.
+void AddCourses(std::ostream& out, const RunReport& report) {
+    out << "\n[footprints]\n";
+    AddCourse(out, "heap_bytes", report, &Footprint::heapBytes);
+    AddCourse(out, "resident_bytes", report, &Footprint::residentBytes);
+    AddCourse(out, "board_handles", report, &Footprint::boardHandles);
+    AddCourse(out, "host_descriptors", report, &Footprint::hostDescriptors);
+    AddCourse(out, "threads", report, &Footprint::threads);
+    AddCourse(out, "mappings", report, &Footprint::mappings);
+}
+
+/// "function bytes" lines as a table.
+void AddStacks(std::ostream& out, const char* lines) {
+    std::istringstream stacks(lines);
+    out << (*lines != '\0' ? "\n[stacks]\n" : "");
+    for (std::string function, bytes; stacks >> function >> bytes;) {
+        out << "\"" << function << "\" = " << bytes << "\n";
+    }
 }
 
 /// A list that may have been cut, without what is not whole.
@@ -159,8 +190,11 @@ std::string SummaryText(const Outcome& outcome, const RunReport& report) {
     for (std::string name, count; calls >> name >> count;) {
         out << name << " = " << count << "\n";
     }
-    AddFootprint(out, "at_step_200", report.early);
-    AddFootprint(out, "at_last", report.late);
+    AddFootprint(out, "at_step_200", report.footprints.front());
+    AddFootprint(out, "at_last",
+                 report.footprints[std::max<std::size_t>(report.footprintsTaken, 1) - 1]);
+    AddCourses(out, report);
+    AddStacks(out, report.stacks);
     out << report.faults;
     return out.str();
 }

@@ -15,6 +15,8 @@ struct Scenario {
     BoardSetup board;
     KernelSetup kernel;
     ThreadSetup threads;
+    bool measureStacks = false; ///< of the program's threads
+    std::string zone;           ///< of its local times; empty: UTC
 };
 
 inline constexpr Nanoseconds kDefaultStall = Seconds(86'400);

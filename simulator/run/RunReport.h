@@ -3,6 +3,7 @@
 #include "simulator/kernel/BufferedFile.h"
 #include "simulator/time/RunEnd.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -16,6 +17,7 @@ struct Footprint {
     std::uint32_t boardHandles = 0;  ///< descriptors, mappings and mount tables on board paths
     std::uint32_t hostDescriptors = 0;
     std::uint32_t threads = 0;
+    std::uint32_t mappings = 0;
 };
 
 /// What is on its way to the files of a run.
@@ -37,6 +39,7 @@ struct RunReport {
     /// row of the program's table, so that equal use of memory gives equal figures.
     static constexpr std::uint64_t kFootprintStep = 200;
     static constexpr std::uint64_t kFootprintEvery = 1700;
+    static constexpr std::size_t kFootprints = 118; ///< of a whole life, 200000 steps
 
     std::atomic<Wish> wish{Wish::None};
     std::atomic<std::uint32_t> armed{0};
@@ -46,13 +49,14 @@ struct RunReport {
     std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> measurements{0};
     std::uint64_t stepsPreempted = 0; ///< that came to every choice given
-    Footprint early;                  ///< at footprintStep
-    Footprint late;                   ///< the last one
-    RunBuffers files;                 ///< what is not yet in them
+    std::array<Footprint, kFootprints> footprints{};
+    std::size_t footprintsTaken = 0;
+    RunBuffers files; ///< what is not yet in them
     char text[8192]{};
     char calls[2048]{};   ///< "name count" lines
     char choices[2048]{}; ///< "count, " for each step (time/Scheduler.h), where choices are given
     char faults[8192]{};  ///< tables of the summary
+    char stacks[2048]{};  ///< "function bytes" lines, if they were asked for
     char missing[8192]{}; ///< faults and events that never came, in words
     char board[8192]{};   ///< what outlives the program (board/KeptState.h)
 };

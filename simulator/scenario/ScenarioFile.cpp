@@ -115,11 +115,16 @@ void ReadPump(TomlTable& table, BoardSetup& board) {
     });
 }
 
-void ReadClock(TomlTable& table, BoardSetup& board) {
+void ReadClock(TomlTable& table, Scenario& scenario) {
+    table.Read("zone", scenario.zone);
+    if (!scenario.zone.empty() &&
+        !std::filesystem::is_regular_file("/usr/share/zoneinfo/" + scenario.zone)) {
+        table.Fail("zone", "takes a time zone of this machine, such as \"Europe/Berlin\"");
+    }
     table.Tables("jump", [&](TomlTable& jump) {
         WorldEvent event = ReadEvent(jump, WorldEvent::Kind::JumpClock, {"seconds"});
         jump.ReadInteger("seconds", event.value, -2'000'000'000, 2'000'000'000);
-        board.events.push_back(event);
+        scenario.board.events.push_back(event);
     });
 }
 
@@ -147,7 +152,9 @@ void ReadLines(TomlTable& table, BoardSetup& board) {
     });
 }
 
-void ReadThreads(TomlTable& table, ThreadSetup& threads) {
+void ReadThreads(TomlTable& table, Scenario& scenario) {
+    ThreadSetup& threads = scenario.threads;
+    table.Read("stacks", scenario.measureStacks);
     std::string order = "arrival";
     std::string io = "alone";
     table.Read("order", order);
@@ -256,9 +263,9 @@ void ReadAll(TomlTable& top, Scenario& scenario) {
     below("detector", board, ReadDetector);
     below("card", board, ReadCard);
     below("pump", board, ReadPump);
-    below("clock", board, ReadClock);
+    below("clock", scenario, ReadClock);
     below("lines", board, ReadLines);
-    below("threads", scenario.threads, ReadThreads);
+    below("threads", scenario, ReadThreads);
     below("mount_table", kernel.mounts, ReadMountTable);
     below("indicator", board, ReadIndicator);
     below("adc", board, ReadAdc);

@@ -9,6 +9,7 @@
 
 #include "simulator/run/RunRoot.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
 
@@ -268,6 +269,37 @@ TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
                              "board_handles = ", "host_descriptors = ", "threads = "}) {
         EXPECT_THAT(text, testing::HasSubstr(name)) << name;
     }
+}
+
+TEST_F(RunFiles, TheSummaryTellsTheCourseOfMemoryAndHowDeepStacksGo) {
+    WriteText(File("scenario"), "threads.stacks = true\n");
+    Simulate({"--scenario", File("scenario"), "--summary", File("summary"), "--steps", "1900"},
+             {Binary("tavrelin")});
+    const Words lines = LinesOf(TextOf(File("summary")));
+    const auto course = std::find(lines.begin(), lines.end(), "[footprints]");
+    const auto stacks = std::find(course, lines.end(), "[stacks]");
+    EXPECT_THAT(Words(course, stacks), testing::Contains("threads = [1, 1]"));
+    EXPECT_THAT(Words(course, stacks),
+                testing::Contains(testing::MatchesRegex("mappings = .[0-9]+, [0-9]+.")));
+    const Words depths(stacks, lines.end());
+    ASSERT_EQ(depths.size(), 7U) << "the main thread and five kinds of worker";
+    EXPECT_THAT(depths.at(1), testing::MatchesRegex("\"main\" = [0-9]+"));
+    std::vector<int> bytes;
+    for (std::size_t i = 2; i < depths.size(); ++i) {
+        EXPECT_THAT(depths.at(i), testing::MatchesRegex("\"tavrelin.0x[0-9a-f]+\" = [0-9]+"));
+        bytes.push_back(std::stoi(depths.at(i).substr(depths.at(i).find('=') + 1)));
+    }
+    EXPECT_THAT(bytes, testing::Each(testing::Gt(512)));
+    EXPECT_THAT(bytes, testing::Contains(testing::Lt(64 << 10))) << "less than is painted";
+}
+
+TEST_F(RunFiles, LocalTimesAreThoseOfTheScenariosZone) {
+    WriteText(File("scenario"), "clock.zone = 'Europe/Berlin'\n");
+    const CommandResult run = Simulate(
+        {"--scenario", File("scenario"), "--start", "2026-03-29 00:59:59", "--measurements", "1"},
+        {Binary("tavrelin")});
+    EXPECT_THAT(run.output, testing::StartsWith("TAVRELIN,2026-03-29 01:59.59,"));
+    EXPECT_THAT(run.output, testing::HasSubstr("TAVRELIN,2026-03-29 03:00.01,"));
 }
 
 TEST_F(RunFiles, TheSummaryTellsATroubledEnd) {

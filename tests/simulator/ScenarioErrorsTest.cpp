@@ -74,6 +74,8 @@ threads.order | 1 | takes a text in quotes
 threads.io | "serial" | takes "alone" or "parallel"
 threads.preempt | [0] | takes a whole number from 1 to 1000000000
 threads.preempt | [1] | needs order = "given"
+threads.stacks | "yes" | takes true or false
+clock.zone | "Middle Europe" | takes a time zone of this machine, such as "Europe/Berlin"
 board.missing | ["/sys/class/leds"] | "/sys/class/leds" is no path of the board; takes one such as "/sys/class/gpio/pioB18/value"
 board.missing | ["/dev/../dev/mem"] | "/dev/../dev/mem" is no path of the board; takes one such as "/sys/class/gpio/pioB18/value"
 card | true | is a table: [card]

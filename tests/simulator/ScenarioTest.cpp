@@ -27,7 +27,7 @@ Scenario Parse(const std::string& toml) {
 }
 
 TEST(Scenario, OfNothingIsTheBoardAsItShouldBe) {
-    const auto [board, kernel, threads] = Parse("");
+    const auto [board, kernel, threads, stacks, zone] = Parse("");
     EXPECT_THAT(board.absorbances, ElementsAre(0.25));
     EXPECT_EQ(board.detector.dark, 20'000);
     EXPECT_EQ(board.detector.reference, 3'000'000);
@@ -76,7 +76,7 @@ free_bytes = 4096)")
 }
 
 TEST(Scenario, SetsPumpBoardAndThreads) {
-    const auto [board, kernel, threads] = Parse(R"(pump.flag_seen = false
+    const auto [board, kernel, threads, stacks, zone] = Parse(R"(pump.flag_seen = false
 pump.on_flag_at_start = true
 threads.order = "seeded"
 [board]
@@ -101,7 +101,7 @@ console = true)")
 }
 
 TEST(Scenario, SetsLinesChannelsAndAttributes) {
-    const auto [board, kernel, threads] = Parse(R"(lines.exported = ["B15", "D31"]
+    const auto [board, kernel, threads, stacks, zone] = Parse(R"(lines.exported = ["B15", "D31"]
 lines.high = ["A0"]
 channels.exported = [0, 3]
 channels.enabled = [3]
@@ -116,7 +116,7 @@ channels.enabled = [3]
 }
 
 TEST(Scenario, SetsTheAnalogSideAndTheMountTable) {
-    const auto [board, kernel, threads] = Parse(R"(indicator.cable_length = 7.5
+    const auto [board, kernel, threads, stacks, zone] = Parse(R"(indicator.cable_length = 7.5
 indicator.lamp_voltage = 3.9
 adc.scale = "rubbish"
 adc.input = [{number = 11, volts = 1.5}]
