@@ -96,6 +96,13 @@ kernel_packages=(
     cpio
 )
 
+# What shares the runs of scripts/sweep out.
+sweep_packages=(
+    "${build_packages[@]}"
+    parallel
+    python3
+)
+
 # Unpacked by scripts/try-feeds, not installed: these would start services.
 feeds_packages=(
     mosquitto

@@ -1,8 +1,8 @@
 """What the instrument does from its start on: start-up, and measurements for as long as the recording goes."""
 import math
-import struct
 import time
 
+from figures import divide, single
 from platform_words import MOUNT_POINT, Channel, DayLog, Pin, Words, mounted
 from recording import Cut, Mismatch
 
@@ -35,10 +35,6 @@ STEPS = (
 
 class Ended(Exception):
     """The program ends itself here."""
-
-
-def single(value):
-    return struct.unpack("f", struct.pack("f", value))[0]
 
 
 class Driver:
@@ -350,6 +346,7 @@ class Instrument(Words):
                 if log.open():
                     break
                 self.waits_for = "card"
+        self.waits_for = None
         for line in pending:
             log.write(line)
         log.close()
@@ -359,7 +356,8 @@ class Instrument(Words):
         word = 0
         if self.spi_open:
             sent = self.do("write", CONVERTER)
-            if not sent.error and sent.data.strip(" -") != ("a080" if self.whole_words else "80a0")[:2 * (2 if sent.allowed is None else sent.allowed)]:
+            command = ("a080" if self.whole_words else "80a0")[:None if sent.allowed is None else 2 * sent.allowed]
+            if not sent.error and sent.data.strip(" -") != command:
                 raise Mismatch(f"the converter was sent {sent.data}")
         sleep(self)
         if self.spi_open:
@@ -387,12 +385,6 @@ class Instrument(Words):
         log.close()
         self.status(self.chlorine, STEPS[-1][0])
         self.waits_for = "next measurement"
-
-
-def divide(above, below):
-    if below == 0:
-        return math.nan if above == 0 else math.copysign(math.inf, above)
-    return single(above / below)
 
 
 def log10(value):

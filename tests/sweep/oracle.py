@@ -4,6 +4,9 @@ from collections import Counter
 
 from instrument import Ended, Instrument
 from recording import Cut, Mismatch, read_calls
+from service import Service
+
+FAILED = 4  # the exit status of a run whose program had another one than 0
 
 # How the board's run may end where the program waits for ever: reading in vain costs no board time.
 WAIT_ENDS = {
@@ -14,20 +17,19 @@ WAIT_ENDS = {
 
 
 def describe(words):
-    """Lets the description of the program run; how the run may end, and the outcome in a word or two."""
+    """Lets the description of the program run; how the run may end, its exit status, and the outcome in few words."""
     try:
-        words.run()
+        done = words.run()
+        return (["program ended"], 0, "done") if done else (["program failed"], FAILED, "fails")
     except Ended:
-        message = words.console[-1].rsplit("!!!")[1] if "!!!" in words.console[-1] else "done"
-        return ["program ended"], "ends: " + message
+        return ["program ended"], 0, "ends: " + words.console[-1].split("!!!")[1]
     except Cut as cut:
         reason = cut.args[0]
         if reason == "next measurement":
-            return ["limit reached: measurements"], "goes on"
+            return ["limit reached: measurements"], 0, "goes on"
         if reason in WAIT_ENDS:
-            return WAIT_ENDS[reason], "waits: " + reason
+            return WAIT_ENDS[reason], 11 if reason == "motor mutex" else 0, "waits: " + reason
         raise Mismatch(f"thread {words.thread} stops where nothing holds it up, at {words.at} us") from cut
-    raise Mismatch("the description came to no end")
 
 
 def status_by_status(lines):
@@ -42,7 +44,7 @@ def status_by_status(lines):
 
 def check_console(words, shown):
     """A program that is stopped may hold lines back that no flush has followed."""
-    lines = shown.replace("-nan", "nan").split("\n")[:-1]
+    lines = shown.replace("-nan", "nan").removesuffix("\n").split("\n") if shown else []
     expected = [words.console, words.console[:len(words.console) - words.held_back]]
     if status_by_status(lines) not in [status_by_status(each) for each in expected]:
         surplus = Counter(lines) - Counter("\n".join(words.console).split("\n"))
@@ -62,21 +64,22 @@ def text_in(path):
         return file.read()
 
 
-def judge(folder, status, make=Instrument):
+def judge(folder, program, status):
     """The outcome in a few words of a run that left its files here; a Mismatch says what is not as it should be."""
-    words = make(read_calls(folder + "/events"))
+    threads = read_calls(folder + "/events")
+    words = Instrument(threads) if program == "measure" else Service(threads, *program.split("+"))
     summary = text_in(folder + "/summary")
     end = "".join(re.findall('^end = "(.*)"$', summary, re.M))
     if "never_came" in summary:
         raise Mismatch("the fault met no call")
-    ends, outcome = describe(words)
+    ends, status_expected, outcome = describe(words)
     left = words.left()
     if left:
         raise Mismatch("not described: " + left)
-    if end not in ends or status not in (0, 11):
+    if end not in ends or status != status_expected:
         raise Mismatch(f"the run ended as '{end}' with status {status} instead of {ends}")
     check_console(words, text_in(folder + "/console"))
     check_complaints(words, re.sub("simulate: .*\n", "", text_in(folder + "/complaints")))
     if words.log and not words.log.endswith(b"\n"):
         raise Mismatch(f"the log ends within a record: {words.log[-40:]!r}")
-    return outcome + (", complaint" if words.complaints and outcome == "goes on" else "")
+    return outcome + (", complaint" if words.complaints and outcome in ("goes on", "done") else "")

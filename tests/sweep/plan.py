@@ -13,6 +13,20 @@ BIN = os.environ.get("TAVRELIN_BIN", TOP + "/build/default/bin")
 # and attributes what they hold instead; repeat: "once", "forever", or "5s" for so long.
 Run = namedtuple("Run", "program call path occurrence failure repeat")
 
+# The programs, "measure" for the instrument and else a command with its arguments, and on what board they run.
+PROGRAMS = {
+    "measure": "",
+    "register+B18": "",
+    "register+A2+1": "",
+    "wait-edge+B18+--for+2": "[[lines.event]]\nat = 1\nline = \"B18\"\nlevel = 0\n",
+    "indicator": "",
+    "cable-length": "",
+    "read-adc+6": "",
+    "storage": "",
+    "card": "",
+    "log-message+one+two": "[card]\nmounted = true\n",
+}
+
 KINDS = (
     ("/sys/class/gpio/", "line"), ("/sys/class/pwm/", "channel"), ("/sys/bus/iio/", "board's converter"),
     ("/dev/spidev", "converter"), ("/dev/mem", "registers"), ("/mnt/sd-card/", "day's file"),
@@ -49,8 +63,7 @@ ERRORS = {
     ("mount", "card"): "EBUSY EINVAL EIO ENODEV ENOENT ENXIO EPERM EACCES ENOMEM",
     ("umount", "card"): "EBUSY EINVAL EPERM",
     ("setmntent", "mount table"): "ENOENT EACCES " + NO_ROOM,
-    ("statfs", "day's file, card, mount table"): "EIO ENOENT EACCES ENOMEM",
-    ("lstat", "card"): "ENOENT EACCES",
+    ("statfs", ""): "EIO ENOENT EACCES ENOMEM",
     ("open", "registers"): "ENOENT EACCES EPERM " + NO_ROOM,
     ("mmap", "registers"): "EPERM EACCES EINVAL EAGAIN ENOMEM",
     # Limits of the machine or of its memory; of mutexes and clocks a kernel gives none, but the program looks.
@@ -72,7 +85,8 @@ ONCE_ONLY = {"nanosleep", "clock_gettime"}
 COMES_BACK = {"card", "day's file", "mount table"}
 # Result words: nothing new, all bits, none, the largest, the smallest, the sign alone.
 WORDS = ("a0800000", "ffffffff", "00000000", "3fffffe0", "00000020", "20000000")
-TEXTS = {"nothing": "", "newline": "\\n", "letter": "x\\n", "two": "1 1\\n", "long": "1" * 4095 + "\\n", "minus": "-1\\n"}
+TEXTS = {"nothing": "", "newline": "\\n", "letter": "x\\n", "two": "1 1\\n",
+         "long": "1" * 4095 + "\\n", "minus": "-1\\n"}
 
 
 def kind_of(path):
@@ -104,17 +118,23 @@ def class_of(run):
 def command(run, folder):
     """How the program is run on the simulated board, with what befalls it in folder/scenario.toml."""
     program = [BIN + "/tavrelin"] if run.program == "measure" else [BIN + "/tavrelin-service", *run.program.split("+")]
-    return [BIN + "/simulate", "--io-cost", "none", "--measurements", "1", "--board-time", "30", "--calls", "20000", "--real-time", "60",
+    limits = ["--measurements", "1", "--board-time", "30", "--calls", "20000", "--real-time", "60"]
+    return [BIN + "/simulate", "--io-cost", "none", *limits,
             "--scenario", folder + "/scenario.toml", "--every-call", "--events", folder + "/events",
             "--summary", folder + "/summary", "--", *program]
 
 
 def scenario(run):
-    """What befalls the board in a run, as a scenario file."""
+    """The board of a run and what befalls it, as a scenario file."""
+    return PROGRAMS[run.program] + fault(run)
+
+
+def fault(run):
     if run.call == "text":
         return f'[attributes]\n"{run.path}" = "{TEXTS[run.failure]}"\n'
     if run.call == "word":
-        words = [call.data.strip() for call in in_order(clean(run.program)) if (call.name, kind_of(call.path)) == ("read", "converter")]
+        words = [call.data.strip() for call in in_order(clean(run.program))
+                 if (call.name, kind_of(call.path)) == ("read", "converter")]
         rubbish = [run.failure] * (1 if run.repeat == "once" else 1000)
         words[int(run.occurrence) - 1:] = rubbish
         return f"[converter]\nwords = [{', '.join('0x' + word for word in words)}]\n"
@@ -158,7 +178,7 @@ def in_order(threads):
 def clean(program):
     """The calls of a run that nothing befalls, by threads."""
     with Folder("clean") as folder:
-        make(Run(program, *5 * "-"), "", folder)
+        make(Run(program, *5 * "-"), PROGRAMS[program], folder)
         return read_calls(folder + "/events")
 
 
@@ -189,6 +209,7 @@ def runs_of(program):
             for repeat in repeats:
                 yield Run(program, call.name, call.path, occurrence, failure, repeat)
         if (call.name, kind) == ("read", "converter"):
-            yield from (Run(program, "word", call.path, occurrence, word, repeat) for word in WORDS for repeat in ("once", "forever"))
+            yield from (Run(program, "word", call.path, occurrence, word, repeat)
+                        for word in WORDS for repeat in ("once", "forever"))
         elif call.name == "read" and occurrence == 1:
             yield from (Run(program, "text", call.path, "-", text, "forever") for text in TEXTS)

@@ -48,11 +48,11 @@ class Words(Player):
 class Pin:
     """A line by its bank and bit; ok as long as it could be taken and set up as an input."""
 
-    def __init__(self, words, bank, bit):
+    def __init__(self, words, bank, bit, edge="none"):
         self.words, self.output = words, False
         self.directory = f"{GPIO}pio{'ABCD'[bank]}{bit}"
         self.number = str(bank * 32 + bit)
-        self.ok = self.export() and self.direction("in") and self.edge("none")
+        self.ok = self.export() and self.direction("in") and self.edge(edge)
 
     def export(self):
         if self.words.exists(self.directory):

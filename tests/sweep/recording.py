@@ -62,7 +62,8 @@ class Player:
             raise Cut(self.waits_for)
         call = calls.popleft()
         if (call.name, call.path) != (name, path):
-            raise Mismatch(f"thread {self.thread} at {call.at} us: {call.name} of {call.path} instead of {name} of {path}")
+            raise Mismatch(f"thread {self.thread} at {call.at} us: "
+                           f"{call.name} of {call.path} instead of {name} of {path}")
         if text is not None and text_of(call.data or "") not in (text, None):
             raise Mismatch(f"thread {self.thread} at {call.at} us: {call.data} into {path} instead of {text!r}")
         self.at = call.at
