@@ -15,6 +15,8 @@ class SysfsResource {
     /// Channel 0 to 9 of the PWM controller.
     static SysfsResource Channel(std::uint8_t channel);
 
+    /// Folder where it is exported, with a slash at its end.
+    [[nodiscard]] const std::string& Parent() const { return parent_; }
     /// False where the kernel knows no lines, or no channels, at all.
     [[nodiscard]] bool CanBeExported() const;
     [[nodiscard]] bool IsExported() const;
@@ -30,7 +32,7 @@ class SysfsResource {
   private:
     SysfsResource(std::string parent, std::string directory, std::string number);
 
-    std::string parent_; // where it is exported
+    std::string parent_;
     std::string directory_;
     std::string number_;
 };

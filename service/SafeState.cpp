@@ -113,14 +113,20 @@ void GiveBack(const Item& item, Protocol& protocol) {
     }
 }
 
-// One line for all that the board lacks.
-void ReportMissing(Protocol& protocol) {
+// Leaves out what the board has no place for, and says so in one line. What is exported is there,
+// whatever becomes of the question; each is asked for by itself, so that none is left out unsaid.
+void LeaveOutMissing(std::vector<Item>& items, Protocol& protocol) {
     std::string missing;
-    for (const char* place : {kPwmController, kGpioClass}) {
-        if (!AttributeDirectoryExists(place)) {
-            missing += (missing.empty() ? "no " : " and no ") + std::string(place);
+    std::erase_if(items, [&missing](const Item& item) {
+        if (item.wasExported || item.resource.CanBeExported()) {
+            return false;
         }
-    }
+        const std::string place = "no " + item.resource.Parent();
+        if (missing.find(place) == std::string::npos) {
+            missing += (missing.empty() ? "" : " and ") + place;
+        }
+        return true;
+    });
     if (!missing.empty()) {
         protocol.Failed(missing + " here; see tavrelin-service board-check");
     }
@@ -134,8 +140,7 @@ int SafeStateCommand(const Arguments& arguments) {
     }
     Protocol protocol;
     std::vector<Item> items = ItemsOfARun();
-    ReportMissing(protocol);
-    std::erase_if(items, [](const Item& item) { return !item.resource.CanBeExported(); });
+    LeaveOutMissing(items, protocol);
     // Off first, all of them: given back before, one would go on without anybody to stop it.
     for (Item& item : items) {
         MakeSafe(item, protocol);

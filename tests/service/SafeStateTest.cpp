@@ -69,6 +69,23 @@ TEST(ServiceSafeState, SwitchesAllOffBeforeItGivesAnythingBack) {
     EXPECT_EQ(writes.size(), 6U + 11U);
 }
 
+// Once: the kernel had no memory for the question, say.
+TEST(ServiceSafeState, LeavesNothingOnUnsaidWhenAQuestionFails) {
+    for (const int occurrence : {1, 2, 3, 4}) {
+        const std::string fault =
+            "[[fault]]\ncall = \"access\"\nerrno = \"ENOMEM\"\noccurrence = " +
+            std::to_string(occurrence) + "\npath = ";
+        EXPECT_THAT(SafeState(fault + "\"/sys/class/pwm/pwmchip0/\"\n"),
+                    testing::HasSubstr("PWM 3, sample valve: switched off"))
+            << occurrence;
+        EXPECT_THAT(SafeState(fault + "\"/sys/class/pwm/pwmchip0/\"\n",
+                              "channel 3 free 1000000 1000000 1\n"),
+                    testing::AnyOf(testing::HasSubstr("PWM 3, sample valve: switched off"),
+                                   testing::HasSubstr("no /sys/class/pwm/pwmchip0/ here")))
+            << occurrence;
+    }
+}
+
 TEST(ServiceSafeState, LeavesTheLinesOfOthersAsTheyAre) {
     const std::string others = "line A0 exported low none\n"
                                "line B17 exported in falling\n"
