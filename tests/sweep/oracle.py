@@ -4,6 +4,7 @@ from collections import Counter
 
 from instrument import Ended, Instrument
 from recording import Cut, Mismatch, read_calls
+from safe_state import judge as judge_safe_state
 from service import Service
 
 FAILED = 4  # the exit status of a run whose program had another one than 0
@@ -66,20 +67,23 @@ def text_in(path):
 
 def judge(folder, program, status):
     """The outcome in a few words of a run that left its files here; a Mismatch says what is not as it should be."""
-    threads = read_calls(folder + "/events")
-    words = Instrument(threads) if program == "measure" else Service(threads, *program.split("+"))
-    summary = text_in(folder + "/summary")
+    summary, shown = text_in(folder + "/summary"), text_in(folder + "/console")
+    complained = re.sub("simulate: .*\n", "", text_in(folder + "/complaints"))
     end = "".join(re.findall('^end = "(.*)"$', summary, re.M))
     if "never_came" in summary:
         raise Mismatch("the fault met no call")
+    if program == "safe-state":
+        return judge_safe_state(text_in(folder + "/board"), end, status, shown, complained)
+    threads = read_calls(folder + "/events")
+    words = Instrument(threads) if program == "measure" else Service(threads, *program.split("+"))
     ends, status_expected, outcome = describe(words)
     left = words.left()
     if left:
         raise Mismatch("not described: " + left)
     if end not in ends or status != status_expected:
         raise Mismatch(f"the run ended as '{end}' with status {status} instead of {ends}")
-    check_console(words, text_in(folder + "/console"))
-    check_complaints(words, re.sub("simulate: .*\n", "", text_in(folder + "/complaints")))
+    check_console(words, shown)
+    check_complaints(words, complained)
     if words.log and not words.log.endswith(b"\n"):
         raise Mismatch(f"the log ends within a record: {words.log[-40:]!r}")
     return outcome + (", complaint" if words.complaints and outcome in ("goes on", "done") else "")

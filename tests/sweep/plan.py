@@ -24,6 +24,8 @@ PROGRAMS = {
     "read-adc+6": "",
     "storage": "",
     "card": "",
+    "safe-state": "[lines]\nexported = ['A2', 'A3', 'A4', 'A5', 'A6', 'B15', 'B18']\n"
+                  "[channels]\nexported = [0, 1, 2, 3]\nenabled = [0, 1, 2, 3]\n",
     "log-message+one+two": "[card]\nmounted = true\n",
 }
 
@@ -121,7 +123,7 @@ def command(run, folder):
     limits = ["--measurements", "1", "--board-time", "30", "--calls", "20000", "--real-time", "60"]
     return [BIN + "/simulate", "--io-cost", "none", *limits,
             "--scenario", folder + "/scenario.toml", "--every-call", "--events", folder + "/events",
-            "--summary", folder + "/summary", "--", *program]
+            "--summary", folder + "/summary", "--board", folder + "/board", "--", *program]
 
 
 def scenario(run):
@@ -164,6 +166,8 @@ class Folder:
 
 def make(run, befalls, folder):
     """Makes a run; its files are in the folder then. The exit status."""
+    if os.path.exists(folder + "/board"):
+        os.remove(folder + "/board")  # an earlier run's: this one begins with a board of its own
     with open(folder + "/scenario.toml", "w", encoding="utf-8") as file:
         file.write(befalls)
     with open(folder + "/console", "wb") as console, open(folder + "/complaints", "wb") as complaints:
