@@ -9,6 +9,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <map>
+#include <utility>
 
 namespace sim {
 namespace {
@@ -279,6 +280,13 @@ void ReadAll(TomlTable& top, Scenario& scenario) {
     top.Finish();
 }
 
+/// One line, whatever characters of the file it quotes.
+ScenarioError OnOneLine(std::string text) {
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    return {std::move(text)};
+}
+
 } // namespace
 
 std::variant<Scenario, ScenarioError> ParseScenario(std::string_view toml,
@@ -286,15 +294,15 @@ std::variant<Scenario, ScenarioError> ParseScenario(std::string_view toml,
     const toml::parse_result parsed = toml::parse(toml, name);
     if (!parsed) {
         const toml::parse_error& error = parsed.error();
-        return ScenarioError{name + ":" + std::to_string(error.source().begin.line) + ": " +
-                             std::string(error.description())};
+        return OnOneLine(name + ":" + std::to_string(error.source().begin.line) + ": " +
+                         std::string(error.description()));
     }
     TomlProblems problems{name, {}};
     Scenario scenario;
     TomlTable top(parsed.table(), "", problems);
     ReadAll(top, scenario);
     if (problems.Any()) {
-        return ScenarioError{problems.first};
+        return OnOneLine(problems.first);
     }
     std::vector<WorldEvent>& events = scenario.board.events;
     std::stable_sort(events.begin(), events.end(),

@@ -12,6 +12,7 @@
 namespace tavrelin {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -206,7 +207,14 @@ TEST(WrongScenario, TomlThatIsNoneIsRefusedWithItsLine) {
     EXPECT_THAT(ErrorOf("\n\n[card\n"), StartsWith("3: "));
     EXPECT_THAT(ErrorOf("card.present = true\ncard.present = false"), StartsWith("2: "));
     EXPECT_THAT(ErrorOf("a = \"\xff\""), StartsWith("1: "));
+    EXPECT_THAT(ErrorOf("[?card]\n"), StartsWith("1: "));
+    EXPECT_THAT(ErrorOf("é = 1\n"), StartsWith("1: "));
     EXPECT_NE(ErrorOf(std::string("a\0b", 3)), "");
+}
+
+TEST(WrongScenario, IsToldInOneLineWhateverItHolds) {
+    EXPECT_THAT(ErrorOf("a = t\n"), EndsWith("saw 't?'"));
+    EXPECT_THAT(ErrorOf("\"a\\nb\" = 1\n"), StartsWith("1: a?b: "));
 }
 
 TEST(WrongScenario, OnlyTheFirstErrorIsTold) {
