@@ -6,9 +6,10 @@
 #include "log/Table.h"
 #include "log/Zone.h"
 
+#include "tests/support/FuzzInput.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,7 @@
 namespace {
 
 using namespace tavrelin::daylog;
+using tavrelin::Hold;
 
 struct Reading {
     std::uint64_t lines = 0;
@@ -36,12 +38,6 @@ Reading Read(const std::vector<std::string_view>& pieces) {
     }
     parser.Finish();
     return reading;
-}
-
-void Hold(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
 }
 
 } // namespace
