@@ -119,6 +119,23 @@ TEST_F(Following, SaysOnceThatTheDiskIsFullAndGoesOn) {
     EXPECT_THAT(error_.Line(), HasSubstr("rubbish"));
 }
 
+TEST_F(Following, TakesBackWhatTheDiskTookOfARecord) {
+    const std::string feed = folder_.Path("feed");
+    Follower& follower = Follow({"--output", feed});
+    const std::string first = Json("2026-03-07T09:00:17") + "\n";
+    follower.LimitFiles(first.size() + 10);
+    Append(day_, Result("2026-03-07 09:00.17") + Result("2026-03-07 09:00.34"));
+    EXPECT_EQ(error_.Line(), "tavrelin-log: " + feed + ": File too large");
+    follower.AwaitSleep();
+    EXPECT_EQ(TextOf(feed), first);
+    follower.LimitFiles(RLIM_INFINITY);
+    Append(day_, Result("2026-03-07 09:00.51"));
+    follower.AwaitSleep();
+    follower.Signal(SIGTERM);
+    EXPECT_EQ(follower.AwaitEnd(), 0);
+    EXPECT_EQ(TextOf(feed), first + Json("2026-03-07T09:00:51") + "\n");
+}
+
 TEST_F(Following, SaysOnceThatTheExpositionCannotBeWrittenUntilItCan) {
     const std::string file = folder_.Path("later/tavrelin.prom");
     Follower& follower = Follow({"--format", "prometheus", "--output", file});

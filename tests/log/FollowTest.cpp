@@ -218,6 +218,34 @@ TEST_F(Following, TellsOnceWhyAFileCannotBeReadAndReadsTheOthers) {
     EXPECT_THAT(LinesOf(error_.Rest()), Each(HasSubstr(day_)));
 }
 
+TEST_F(Following, MissesNothingWhenTheKernelDropsNotices) {
+    Follower& follower = Follow();
+    follower.Signal(SIGSTOP);
+    const int most = std::stoi(TextOf("/proc/sys/fs/inotify/max_queued_events"));
+    for (int i = 0; i <= most / 2; ++i) { // no two alike, for those are one
+        Append(card_ + "/one", "x");
+        Append(card_ + "/two", "x");
+    }
+    Append(day_, Result("2026-03-07 09:00.17"));
+    follower.Signal(SIGCONT);
+    EXPECT_EQ(Next(), Json("2026-03-07T09:00:17"));
+}
+
+TEST_F(Following, PassesOverALinkThatLeadsNowhere) {
+    Follow();
+    std::filesystem::create_symlink(folder_.Path("nowhere"), next_);
+    ExpectNothingNew(day_);
+}
+
+TEST_F(Following, EndsWhenItsFolderHasBecomeALinkToItself) {
+    Follower& follower = Follow();
+    std::filesystem::remove(card_);
+    follower.AwaitSleep();
+    std::filesystem::create_symlink(card_, card_);
+    EXPECT_EQ(follower.AwaitEnd(), 1);
+    EXPECT_THAT(error_.Line(), testing::EndsWith("/card: Too many levels of symbolic links"));
+}
+
 TEST_F(Following, HoldsNoFileOfTheCardOpen) {
     WriteText(day_, Result("2026-03-07 09:00.17"));
     Follower& follower = Follow();

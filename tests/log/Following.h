@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,7 +49,7 @@ class Follower {
     Follower& operator=(const Follower&) = delete;
     ~Follower() {
         if (process_ > 0) {
-            ::kill(process_, SIGKILL);
+            Signal(SIGTERM);
             ::waitpid(process_, nullptr, 0);
         }
     }
@@ -64,6 +65,11 @@ class Follower {
         });
     }
     void Signal(int signal) const { ::kill(process_, signal); }
+    /// No file of its becomes larger than this from now on.
+    void LimitFiles(rlim_t bytes) const {
+        const rlimit limit{bytes, RLIM_INFINITY};
+        ::prlimit(process_, RLIMIT_FSIZE, &limit, nullptr);
+    }
     int AwaitEnd() {
         int status = 0;
         Await("it does not end", [&] { return ::waitpid(process_, &status, WNOHANG) != 0; });

@@ -88,6 +88,15 @@ TEST_F(Listing, IsAlignedOnATerminal) {
                      "2026-03-08T00:00:16         nan       inf     -2      1e-05           0\n");
 }
 
+TEST_F(Listing, TellsOnATerminalHowFarItHasComeAfterASecond) {
+    const std::string pipe = folder_.Path("pipe");
+    const std::string command = "mkfifo " + pipe + "; (cat " + day_ + "; sleep 1.1; cat " + day_ +
+                                ") >" + pipe + " & " + InBuild("bin/tavrelin-log") + " results " +
+                                pipe + " >/dev/null";
+    EXPECT_EQ(RunCommand({"script", "-qec", command, "/dev/null"}).output,
+              "\r100 %, 0 MB, 0 MB/s\033[K\r\033[K");
+}
+
 TEST_F(Listing, TellsThatLinesWereNoRecords) {
     WriteText(day_, TextOf(day_) + "hello\n2026-03-07 23:59:59, 23");
     const CommandResult run = RunLog({"results", day_});

@@ -69,6 +69,10 @@ TEST(Cycles, TellTheirMedianAndWhatIsLonger) {
     EXPECT_EQ(cycles.Above(34), (std::vector<Cycles::Span>{{300, 17, 317}, {40, 350, 390}}));
 }
 
+TEST(Cycles, HaveNoMedianWithoutAny) {
+    EXPECT_EQ(Cycles().Median(), 0);
+}
+
 TEST(Cycles, KeepTheBeginOfTheLongestOnly) {
     Cycles cycles(Cycles::kMany);
     constexpr std::int64_t many = 5000;
@@ -92,6 +96,7 @@ TEST(FlagOfARecord, IsTheFirstThatHolds) {
     EXPECT_EQ(FlagOf({0.1, 1, 20000, 1.67772e7, 20000}), Flag::OutOfRange);
     EXPECT_EQ(FlagOf({0.1, 1, 20000, 1.67771e7, 20000}), Flag::None);
     EXPECT_EQ(FlagOf({0.1, 0, -5, 3e6, -7}), Flag::None);
+    EXPECT_STREQ(FlagText(Flag::None), "");
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "log/CivilTime.h"
+
 #include "tests/log/LogProgram.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Text.h"
@@ -8,6 +10,8 @@
 namespace tavrelin {
 namespace {
 
+using daylog::CivilSeconds;
+using daylog::IsoText;
 using testing::HasSubstr;
 
 class SummaryOf : public testing::Test {
@@ -87,6 +91,21 @@ TEST_F(SummaryOf, BrokenLinesNamesThemAndCountsEachOnce) {
     EXPECT_THAT(run.output, HasSubstr("  " + day_ + ":3: unknown: ?hello\n  " + day_ +
                                       ":4: torn: 2026-03-07 12:0:\n"));
     EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(SummaryOf, ManyGapsShowsAThousandAndCountsTheRest) {
+    std::string text;
+    for (CivilSeconds group = 0; group < 1002; ++group) {
+        for (const CivilSeconds second : {0, 1, 2}) {
+            std::string time = IsoText(1772841600 + 30 * group + second);
+            time[10] = ' ';
+            time[16] = '.';
+            text += time + ",,,0.1,1,20000,3e+06,2.3871e+06\n";
+        }
+    }
+    const CommandResult run = Of(text);
+    EXPECT_THAT(LinesWith(run.output, ", 28 s"), testing::SizeIs(1000));
+    EXPECT_THAT(run.output, HasSubstr("  and 1 shorter ones\n"));
 }
 
 TEST_F(SummaryOf, ManyBrokenLinesShowsTheFirstAndCountsTheRest) {

@@ -151,6 +151,12 @@ TEST_F(GpioEdge, IsAnErrorWhenTheLineGoesDuringTheWait) {
     EXPECT_EQ(board.Now(), Milliseconds(10));
 }
 
+TEST_F(GpioEdge, IsAnErrorOnALineThatIsGone) {
+    board.Line("B7").exported = false;
+    EXPECT_EQ(pin.WaitForEdge(100), kLevelError);
+    EXPECT_EQ(Console(), (Said{"", "not locked yet\n"}));
+}
+
 TEST_F(GpioEdge, IsNotWaitedForWithoutEdgeDetection) {
     board.SetInput("B7", true);
     for (const std::uint32_t mode : {kPinInput, kPinOutput}) {

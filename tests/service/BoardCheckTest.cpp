@@ -75,6 +75,15 @@ TEST_F(ServiceBoardCheck, GivesBackALineThatItDoesNotFind) {
     EXPECT_THAT(call.left, testing::Not(testing::HasSubstr(" exported ")));
 }
 
+TEST_F(ServiceBoardCheck, TellsOfALineThatCannotBeGivenBack) {
+    const std::string board =
+        "[[fault]]\ncall = \"write\"\npath = \"/sys/class/gpio/unexport\"\nerrno = \"EIO\"\n";
+    const CommandResult result = SimulateService({"board-check"}, board).result;
+    EXPECT_THAT(LinesWith(result.output, "A2, "),
+                testing::ElementsAre(testing::EndsWith("cannot be given back")));
+    EXPECT_EQ(result.status, 1);
+}
+
 // The commands of the guide with what they print, as it shows them: "    $ tavrelin-service card".
 std::vector<std::string> TranscriptsOf(const std::string& page) {
     std::vector<std::string> transcripts;
