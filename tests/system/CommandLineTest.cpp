@@ -39,10 +39,13 @@ TEST(CommandLine, OfAnyOtherWordsEndsInSilence) {
 }
 
 TEST(CommandLine, TakesAnAmpersandForNoArgument) {
-    const RunResult without = RunInstrument({.measurements = 1});
-    const RunResult with = RunInstrument({.arguments = {"&"}, .measurements = 1});
-    EXPECT_NE(without.console, "");
-    EXPECT_EQ(with, without);
+    for (const char* board : {"", "[pump]\nflag_seen = false\n"}) { // the second ends by itself
+        const RunResult without = RunInstrument({.board = board, .measurements = 1});
+        const RunResult with =
+            RunInstrument({.board = board, .arguments = {"&"}, .measurements = 1});
+        EXPECT_NE(without.console, "");
+        EXPECT_EQ(with, without);
+    }
 }
 
 } // namespace
