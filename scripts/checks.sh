@@ -97,8 +97,19 @@ build_and_test() {
 }
 
 check_default() { build_and_test default; }
+
+# ./check full lets it take longer.
+fuzz_seconds=10
 check_fuzz() {
-    hold "fuzz: a minute of random days' files" fuzz.log scripts/fuzz 60
+    local target
+    for target in $(scripts/fuzz --targets); do
+        hold "fuzz: $fuzz_seconds s of random $target" "fuzz-$target.log" scripts/fuzz $fuzz_seconds "$target"
+    done
+}
+
+check_coverage() {
+    hold "coverage: every line of the product but those excused, 95 % of the branches" coverage.log scripts/coverage
+    tail -n 4 "$work/coverage.log"
 }
 
 check_asan() { build_and_test asan; }

@@ -33,6 +33,12 @@ check_packages=(
     tzdata
     sqlite3
 )
+# Counts which lines and branches the tests reach.
+coverage_packages=(
+    "${build_packages[@]}"
+    gcovr
+    python3
+)
 # Cross compilers, and for the programs that they make what they link and what runs them here.
 arm_packages=(
     "${check_packages[@]}"
