@@ -21,12 +21,18 @@ target_compile_definitions(tavrelin_options INTERFACE _FILE_OFFSET_BITS=64 _TIME
 target_link_libraries(tavrelin_options INTERFACE tavrelin_warnings)
 
 # Sanitizers and coverage watch the product. Tests and simulated board are only linked with their libraries,
-# so that their objects are the same under every preset.
+# so that their objects are the same under every preset; TAVRELIN_SANITIZE_ALL watches these, too.
 add_library(tavrelin_instrumented INTERFACE)
 if(TAVRELIN_SANITIZE)
   target_compile_options(tavrelin_instrumented INTERFACE
     -fsanitize=${TAVRELIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tavrelin_options INTERFACE -fsanitize=${TAVRELIN_SANITIZE})
+endif()
+add_library(tavrelin_watched INTERFACE)
+if(TAVRELIN_SANITIZE AND TAVRELIN_SANITIZE_ALL)
+  target_compile_options(tavrelin_watched INTERFACE
+    -fsanitize=${TAVRELIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavrelin_watched INTERFACE -fsanitize=${TAVRELIN_SANITIZE})
 endif()
 if(TAVRELIN_COVERAGE)
   target_compile_options(tavrelin_instrumented INTERFACE --coverage)
