@@ -264,6 +264,9 @@ long Futex(Trap& trap) {
     Futexes& futexes = trap.simulation.futexes;
     if (operation == FUTEX_WAIT || operation == FUTEX_WAIT_BITSET) {
         AwaitEndedThreads();
+        if (bits != 0 && __atomic_load_n(word, __ATOMIC_SEQ_CST) != value) {
+            return -EAGAIN; // without allocating anything: it may be the allocator that waits
+        }
     }
     switch (operation) {
     case FUTEX_WAIT:

@@ -7,11 +7,15 @@
 #include "simulator/interpose/ThreadWaits.h"
 #include "simulator/libc/Real.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
 #include <map>
 #include <memory>
 #include <pthread.h>
 #include <string>
+#include <string_view>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
@@ -43,6 +47,18 @@ std::vector<int>& Leaving() {
 
 bool IsGone(int task) {
     return syscall(SYS_tgkill, getpid(), task, 0) != 0;
+}
+
+/// True for one that waits for nothing but the processor.
+bool CouldRun(int task) {
+    char text[64];
+    std::snprintf(text, sizeof text, "/proc/self/task/%d/stat", task);
+    const int file = sim::real::open(text, O_RDONLY | O_CLOEXEC);
+    const ssize_t length = sim::real::read(file, text, sizeof text);
+    sim::real::close(file);
+    const std::string_view status(text, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::size_t afterName = status.find(") ");
+    return afterName != std::string_view::npos && status.substr(afterName + 2).starts_with('R');
 }
 
 pthread_key_t EndKey();
@@ -117,9 +133,10 @@ void sim::AwaitEndedThreads() {
     constexpr int tries = 1000;
     constexpr long long pause = 20'000; // ns
     std::erase_if(Leaving(), IsGone);
-    for (int i = 0; i < tries && !Leaving().empty(); ++i) {
+    for (int asleep = 0; asleep < tries && !Leaving().empty();) {
         real::SleepFor(pause);
         std::erase_if(Leaving(), IsGone);
+        asleep += std::ranges::any_of(Leaving(), CouldRun) ? 0 : 1;
     }
     Leaving().clear();
 }
