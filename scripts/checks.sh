@@ -112,8 +112,35 @@ check_coverage() {
     tail -n 4 "$work/coverage.log"
 }
 
+# What docs/reliability.md tells: a tenth of the runs, or all of them and whole lives.
+check_proofs() {
+    local log=$work/proofs-packages.log before=$failed
+    if ! (require_packages "$log" "${sweep_packages[@]}") >>"$log" 2>&1; then
+        not_run proofs "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
+        return
+    fi
+    hold "build default" default-build.log build default
+    [ "$failed" = "$before" ] || return
+    prove "every fault" sweep "$part"
+    prove "power cuts, kills and pulled cards" cuts "$part"
+    prove "orders of the threads" orders "$part"
+    [ "$part" = tenth ] || prove "whole lives" life
+}
+
+# prove NAME SCRIPT ARGUMENT...: a script whose table is shown.
+prove() {
+    local before=$failed
+    hold "$1: $2 ${3-}" "$2.log" "scripts/$2" "${@:3}"
+    [ "$failed" != "$before" ] || cat "$work/$2.log"
+}
+
 check_asan() { build_and_test asan; }
-check_tsan() { build_and_test tsan; }
+check_asan-all() { build_and_test asan-all; }
+check_tsan() {
+    local before=$failed
+    build_and_test tsan
+    [ "$failed" != "$before" ] || hold "no race in 20 orders of the threads" orders-tsan.log scripts/orders tsan
+}
 
 tidy_file() {
     local output
