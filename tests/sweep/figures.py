@@ -4,7 +4,10 @@ import struct
 
 
 def single(value):
-    return struct.unpack("f", struct.pack("f", value))[0]
+    try:
+        return struct.unpack("f", struct.pack("f", value))[0]
+    except OverflowError:
+        return math.copysign(math.inf, value)
 
 
 def divide(above, below):

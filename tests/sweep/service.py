@@ -5,6 +5,7 @@ from figures import divide, single
 from platform_words import Pin, Words, mounted
 from recording import text_of
 
+FLOAT_MAX = 2.0**128 - 2.0**104
 CONVERTER = "/sys/bus/iio/devices/iio:device0/"
 LEDS = (16, 18, 20, 17, 19, 21)
 COLOURS = {0: (1, 1, 1, 1, 1, 1), 1: (0, 1, 0, 1, 0, 0), 3: (0, 0, 1, 1, 0, 0)}
@@ -156,7 +157,7 @@ class Service(Words):
         return self.exists(CONVERTER) or self.complain("ADC: device does not exist\n")
 
     def voltage(self):
-        """Of input 6; what is no number counts as 0."""
+        """Of input 6; what is no number counts as 0, and what is out of range as the range's end."""
         raw = self.get(CONVERTER + "in_voltage6_raw")
         if raw is None:
             self.complain("ADC: can't read raw counts\n")
@@ -167,8 +168,9 @@ class Service(Words):
             return None
         whole = re.match(r"[+-]?\d+", raw)
         number = re.match(r"[+-]?\d+(\.\d*)?", scale)
-        count = single(int(whole[0]) if whole else 0)
-        return single(single(count * single(float(number[0]) if number else 0)) * 2**-10)
+        count = single(max(-2**31, min(int(whole[0]), 2**31 - 1)) if whole else 0)
+        volts = single(max(-FLOAT_MAX, min(float(number[0]), FLOAT_MAX)) if number else 0)
+        return single(single(count * volts) * 2**-10)
 
     def read_adc(self, channel):
         voltage = self.voltage() if self.converter_there() else None
