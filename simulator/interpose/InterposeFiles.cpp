@@ -55,6 +55,9 @@ int close(int descriptor) {
     if (Gate gate(descriptor); gate) {
         return AsResult(gate->kernel.Close(descriptor));
     }
+    if (Gate gate; gate) {
+        gate->kernel.OtherDescriptorsChange(); // one that is closed may be kept for the board
+    }
     return sim::real::close(descriptor);
 }
 
