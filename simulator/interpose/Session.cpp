@@ -2,10 +2,10 @@
 // launcher names, stays inert in every other, and tells the launcher how the run went.
 
 #include "simulator/board/KeptState.h"
+#include "simulator/interpose/FootprintNow.h"
 #include "simulator/interpose/Gate.h"
 #include "simulator/interpose/SystemCallGate.h"
 #include "simulator/interpose/ThreadStacks.h"
-#include "simulator/interpose/ThreadWaits.h"
 #include "simulator/interpose/Watchdog.h"
 #include "simulator/libc/Real.h"
 #include "simulator/live/LiveRun.h"
@@ -21,7 +21,6 @@
 #include <dlfcn.h>
 #include <fstream>
 #include <iterator>
-#include <malloc.h>
 #include <memory>
 #include <string>
 #include <sys/mman.h>
@@ -29,38 +28,6 @@
 
 namespace sim {
 namespace {
-
-/// A number from a line such as "Threads:	3" of /proc/self/status; 0 when there is none.
-std::uint64_t ProcessStatus(const char* label) {
-    std::unique_ptr<FILE, int (*)(FILE*)> file(real::fopen("/proc/self/status", "re"), std::fclose);
-    char line[256];
-    while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
-        if (std::strncmp(line, label, std::strlen(label)) == 0) {
-            return std::strtoull(line + std::strlen(label), nullptr, 10);
-        }
-    }
-    return 0;
-}
-
-/// Lines of /proc/self/maps.
-std::uint32_t Mappings() {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(real::fopen("/proc/self/maps", "re"),
-                                                     std::fclose);
-    std::uint32_t count = 0;
-    for (int byte = 0; file && (byte = std::getc(file.get())) != EOF;) {
-        count += byte == '\n' ? 1U : 0U;
-    }
-    return count;
-}
-
-std::uint32_t OpenDescriptors() {
-    std::uint32_t count = 0;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-        struct stat64 ignored {};
-        count += SIM_REAL(fstat64)(descriptor, &ignored) == 0 ? 1U : 0U;
-    }
-    return count;
-}
 
 class Session {
   public:
@@ -130,21 +97,9 @@ class Session {
 
     void NoteFootprint(std::size_t number) {
         if (number < report_.footprints.size()) {
-            report_.footprints[number] = MeasureFootprint();
+            report_.footprints[number] = FootprintNow(simulation_.kernel);
             report_.footprintsTaken = number + 1;
         }
-    }
-
-    Footprint MeasureFootprint() const {
-        AwaitEndedThreads(); // they still hold memory
-        Footprint measured;
-        measured.heapBytes = mallinfo2().uordblks;
-        measured.residentBytes = ProcessStatus("VmRSS:") * 1024;
-        measured.threads = static_cast<std::uint32_t>(ProcessStatus("Threads:"));
-        measured.boardHandles = static_cast<std::uint32_t>(simulation_.kernel.Held());
-        measured.hostDescriptors = OpenDescriptors();
-        measured.mappings = Mappings();
-        return measured;
     }
 
     void Finish(Ending ending, const std::string& text) {
