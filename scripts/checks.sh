@@ -32,6 +32,16 @@ not_run() {
     say "${not_run[-1]}"
 }
 
+# can_have NAME COMMAND...: runs what brings the stage's needs here, given a log of its own first; where they cannot
+# be had, the stage is not run.
+can_have() {
+    local name=$1 log=$work/$1-packages.log
+    shift
+    ("$1" "$log" "${@:2}") >>"$log" 2>&1 && return
+    not_run "$name" "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
+    return 1
+}
+
 # files PATTERN...: the checked-in files of these names.
 files() {
     local names=() pattern
@@ -114,11 +124,8 @@ check_coverage() {
 
 # What docs/reliability.md tells: a tenth of the runs, or all of them and whole lives.
 check_proofs() {
-    local log=$work/proofs-packages.log before=$failed
-    if ! (require_packages "$log" "${sweep_packages[@]}") >>"$log" 2>&1; then
-        not_run proofs "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
-        return
-    fi
+    local before=$failed
+    can_have proofs require_packages "${sweep_packages[@]}" || return
     hold "build default" default-build.log build default
     [ "$failed" = "$before" ] || return
     prove "every fault" sweep "$part"
@@ -223,12 +230,10 @@ same_as_here() {
     three_measurements "$1" && diff -r "$work/three-default" "$work/three-$1"
 }
 
+arm_needs() { as_root && require_packages "$1" "${arm_packages[@]}" && emulate_arm; }
 check_arm() {
-    local log=$work/arm-packages.log preset before=$failed
-    if ! (as_root && require_packages "$log" "${arm_packages[@]}" && emulate_arm) >>"$log" 2>&1; then
-        not_run arm "$(tail -n 1 "$log")"
-        return
-    fi
+    local preset before=$failed
+    can_have arm arm_needs || return
     hold "build default" default-build.log build default
     for preset in armhf armel; do
         build_and_test $preset
@@ -245,12 +250,10 @@ same_packages_again() {
         TZ=Pacific/Auckland ./package armhf && (cd build/package && sha256sum --check "$work/packages")
 }
 
+package_needs() { as_root && require_packages "$1" "${package_packages[@]}"; }
 check_package() {
-    local log=$work/package-packages.log before=$failed
-    if ! (as_root && require_packages "$log" "${package_packages[@]}") >>"$log" 2>&1; then
-        not_run package "$(tail -n 1 "$log")"
-        return
-    fi
+    local before=$failed
+    can_have package package_needs || return
     hold "packages for amd64, armhf and armel, without an objection of lintian's" packages-build.log ./package
     [ "$failed" = "$before" ] || return
     hold "packages: the same bytes for the board from another folder at another time" packages-same.log same_packages_again
@@ -261,11 +264,8 @@ check_package() {
 
 # What other people's programs read in a run's waveforms.
 check_waveform() {
-    local log=$work/waveform-packages.log before=$failed
-    if ! (require_packages "$log" "${waveform_packages[@]}") >>"$log" 2>&1; then
-        not_run waveform "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
-        return
-    fi
+    local before=$failed
+    can_have waveform require_packages "${waveform_packages[@]}" || return
     hold "build default" default-build.log build default
     [ "$failed" = "$before" ] || return
     hold "waveforms: GTKWave's converters and sigrok read what the event log tells, for 15 % of a run at most" \
@@ -274,12 +274,10 @@ check_waveform() {
 }
 
 # What a real kernel makes of the shipping program, in an emulator.
+kernel_needs() { require_packages "$1" "${kernel_packages[@]}" && scripts/kernel fetch; }
 check_kernel() {
-    local log=$work/kernel-packages.log proof before=$failed
-    if ! (require_packages "$log" "${kernel_packages[@]}" && scripts/kernel fetch) >>"$log" 2>&1; then
-        not_run kernel "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
-        return
-    fi
+    local proof before=$failed
+    can_have kernel kernel_needs || return
     hold "kernel: board module, programs and the guest's root" kernel-build.log scripts/kernel build
     [ "$failed" = "$before" ] || return
     for proof in contract measure card registers power-cut safe-state cost; do
@@ -290,12 +288,10 @@ check_kernel() {
 }
 
 # What `tavrelin-log follow` prints, taken by the programs that it is meant for.
+feeds_need() { require_packages "$1" "${build_packages[@]}" ccache && scripts/try-feeds fetch; }
 check_feeds() {
-    local log=$work/feeds-packages.log proof before=$failed
-    if ! (require_packages "$log" "${build_packages[@]}" ccache && scripts/try-feeds fetch) >>"$log" 2>&1; then
-        not_run feeds "$(tail -n 1 "$log" | sed 's/^[^:]*: //')"
-        return
-    fi
+    local proof before=$failed
+    can_have feeds feeds_need || return
     hold "build default" default-build.log build default
     [ "$failed" = "$before" ] || return
     for proof in mqtt influx textfile; do
@@ -310,11 +306,8 @@ check_feeds() {
 
 # The page of the live bench in a real browser; a line for each test.
 check_browser() {
-    local log=$work/browser.log packages=$work/browser-packages.log before=$failed
-    if ! (require_packages "$packages" "${browser_packages[@]}") >>"$packages" 2>&1; then
-        not_run browser "$(tail -n 1 "$packages" | sed 's/^[^:]*: //')"
-        return
-    fi
+    local log=$work/browser.log before=$failed
+    can_have browser require_packages "${browser_packages[@]}" || return
     hold "build default" default-build.log build default
     [ "$failed" = "$before" ] || return
     timeout 400 /usr/bin/python3 -B -m unittest discover -v -s tests/browser -p '*_test.py' >"$log" 2>&1
