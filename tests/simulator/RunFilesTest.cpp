@@ -1,4 +1,4 @@
-// The files of a run: its root folder, events and summary.
+// The files of a run: its root folder, events, waveforms and the board's state.
 
 #include "tests/simulator/Launcher.h"
 
@@ -12,8 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
-
-#include <filesystem>
 
 namespace tavrelin {
 namespace {
@@ -250,76 +248,6 @@ TEST_F(RunFiles, ACrashLeavesTheBoardsFileAsItWas) {
     WriteText(File("board"), before);
     SimulateTrouble({"crash-after-export", "7"}, {"--board", File("board")});
     EXPECT_EQ(TextOf(File("board")), before);
-}
-
-TEST_F(RunFiles, TheSummaryTellsHowTheRunWent) {
-    Simulate({"--summary", File("summary"), "--measurements", "1"}, {Binary("tavrelin")});
-    const std::string text = TextOf(File("summary"));
-    EXPECT_THAT(text, testing::HasSubstr("end = \"limit reached: measurements\"\n"
-                                         "status = 0\n"
-                                         "board_time_us = "));
-#ifdef __x86_64__
-    const std::string gate = "true";
-#else
-    const std::string gate = "false";
-#endif
-    EXPECT_THAT(text, testing::HasSubstr("steps = 17\nmeasurements = 1\ngate = " + gate +
-                                         "\n\n[calls]\naccess = "));
-    for (const char* name : {"[at_step_200]", "[at_last]", "heap_bytes = ", "resident_bytes = ",
-                             "board_handles = ", "host_descriptors = ", "threads = "}) {
-        EXPECT_THAT(text, testing::HasSubstr(name)) << name;
-    }
-}
-
-TEST_F(RunFiles, TheSummaryTellsTheCourseOfMemoryAndHowDeepStacksGo) {
-    WriteText(File("scenario"), "threads.stacks = true\n");
-    Simulate({"--scenario", File("scenario"), "--summary", File("summary"), "--steps", "1900"},
-             {Binary("tavrelin")});
-    const Words lines = LinesOf(TextOf(File("summary")));
-    const auto course = std::find(lines.begin(), lines.end(), "[footprints]");
-    const auto stacks = std::find(course, lines.end(), "[stacks]");
-    EXPECT_THAT(Words(course, stacks),
-                testing::Contains(testing::AnyOf("threads = [1, 1]", "threads = [2, 2]")))
-        << "a sanitizer has one of its own";
-    EXPECT_THAT(Words(course, stacks),
-                testing::Contains(testing::MatchesRegex("mappings = .[0-9]+, [0-9]+.")));
-    const Words depths(stacks, lines.end());
-    ASSERT_EQ(depths.size(), 7U) << "the main thread and five kinds of worker";
-    EXPECT_THAT(depths.at(1), testing::MatchesRegex("\"main\" = [0-9]+"));
-    std::vector<int> bytes;
-    for (std::size_t i = 2; i < depths.size(); ++i) {
-        EXPECT_THAT(depths.at(i), testing::MatchesRegex("\"tavrelin.0x[0-9a-f]+\" = [0-9]+"));
-        bytes.push_back(std::stoi(depths.at(i).substr(depths.at(i).find('=') + 1)));
-    }
-    EXPECT_THAT(bytes, testing::Each(testing::Gt(512)));
-    EXPECT_THAT(bytes, testing::Contains(testing::Lt(64 << 10))) << "less than is painted";
-}
-
-TEST_F(RunFiles, LocalTimesAreThoseOfTheScenariosZone) {
-    WriteText(File("scenario"), "clock.zone = 'Europe/Berlin'\n");
-    const CommandResult run = Simulate(
-        {"--scenario", File("scenario"), "--start", "2026-03-29 00:59:59", "--measurements", "1"},
-        {Binary("tavrelin")});
-    EXPECT_THAT(run.output, testing::StartsWith("TAVRELIN,2026-03-29 01:59.59,"));
-    EXPECT_THAT(run.output, testing::HasSubstr("TAVRELIN,2026-03-29 03:00.01,"));
-}
-
-TEST_F(RunFiles, TheSummaryTellsATroubledEnd) {
-    const auto summary = [&](const Words& trouble, const Words& options = {}) {
-        Words all{"--summary", File("summary")};
-        all.insert(all.end(), options.begin(), options.end());
-        SimulateTrouble(trouble, all);
-        const Words lines = LinesOf(TextOf(File("summary")));
-        return lines.at(0) + ", " + lines.at(1);
-    };
-    EXPECT_EQ(summary({"status", "0"}), "end = \"program ended\", status = 0");
-    EXPECT_EQ(summary({"status", "3"}), "end = \"program failed\", status = 4");
-    EXPECT_EQ(summary({"segfault"}), "end = \"crashed\", status = 10");
-    EXPECT_EQ(summary({"one-mutex-twice"}), "end = \"deadlock\", status = 11");
-    EXPECT_EQ(summary({"spin"}, {"--real-time", "0.1"}), "end = \"real time limit\", status = 12");
-    EXPECT_EQ(summary({"open-file", "/dev/mmcblk0"}), "end = \"unmodelled call\", status = 13");
-    EXPECT_EQ(summary({"sleep-again", "10"}, {"--board-time", "1"}),
-              "end = \"limit reached: board time\", status = 0");
 }
 
 } // namespace

@@ -114,6 +114,14 @@ TEST(Measurement, StartsOverAfterTheSeventeenthStep) {
 
 // The measurement starts ten seconds before midnight. A step's samples go to the day of its last
 // sample, the result to the day on which the measurement ended.
+TEST(LocalTime, IsThatOfTheScenariosZone) {
+    const RunResult run = RunInstrument({.board = "clock.zone = 'Europe/Berlin'\n",
+                                         .measurements = 1,
+                                         .start = "2026-03-29 00:59:59"});
+    EXPECT_THAT(run.console, testing::StartsWith("TAVRELIN,2026-03-29 01:59.59,"));
+    EXPECT_THAT(run.console, testing::HasSubstr("TAVRELIN,2026-03-29 03:00.01,"));
+}
+
 TEST(Midnight, SplitsAMeasurementIntoTheLogsOfTwoDays) {
     const RunResult run = RunInstrument({.measurements = 1, .start = "2026-03-07 23:59:50"});
     EXPECT_EQ(run.card.size(), 2U);
